@@ -1,0 +1,45 @@
+# How every library and program of this project is built: warnings, arithmetic, vector back end.
+
+set(VOXLOC_WARNINGS
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
+  $<$<COMPILE_LANGUAGE:CXX>:-Wdouble-promotion>)
+
+# -ffp-contract=off: a product and a sum round separately on every machine unless a kernel asks for
+# a fused operation by name; results could not be compared across machines otherwise.
+set(VOXLOC_ARITHMETIC -ffp-contract=off)
+
+function(voxloc_compile_strictly target)
+  target_compile_options(${target} PRIVATE ${VOXLOC_WARNINGS} ${VOXLOC_ARITHMETIC})
+  if(VOXLOC_SIMD_SCALAR)
+    target_compile_definitions(${target} PRIVATE SP_SIMD_SCALAR)
+  endif()
+endfunction()
+
+# voxloc_add_library(<name> FOLDER <dir> SOURCES ... PUBLIC_HEADERS ...
+#                    [PRIVATE_INCLUDES ...] [LINKS ...])
+# A static library voxloc_<name>, alias voxloc::<name>, installed with its public headers.
+function(voxloc_add_library name)
+  cmake_parse_arguments(arg "" "FOLDER" "SOURCES;PUBLIC_HEADERS;PRIVATE_INCLUDES;LINKS" ${ARGN})
+  set(target voxloc_${name})
+  list(TRANSFORM arg_SOURCES PREPEND "${arg_FOLDER}/")
+  list(TRANSFORM arg_PUBLIC_HEADERS PREPEND "${PROJECT_SOURCE_DIR}/${arg_FOLDER}/")
+  list(TRANSFORM arg_PRIVATE_INCLUDES PREPEND "${PROJECT_SOURCE_DIR}/")
+  list(TRANSFORM arg_LINKS PREPEND "voxloc::")
+
+  add_library(${target} STATIC ${arg_SOURCES})
+  add_library(voxloc::${name} ALIAS ${target})
+  set_target_properties(${target} PROPERTIES
+    EXPORT_NAME ${name}
+    PUBLIC_HEADER "${arg_PUBLIC_HEADERS}")
+  target_include_directories(${target}
+    PUBLIC
+      $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/${arg_FOLDER}>
+      $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
+    PRIVATE ${arg_PRIVATE_INCLUDES})
+  target_link_libraries(${target} PUBLIC ${arg_LINKS})
+  target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti>)
+  voxloc_compile_strictly(${target})
+  install(TARGETS ${target} EXPORT voxlocTargets
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+    PUBLIC_HEADER DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/voxloc)
+endfunction()

@@ -1,0 +1,54 @@
+/**
+ * Complex FFT of single-precision data for the power-of-two sizes 1 to 8192.
+ *
+ * Data are interleaved: element n is the float pair (real, imaginary) at floats 2n and 2n+1. Both
+ * buffers are 8-byte aligned and owned by the caller. The transforms keep no state: calls on
+ * distinct buffers may run at the same time.
+ */
+#ifndef DSPLIB_CFFT_POW2_CONJPAIR_SPLITRAD_C89_NEON_H
+#define DSPLIB_CFFT_POW2_CONJPAIR_SPLITRAD_C89_NEON_H
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** The largest size in complex elements. */
+#define FFT_MAX 8192
+
+/**
+ * Forward transform, unscaled: y[k] = sum over n of x[n]·e^(-2πi·nk/N).
+ *
+ * @param N       size in complex elements, a power of two up to FFT_MAX; N <= 0 leaves y untouched
+ * @param log2_N  base-2 logarithm of N
+ * @param x       in, 2N floats, 8-byte aligned, not modified
+ * @param y       out, 2N floats, 8-byte aligned; must not overlap x
+ *
+ * A size or an alignment outside these bounds is an assertion.
+ */
+void cfft_pow2_conjpair_splitrad_c89(int N, int log2_N, const float* x, float* y);
+
+/**
+ * Inverse transform, scaled: y[n] = (1/N)·sum over k of x[k]·e^(+2πi·nk/N), so that the inverse of
+ * the forward transform returns its input up to rounding. Arguments as for the forward transform.
+ */
+void cifft_pow2_conjpair_splitrad_c89(int N, int log2_N, const float* x, float* y);
+
+/**
+ * The forward transform behind an interface that other transforms of this family share.
+ *
+ * Only N, x and y are used. The twiddle table, the byte table, the two integers and the second size
+ * are accepted and deliberately ignored: tables are this library's own. They may be null or hold
+ * anything.
+ */
+void sp_fftSPxSP(int N, float* x, const float* twiddles, float* y, const unsigned char* byteTable,
+                 int radix, int offset, int size);
+
+/** The scaled inverse transform behind the same interface. */
+void sp_ifftSPxSP(int N, float* x, const float* twiddles, float* y, const unsigned char* byteTable,
+                  int radix, int offset, int size);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
