@@ -1,0 +1,10 @@
+/** The flag words' two accessors: no state. They are described in voxloc.h. */
+#include "voxloc.h"
+
+void voxloc_setFlag(uint32_t bit, int32_t value, uint32_t* word) {
+    *word = (*word & ~(uint32_t{1} << bit)) | (static_cast<uint32_t>(value) << bit);
+}
+
+int voxloc_getFlag(uint32_t bit, uint32_t word) {
+    return static_cast<int>((word >> bit) & 1u);
+}

@@ -1,0 +1,79 @@
+/** Arithmetic on whole frames: no state. The functions are declared and described in voxloc.h. */
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+#include "assertion.h"
+#include "grids.h"
+#include "simd.h"
+#include "voxloc.h"
+
+namespace {
+
+constexpr char SourcePath[] = "functional/audio/voxloc/cmod/track/voxloc";
+
+/** 1 / 2^(bits-1) */
+float fullScaleReciprocal(std::uint32_t bits) {
+    constexpr std::uint32_t beyondAnyExponent = 1024;
+    return std::ldexp(1.0f, 1 - static_cast<int>(std::min(bits, beyondAnyExponent)));
+}
+
+/** Four interleaved partial sums, added at the end. */
+float channelEnergy(const float* samples, float scale) {
+    const simd::F32x4 scales = simd::splat4(scale);
+    simd::F32x4 sums = simd::splat4(0.0f);
+    for (int i = 0; i < FRAME_SAMPLES; i += 4) {
+        const simd::F32x4 scaled = simd::mul(simd::load4(samples + i), scales);
+        sums = simd::mulAdd(sums, scaled, scaled);
+    }
+    return simd::sumLanes(sums);
+}
+
+}  // namespace
+
+void voxloc_calculateSignalEnergy(const float* frame, uint32_t bits, int32_t nchannels,
+                                  float* energies) {
+    PLATFORM_ASSERT(nchannels <= VOXLOC_MAX_CHANNELS);
+    PLATFORM_ASSERT(nchannels > 0);
+    std::fill_n(energies, VOXLOC_MAX_CHANNELS, 0.0f);
+    const float scale = fullScaleReciprocal(bits);
+    for (std::int32_t c = 0; c < nchannels; ++c) {
+        energies[c] = channelEnergy(frame + c * FRAME_SAMPLES, scale);
+    }
+}
+
+void voxloc_normalizeInput(const float* frame, float* out, uint32_t bits, int32_t nchannels) {
+    const float scale = fullScaleReciprocal(bits);
+    for (std::int32_t i = 0; i < nchannels * FRAME_SAMPLES; ++i) out[i] = frame[i] * scale;
+}
+
+void voxloc_vectorMultiply(const float* a, const float* b, float* out, int32_t count) {
+    for (std::int32_t i = 0; i < count; ++i) out[i] = a[i] * b[i];
+}
+
+void voxloc_multiplyWithComplexConjugate(const float* a, const float* b, float* out,
+                                         int32_t count) {
+    for (std::int32_t i = 0; i + 1 < count; i += 2) {
+        const float ar = a[i], ai = a[i + 1];
+        const float br = b[i], bi = b[i + 1];
+        out[i] = ar * br + ai * bi;
+        out[i + 1] = ai * br - ar * bi;
+    }
+}
+
+void voxloc_overlapInputChannels(float* block, const float* previous, const float* current,
+                                 int32_t nchannels) {
+    for (std::int32_t c = 0; c < nchannels; ++c) {
+        float* channelBlock = block + c * voxloc::AnalysisSamples;
+        std::copy_n(previous + c * FRAME_SAMPLES, FRAME_SAMPLES, channelBlock);
+        std::copy_n(current + c * FRAME_SAMPLES, FRAME_SAMPLES, channelBlock + FRAME_SAMPLES);
+    }
+}
+
+void voxloc_generateHammingWindow(float* window) {
+    constexpr double step = 6.283185307179586 / (voxloc::AnalysisSamples - 1);
+    window[0] = 0.08f;
+    for (int k = 1; k < voxloc::AnalysisSamples; ++k) {
+        window[k] = static_cast<float>(0.54 - 0.46 * std::cos(k * step));
+    }
+}

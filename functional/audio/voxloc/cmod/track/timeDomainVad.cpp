@@ -1,0 +1,118 @@
+#include "timeDomainVad.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace voxloc {
+
+std::uint32_t ChannelOffset;
+float AudioData[HistorySamples];
+float FilterInput[FilterInputSamples];
+float EnvelopeOutput[EnvelopeSamples];
+float MedianOutput[FRAME_SAMPLES];
+float CurrentMedianFilterDifference = 1e-12f;
+bool PreviousResult = true;
+
+namespace {
+
+/** Half-band low-pass at 12 kHz, 31 taps behind a leading zero. */
+constexpr float LowPassFilterCoefficients[32] = {
+    0.0f,    -0.0012f, 0.002f,   -0.0021f, 0.0f, 0.0048f,  -0.0099f, 0.01f,
+    -0.0f,   -0.0189f, 0.0362f,  -0.0347f, 0.0f, 0.0685f,  -0.1529f, 0.223f,
+    0.7505f, 0.223f,   -0.1529f, 0.0685f,  0.0f, -0.0347f, 0.0362f,  -0.0189f,
+    -0.0f,   0.01f,    -0.0099f, 0.0048f,  0.0f, -0.0021f, 0.002f,   -0.0012f,
+};
+
+/** High-pass, 23 taps behind a leading zero. */
+constexpr float HighPassFilterCoefficients[24] = {
+    0.0f,     -0.0013f, 0.0051f,  -0.0006f, -0.0122f, -0.009f,  0.0302f,  0.0438f,
+    -0.0422f, -0.1475f, -0.0948f, 1.1146f,  -1.7722f, 1.1146f,  -0.0948f, -0.1475f,
+    -0.0422f, 0.0438f,  0.0302f,  -0.009f,  -0.0122f, -0.0006f, 0.0051f,  -0.0013f,
+};
+
+/** Moving average over 32 samples. */
+constexpr float EnvelopeFilterCoefficients[32] = {
+    0.03125f, 0.03125f, 0.03125f, 0.03125f, 0.03125f, 0.03125f, 0.03125f, 0.03125f,
+    0.03125f, 0.03125f, 0.03125f, 0.03125f, 0.03125f, 0.03125f, 0.03125f, 0.03125f,
+    0.03125f, 0.03125f, 0.03125f, 0.03125f, 0.03125f, 0.03125f, 0.03125f, 0.03125f,
+    0.03125f, 0.03125f, 0.03125f, 0.03125f, 0.03125f, 0.03125f, 0.03125f, 0.03125f,
+};
+
+constexpr int LowPassOutputs = FilterInputSamples - 32 + 1;   // 2104
+constexpr int HighPassOutputs = LowPassOutputs - 24 + 1 - 1;  // 2080: one more is not needed
+constexpr int FirstHistorySample = 2005;  // 43 samples before the frame that is analysed
+static_assert(LowPassOutputs == EnvelopeSamples, "the low-pass fills the envelope buffer");
+
+constexpr float SmallestStep = 1e-12f;
+constexpr float StepShare = 0.005f;      // of the median, per sample
+constexpr float SmallestMedian = 1e-7f;  // samples below it say nothing about clicks
+constexpr float ClickExcess = 1.7f;      // of the envelope over its median, relative
+
+void appendToHistory(const float* channel) {
+    std::copy_n(AudioData + FRAME_SAMPLES, 2 * FRAME_SAMPLES, AudioData);
+    std::copy_n(channel, FRAME_SAMPLES, AudioData + 2 * FRAME_SAMPLES);
+}
+
+/** Leaves the envelope in the first FRAME_SAMPLES samples of EnvelopeOutput. */
+void followEnvelope() {
+    std::copy_n(AudioData + FirstHistorySample, FilterInputSamples, FilterInput);
+    voxloc_firFilter(FilterInput, LowPassFilterCoefficients, EnvelopeOutput, 32, LowPassOutputs);
+    std::copy_n(EnvelopeOutput, LowPassOutputs, FilterInput);
+    voxloc_firFilter(FilterInput, HighPassFilterCoefficients, EnvelopeOutput, 24, HighPassOutputs);
+    for (int i = 0; i < HighPassOutputs; ++i) FilterInput[i] = std::fabs(EnvelopeOutput[i]);
+    voxloc_firFilter(FilterInput, EnvelopeFilterCoefficients, EnvelopeOutput, 32, FRAME_SAMPLES);
+}
+
+/** The tracker goes on from the previous frame's last median; the first sample only carries it. */
+void followMedian() {
+    float median = MedianOutput[FRAME_SAMPLES - 1];
+    float step = CurrentMedianFilterDifference;
+    MedianOutput[0] = median;
+    for (int i = 1; i < FRAME_SAMPLES; ++i) {
+        median = EnvelopeOutput[i] > median ? median + step : median - step;
+        const float share = StepShare * median;
+        step = share >= SmallestStep ? share : SmallestStep;
+        MedianOutput[i] = median;
+    }
+    CurrentMedianFilterDifference = step;
+}
+
+float largestRelativeExcess() {
+    float largest = 0.0f;
+    for (int i = 0; i < FRAME_SAMPLES; ++i) {
+        if (!(MedianOutput[i] > SmallestMedian)) continue;
+        const float excess = (EnvelopeOutput[i] - MedianOutput[i]) / MedianOutput[i];
+        if (excess > largest) largest = excess;
+    }
+    return largest;
+}
+
+}  // namespace
+
+void initializeTimeDomainActivityDetector() {
+    std::fill_n(EnvelopeOutput, EnvelopeSamples, 0.0f);
+    std::fill_n(MedianOutput, FRAME_SAMPLES, 0.0f);
+    std::fill_n(FilterInput, FilterInputSamples, 0.0f);
+    std::fill_n(AudioData, HistorySamples, 0.0f);
+    PreviousResult = true;
+    CurrentMedianFilterDifference = SmallestStep;
+}
+
+void setTimeDomainVadChannel(std::uint32_t channel, std::uint32_t) {
+    ChannelOffset = channel * FRAME_SAMPLES;
+}
+
+void detectTimeDomainActivity(const float* frame, std::uint8_t* result) {
+    *result = 0;
+    appendToHistory(frame + ChannelOffset);
+    followEnvelope();
+    followMedian();
+    if (largestRelativeExcess() > ClickExcess) {
+        PreviousResult = false;
+    } else {
+        *result = PreviousResult ? 1 : 0;
+        PreviousResult = true;
+    }
+}
+
+}  // namespace voxloc

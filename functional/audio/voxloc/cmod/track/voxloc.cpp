@@ -1,0 +1,463 @@
+#include "voxloc.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdlib>
+#include <utility>
+
+#include "UltraSoundDistortionDetection.h"
+#include "assertion.h"
+#include "crossSpectrum.h"
+#include "eventlog.h"
+#include "frequencyDomainVad.h"
+#include "gridSearch.h"
+#include "noiseLevel.h"
+#include "pairGeometry.h"
+#include "products.h"
+#include "timeDomainVad.h"
+#include "voxlocState.h"
+
+namespace voxloc {
+
+namespace {
+
+constexpr char SourcePath[] = "functional/audio/voxloc/cmod/track/voxloc";
+
+constexpr std::uint32_t TimeDomainVadChannel = 2;
+constexpr float FarField = 1000.0f;  // metres, range of the azimuth-elevation grid
+constexpr float DegreesPerRadian = 57.295776f;
+constexpr std::uint8_t ShortTimeout = 2;    // frames
+constexpr std::uint8_t SpeechTimeout = 35;  // frames, while the near end talks
+constexpr int SilencedBins = 4;             // DC to 35 Hz
+constexpr float UpsideDownRatio = 1.8f;
+constexpr std::int32_t BlockedFramesPerWarning = 100;
+constexpr int IgnoredRadix = 2;  // part of the transforms' interface
+
+int pairCount() {
+    return NumberOfElevationPairs + NumberOfAzimuthPairs;
+}
+
+/** Pair blocks are counted through: elevation pairs first, then azimuth pairs. */
+const MicrophonePair& pairAt(int p) {
+    return p < NumberOfElevationPairs ? ElevationPairs[p]
+                                      : AzimuthPairs[p - NumberOfElevationPairs];
+}
+
+// --- Initialise ---------------------------------------------------------------------------------
+
+void applySettings(const Product& product) {
+    const auto channel = [](int index) { return static_cast<std::uint32_t>(index); };
+    NumberOfChannels = product.channels;
+    NumberOfAzimuthPairs = product.azimuthPairs;
+    NumberOfElevationPairs = product.elevationPairs;
+    MinimumAzimuth = product.minimumAzimuth;
+    MinimumElevation = product.minimumElevation;
+    AngleInterval = product.angleInterval;
+    setTimeDomainVadChannel(TimeDomainVadChannel, TimeDomainVadChannel);
+    setFrequencyDomainVadChannels(channel(product.frequencyDomainVadChannels.first),
+                                  channel(product.frequencyDomainVadChannels.second));
+    setNoiseLevelChannels(channel(product.noiseLevelChannels.first),
+                          channel(product.noiseLevelChannels.second));
+    AttenuateLoudspeaker = product.attenuateLoudspeaker;
+}
+
+template <class Element>
+Element* allocateZeroed(int count) {
+    const auto atLeastOne = static_cast<std::size_t>(std::max(count, 1));  // null means failure
+    return static_cast<Element*>(std::calloc(atLeastOne, sizeof(Element)));
+}
+
+/** Results are looked at in checkMemoryAllocation. */
+void allocateBuffers() {
+    InputAudio = allocateZeroed<float>(NumberOfChannels * AnalysisSamples);
+    RawAudioInput1 = allocateZeroed<float>(NumberOfChannels * FRAME_SAMPLES);
+    CurrentRawAudioInput = RawAudioInput1;
+    RawAudioInput2 = allocateZeroed<float>(NumberOfChannels * FRAME_SAMPLES);
+    PreviousRawAudioInput = RawAudioInput2;
+    FftResult = allocateZeroed<float>(NumberOfChannels * SpectrumFloats);
+    Numerator1 = allocateZeroed<float>(pairCount() * SpectrumFloats);
+    CurrentNumerator = Numerator1;
+    Numerator2 = allocateZeroed<float>(pairCount() * SpectrumFloats);
+    PreviousNumerator = Numerator2;
+    NoisePowerEstimate = allocateZeroed<float>(NumberOfChannels * SpectrumBins);
+    FrequencyWeight = allocateZeroed<float>(NumberOfChannels * SpectrumBins);
+    TimeoutCounter = allocateZeroed<std::uint8_t>(pairCount() * SpectrumBins);
+    AzimuthElevationLookupTable =
+        allocateZeroed<std::int16_t>(NumberOfElevationPairs * AzimuthElevationPoints);
+    AzimuthRangeLookupTable =
+        allocateZeroed<std::int16_t>(NumberOfAzimuthPairs * AzimuthRangePoints);
+    Microphones = allocateZeroed<Position>(NumberOfChannels);
+    Loudspeaker = allocateZeroed<Position>(1);
+    AzimuthPairs = allocateZeroed<MicrophonePair>(NumberOfAzimuthPairs);
+    ElevationPairs = allocateZeroed<MicrophonePair>(NumberOfElevationPairs);
+    AzimuthQuality = allocateZeroed<float>(NumberOfAzimuthPairs);
+    ElevationQuality = allocateZeroed<float>(NumberOfElevationPairs);
+    TimeoutLimit = ShortTimeout;
+}
+
+/** True when everything that the geometry is written to could be allocated. */
+bool hasGeometryMemory() {
+    const bool hasElevation =
+        NumberOfElevationPairs == 0 || (ElevationPairs && AzimuthElevationLookupTable);
+    return hasElevation && Microphones && Loudspeaker && AzimuthPairs && AzimuthRangeLookupTable;
+}
+
+void generateTransformTables() {
+    voxloc_generateHammingWindow(HammingWindow);
+    voxloc_generateTwiddleFactors(TwiddleFactors, AnalysisSamples / 2);
+    voxloc_generateTwiddleFactors(TwiddleFactorsUpsampled, CorrelationLags / 2);
+    voxloc_generateAbTables(ATable, BTable, AnalysisSamples / 2);
+    voxloc_generateAbTables(ATableUpsampled, BTableUpsampled, CorrelationLags / 2);
+}
+
+void pointPairsAtTables() {
+    for (int k = 0; k < NumberOfElevationPairs; ++k) {
+        ElevationPairs[k].lookupTable = AzimuthElevationLookupTable + k * AzimuthElevationPoints;
+    }
+    for (int k = 0; k < NumberOfAzimuthPairs; ++k) {
+        AzimuthPairs[k].lookupTable = AzimuthRangeLookupTable + k * AzimuthRangePoints;
+    }
+}
+
+void fillAngles(float minimum, int count, float* angles) {
+    for (int i = 0; i < count; ++i) {
+        angles[i] = std::asin(minimum + static_cast<float>(i) * AngleInterval);
+    }
+}
+
+void fillGrids() {
+    for (int i = 0; i < RangeCount; ++i) Ranges[i] = 0.5f + 0.2f * static_cast<float>(i);
+    fillAngles(MinimumAzimuth, AzimuthCount, AzimuthAngles);
+    fillAngles(MinimumElevation, ElevationCount, ElevationAngles);
+}
+
+/** One row of a pair's lag table: all azimuths at one elevation and range. */
+void fillLagRow(const MicrophonePair& pair, float elevation, float range, std::int16_t* row) {
+    for (int a = 0; a < AzimuthCount; ++a) {
+        const float spherical[3] = {AzimuthAngles[a], elevation, range};
+        Position point;
+        voxloc_sphericalToCartesian(spherical, &point);
+        row[a] = lagOfPoint(point, Microphones[pair.firstMicrophone],
+                            Microphones[pair.secondMicrophone]);
+    }
+}
+
+void fillLagTables() {
+    for (int k = 0; k < NumberOfElevationPairs; ++k) {
+        const MicrophonePair& pair = ElevationPairs[k];
+        for (int e = 0; e < ElevationCount; ++e) {
+            fillLagRow(pair, ElevationAngles[e], FarField, pair.lookupTable + e * AzimuthCount);
+        }
+    }
+    for (int k = 0; k < NumberOfAzimuthPairs; ++k) {
+        const MicrophonePair& pair = AzimuthPairs[k];
+        for (int r = 0; r < RangeCount; ++r) {
+            fillLagRow(pair, 0.0f, Ranges[r], pair.lookupTable + r * AzimuthCount);
+        }
+    }
+}
+
+/** Without memory for it the geometry stays unset, which the checks at the end then report. */
+void buildGeometry() {
+    if (!hasGeometryMemory()) return;
+    initializeTransducerData();
+    pointPairsAtTables();
+    IsTransducersInitialized = true;
+    fillGrids();
+    fillLagTables();
+}
+
+void initializeDetectors() {
+    intializeNoiseLevel();
+    initializeFrequencyDomainActivityDetector();
+    initializeTimeDomainActivityDetector();
+    initializeUltraSoundDistortionDetector();
+}
+
+// --- The stages of a frame, in order ------------------------------------------------------------
+
+/** What the detectors find out about a frame. */
+struct Detections {
+    std::uint8_t voice, tdVoice, sound, ultrasound;
+};
+
+void recordFrame(const float* frame, std::uint32_t bits, std::uint32_t flags) {
+    if (recording == nullptr) return;
+    // Results are deliberately not looked at: a full disk must not stop the tracker.
+    std::fwrite(&bits, sizeof bits, 1, recording);
+    std::fwrite(&flags, sizeof flags, 1, recording);
+    std::fwrite(frame, sizeof(float), static_cast<std::size_t>(NumberOfChannels * FRAME_SAMPLES),
+                recording);
+}
+
+void computeSpectra() {
+    for (int c = 0; c < NumberOfChannels; ++c) {
+        float* spectrum = FftResult + c * SpectrumFloats;
+        voxloc_vectorMultiply(InputAudio + c * AnalysisSamples, HammingWindow, FftInput,
+                              AnalysisSamples);
+        voxloc_realFft(AnalysisSamples, FftInput, TwiddleFactors, spectrum, IgnoredRadix, ATable,
+                       BTable, FftOutput);
+        for (int i = 0; i < 2 * SilencedBins; ++i) spectrum[i] = 0.0f;
+    }
+}
+
+void weighFrequencies() {
+    for (int c = 0; c < NumberOfChannels; ++c) {
+        updateFrequencyWeights(FftResult + c * SpectrumFloats, SpectrumBins,
+                               NoisePowerEstimate + c * SpectrumBins,
+                               FrequencyWeight + c * SpectrumBins);
+    }
+}
+
+void detect(int noiseFlag, Detections& found) {
+    const float* noiseLevel = calculateNoiseLevel(FftResult, static_cast<unsigned>(noiseFlag));
+    detectFrequencyDomainActivity(FftResult, noiseLevel, &found.voice, &found.sound);
+    detectUltraSoundDistortion(FftResult, &found.ultrasound);
+}
+
+void computeCrossSpectra() {
+    for (int p = 0; p < pairCount(); ++p) {
+        voxloc_multiplyWithComplexConjugate(FftResult + pairAt(p).firstMicrophone * SpectrumFloats,
+                                            FftResult + pairAt(p).secondMicrophone * SpectrumFloats,
+                                            CurrentNumerator + p * SpectrumFloats, SpectrumFloats);
+    }
+}
+
+void smoothCrossSpectra(SmoothingGate gate) {
+    for (int p = 0; p < pairCount(); ++p) {
+        const MicrophonePair& pair = pairAt(p);
+        smoothCrossSpectrum(pair, gate, FrequencyWeight + pair.firstMicrophone * SpectrumBins,
+                            FrequencyWeight + pair.secondMicrophone * SpectrumBins,
+                            PreviousNumerator + p * SpectrumFloats,
+                            CurrentNumerator + p * SpectrumFloats,
+                            TimeoutCounter + p * SpectrumBins);
+    }
+}
+
+/** Leaves the pair's correlation over all lags in FftOutput. */
+void correlate(int p) {
+    whiten(CurrentNumerator + p * SpectrumFloats, FftOutput);
+    voxloc_realIfft(CorrelationLags, FftOutput, TwiddleFactorsUpsampled, FftInput, IgnoredRadix,
+                    ATableUpsampled, BTableUpsampled);
+    if (AttenuateLoudspeaker) attenuateLoudspeaker(pairAt(p), FftOutput);
+}
+
+void sumOverGrids() {
+    for (int p = 0; p < NumberOfElevationPairs; ++p) {
+        correlate(p);
+        ElevationQuality[p] = gather(FftOutput, ElevationPairs[p].lookupTable,
+                                     AzimuthElevationPoints, p == 0, AzimuthElevationResult);
+    }
+    for (int q = 0; q < NumberOfAzimuthPairs; ++q) {
+        correlate(NumberOfElevationPairs + q);
+        AzimuthQuality[q] = gather(FftOutput, AzimuthPairs[q].lookupTable, AzimuthRangePoints,
+                                   q == 0, AzimuthRangeResult);
+    }
+}
+
+void pickPosition(TrackerResult& result) {
+    const int elevationPeak = firstMaximum(AzimuthElevationResult, AzimuthElevationPoints);
+    result.elevation = ElevationAngles[elevationPeak / AzimuthCount] * DegreesPerRadian;
+
+    const int azimuthPeak = firstMaximum(AzimuthRangeResult, AzimuthRangePoints);
+    result.azimuth = AzimuthAngles[azimuthPeak % AzimuthCount] * DegreesPerRadian;
+    const RangeRows rows = flatRangeRows(AzimuthRangeResult, azimuthPeak);
+    result.range = (Ranges[rows.first] + Ranges[rows.last]) * 0.5f;
+
+    result.quality = AzimuthRangeResult[azimuthPeak] + AzimuthElevationResult[elevationPeak];
+}
+
+/** The vertical pairs of an upside-down panel agree far better than its horizontal ones. */
+bool looksUpsideDown() {
+    const float vertical = ElevationQuality[0] + ElevationQuality[1];
+    const float horizontal =
+        AzimuthQuality[0] + AzimuthQuality[1] + AzimuthQuality[2] + ElevationQuality[2];
+    return vertical / horizontal > UpsideDownRatio;
+}
+
+/** False when the frame speaks for a panel mounted upside down, which only one product can tell. */
+bool isPositionValid(bool voice) {
+    if (ProductType != PRODUCT_ASTER || !voice || !looksUpsideDown()) return true;
+    ++BlockedCounter;
+    if (BlockedCounter % BlockedFramesPerWarning == 0) {
+        eventlog("Warning: The front panel is most likely mounted upside down\n");
+        BlockedCounter = 0;
+    }
+    return false;
+}
+
+std::uint32_t outputFlags(const Detections& found, int farEnd, int noiseFlag, bool valid) {
+    std::uint32_t flags = 0;
+    voxloc_setFlag(VOXLOC_FLAG_VOICE, found.voice, &flags);
+    voxloc_setFlag(VOXLOC_FLAG_TD_VOICE, found.tdVoice, &flags);
+    voxloc_setFlag(VOXLOC_FLAG_SOUND, found.sound, &flags);
+    voxloc_setFlag(VOXLOC_FLAG_FAR_END, farEnd, &flags);
+    voxloc_setFlag(VOXLOC_FLAG_NOISE_INPUT, noiseFlag, &flags);
+    voxloc_setFlag(VOXLOC_FLAG_ULTRASOUND, found.ultrasound, &flags);
+    voxloc_setFlag(VOXLOC_FLAG_POSITION_VALID, valid ? 1 : 0, &flags);
+    return flags;
+}
+
+void swapBuffers() {
+    std::swap(CurrentNumerator, PreviousNumerator);
+    std::swap(CurrentRawAudioInput, PreviousRawAudioInput);
+}
+
+}  // namespace
+
+void initializeSinglePair(MicrophonePair* pair, int first, int second) {
+    const Position& firstPosition = Microphones[first];
+    const Position& secondPosition = Microphones[second];
+    pair->firstMicrophone = static_cast<std::int16_t>(first);
+    pair->secondMicrophone = static_cast<std::int16_t>(second);
+    pair->lookupTable = nullptr;
+    voxloc_setCutoffCoefficients(&firstPosition, &secondPosition, &pair->upperBin, &pair->lowerBin);
+    LoudspeakerZone zone = {0, 0, 1.0f};
+    if (AttenuateLoudspeaker) {
+        zone = loudspeakerZone(voxloc_calculateDistance(Loudspeaker, &firstPosition),
+                               voxloc_calculateDistance(Loudspeaker, &secondPosition));
+    }
+    pair->loudspeakerHalfWidth = zone.halfWidth;
+    pair->loudspeakerLag = zone.lag;
+    pair->loudspeakerGain = zone.gain;
+}
+
+void initializeTransducerData() {
+    const Product* product = findProduct(ProductType);
+    if (product == nullptr) PLATFORM_ASSERT(false);
+    for (int c = 0; c < NumberOfChannels; ++c) {
+        Microphones[c] = product->microphone[static_cast<std::size_t>(c)];
+    }
+    *Loudspeaker = product->loudspeaker;
+    for (int k = 0; k < NumberOfElevationPairs; ++k) {
+        const ChannelPair channels = product->elevationPair[static_cast<std::size_t>(k)];
+        initializeSinglePair(&ElevationPairs[k], channels.first, channels.second);
+    }
+    for (int k = 0; k < NumberOfAzimuthPairs; ++k) {
+        const ChannelPair channels = product->azimuthPair[static_cast<std::size_t>(k)];
+        initializeSinglePair(&AzimuthPairs[k], channels.first, channels.second);
+    }
+}
+
+/** Neither ElevationPairs nor its count is checked: one product deliberately has none. */
+void checkMemoryAllocation() {
+    PLATFORM_ASSERT(NumberOfChannels > 0);
+    PLATFORM_ASSERT(NumberOfAzimuthPairs > 0);
+    PLATFORM_ASSERT(MinimumElevation != 0.0f);
+    PLATFORM_ASSERT(MinimumAzimuth != 0.0f);
+    PLATFORM_ASSERT(AngleInterval > 0.0f);
+    PLATFORM_ASSERT(InputAudio);
+    PLATFORM_ASSERT(RawAudioInput1);
+    PLATFORM_ASSERT(RawAudioInput2);
+    PLATFORM_ASSERT(FftResult);
+    PLATFORM_ASSERT(Numerator1);
+    PLATFORM_ASSERT(Numerator2);
+    PLATFORM_ASSERT(NoisePowerEstimate);
+    PLATFORM_ASSERT(FrequencyWeight);
+    PLATFORM_ASSERT(TimeoutCounter);
+    PLATFORM_ASSERT(AzimuthElevationLookupTable);
+    PLATFORM_ASSERT(AzimuthRangeLookupTable);
+    PLATFORM_ASSERT(Microphones);
+    PLATFORM_ASSERT(Loudspeaker);
+    PLATFORM_ASSERT(AzimuthPairs);
+    PLATFORM_ASSERT(AzimuthQuality);
+    PLATFORM_ASSERT(ElevationQuality);
+}
+
+}  // namespace voxloc
+
+using namespace voxloc;
+
+void voxloc_initialize(int32_t productType) {
+    ProductType = productType;
+    const Product* product = findProduct(productType);
+    if (product == nullptr) PLATFORM_ASSERT(false);
+    applySettings(*product);
+    PLATFORM_ASSERT(!IsTransducersInitialized);
+    allocateBuffers();
+    generateTransformTables();
+    buildGeometry();
+    initializeDetectors();
+    checkMemoryAllocation();
+    PLATFORM_ASSERT(IsTransducersInitialized);
+}
+
+void voxloc_destroy(void) {
+    if (!IsTransducersInitialized) return;
+    void* const buffers[] = {InputAudio,
+                             RawAudioInput1,
+                             RawAudioInput2,
+                             FftResult,
+                             Numerator1,
+                             Numerator2,
+                             NoisePowerEstimate,
+                             FrequencyWeight,
+                             TimeoutCounter,
+                             AzimuthElevationLookupTable,
+                             AzimuthRangeLookupTable,
+                             Microphones,
+                             Loudspeaker,
+                             AzimuthPairs,
+                             ElevationPairs,
+                             AzimuthQuality,
+                             ElevationQuality};
+    for (void* buffer : buffers) std::free(buffer);
+    destroyUltraSoundDistortionDetector();
+    voxloc_record_stop();
+    IsTransducersInitialized = false;
+}
+
+uint32_t voxloc_getNumberOfChannels(void) {
+    return static_cast<std::uint32_t>(NumberOfChannels);
+}
+
+const Position* voxloc_getMicrophoneCoordinates(uint32_t channel) {
+    return &Microphones[channel];
+}
+
+void voxloc_calculate(const float* frame, uint32_t bits, uint32_t flags, TrackerResult* result) {
+    recordFrame(frame, bits, flags);
+    const int farEnd = voxloc_getFlag(VOXLOC_INPUT_FAR_END, flags);
+    const int noiseFlag = voxloc_getFlag(VOXLOC_INPUT_NOISE_FLAG, flags);
+    Detections found = {0, 0, 0, 0};
+    voxloc_normalizeInput(frame, CurrentRawAudioInput, bits, NumberOfChannels);
+    detectTimeDomainActivity(CurrentRawAudioInput, &found.tdVoice);
+    computeSpectra();
+    weighFrequencies();
+    detect(noiseFlag, found);
+    TimeoutLimit = found.voice == 1 && farEnd == 0 ? SpeechTimeout : ShortTimeout;
+    computeCrossSpectra();
+    smoothCrossSpectra({static_cast<float>(found.tdVoice * (1 - farEnd)), TimeoutLimit});
+    sumOverGrids();
+    pickPosition(*result);
+    voxloc_overlapInputChannels(InputAudio, PreviousRawAudioInput, CurrentRawAudioInput,
+                                NumberOfChannels);
+    const bool valid = isPositionValid(found.voice == 1);
+    result->flags = outputFlags(found, farEnd, noiseFlag, valid);
+    swapBuffers();
+}
+
+int voxloc_record_start(const char* path) {
+    voxloc_record_stop();
+    recording = std::fopen(path, "wb");
+    if (recording == nullptr) return 0;
+    std::fputc(0xAC, recording);
+    std::fputc(1, recording);
+    std::fputc(ProductType, recording);
+    return std::fputc(NumberOfChannels, recording);
+}
+
+void voxloc_record_stop(void) {
+    if (recording == nullptr) return;
+    std::fclose(recording);
+    recording = nullptr;
+}
+
+float* generateInput(void) {
+    std::srand(1);
+    for (float& sample : RawAudioInput) {
+        sample = -0.5f + static_cast<float>(std::rand()) * 4.656613e-10f;
+    }
+    return RawAudioInput;
+}
