@@ -16,17 +16,18 @@ function(voxloc_compile_strictly target)
 endfunction()
 
 # voxloc_add_library(<name> FOLDER <dir> SOURCES ... PUBLIC_HEADERS ...
-#                    [PRIVATE_INCLUDES ...] [LINKS ...])
+#                    [GENERATED_SOURCES ...] [PRIVATE_INCLUDES ...] [LINKS ...])
 # A static library voxloc_<name>, alias voxloc::<name>, installed with its public headers.
 function(voxloc_add_library name)
-  cmake_parse_arguments(arg "" "FOLDER" "SOURCES;PUBLIC_HEADERS;PRIVATE_INCLUDES;LINKS" ${ARGN})
+  cmake_parse_arguments(arg "" "FOLDER" 
+    "SOURCES;GENERATED_SOURCES;PUBLIC_HEADERS;PRIVATE_INCLUDES;LINKS" ${ARGN})
   set(target voxloc_${name})
   list(TRANSFORM arg_SOURCES PREPEND "${arg_FOLDER}/")
   list(TRANSFORM arg_PUBLIC_HEADERS PREPEND "${PROJECT_SOURCE_DIR}/${arg_FOLDER}/")
   list(TRANSFORM arg_PRIVATE_INCLUDES PREPEND "${PROJECT_SOURCE_DIR}/")
   list(TRANSFORM arg_LINKS PREPEND "voxloc::")
 
-  add_library(${target} STATIC ${arg_SOURCES})
+  add_library(${target} STATIC ${arg_SOURCES} ${arg_GENERATED_SOURCES})
   add_library(voxloc::${name} ALIAS ${target})
   set_target_properties(${target} PROPERTIES
     EXPORT_NAME ${name}
@@ -42,4 +43,26 @@ function(voxloc_add_library name)
   install(TARGETS ${target} EXPORT voxlocTargets
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
     PUBLIC_HEADER DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/voxloc)
+endfunction()
+
+# voxloc_embed_clips(<variable> FOLDER <dir> CLIPS <wav>=<array> ...)
+# Turns each WAV file into a C++ source that defines the array; the sources go to the variable.
+function(voxloc_embed_clips variable)
+  cmake_parse_arguments(arg "" "FOLDER" "CLIPS" ${ARGN})
+  set(script "${PROJECT_SOURCE_DIR}/cmake/embedClip.cmake")
+  set(sources)
+  foreach(clip IN LISTS arg_CLIPS)
+    string(REPLACE "=" ";" parts ${clip})
+    list(GET parts 0 file)
+    list(GET parts 1 array)
+    set(wav "${PROJECT_SOURCE_DIR}/${arg_FOLDER}/${file}")
+    set(source "${PROJECT_BINARY_DIR}/clips/${array}.cpp")
+    add_custom_command(OUTPUT "${source}"
+      COMMAND ${CMAKE_COMMAND} -D "CLIP=${wav}" -D ARRAY=${array} -D "OUTPUT=${source}"
+              -P "${script}"
+      DEPENDS "${wav}" "${script}"
+      COMMENT "Embedding ${file}" VERBATIM)
+    list(APPEND sources "${source}")
+  endforeach()
+  set(${variable} ${sources} PARENT_SCOPE)
 endfunction()

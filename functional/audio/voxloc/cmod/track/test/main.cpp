@@ -1,0 +1,5 @@
+#include "audunittest.h"
+
+int main(int argc, char* argv[]) {
+    return static_cast<int>(audunittest_commandline(argc, argv));
+}
