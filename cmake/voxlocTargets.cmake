@@ -29,7 +29,13 @@ function(voxloc_add_library name)
 
   add_library(${target} STATIC ${arg_SOURCES} ${arg_GENERATED_SOURCES})
   add_library(voxloc::${name} ALIAS ${target})
+  if(name STREQUAL PROJECT_NAME)
+    set(archive ${name})
+  else()
+    set(archive ${target})
+  endif()
   set_target_properties(${target} PROPERTIES
+    OUTPUT_NAME ${archive}
     EXPORT_NAME ${name}
     PUBLIC_HEADER "${arg_PUBLIC_HEADERS}")
   target_include_directories(${target}
@@ -37,7 +43,7 @@ function(voxloc_add_library name)
       $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/${arg_FOLDER}>
       $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
     PRIVATE ${arg_PRIVATE_INCLUDES})
-  target_link_libraries(${target} PUBLIC ${arg_LINKS})
+  target_link_libraries(${target} PUBLIC ${arg_LINKS} m)
   target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti>)
   voxloc_compile_strictly(${target})
   install(TARGETS ${target} EXPORT voxlocTargets

@@ -18,18 +18,15 @@ struct Twiddles {
 };
 
 /** cos and sin of 2πk/FFT_MAX for the first half turn. */
-const Twiddles& twiddles() {
-    static const Twiddles table = [] {
-        Twiddles t;
-        const double step = 2 * 3.14159265358979323846 / FFT_MAX;
-        for (std::size_t k = 0; k < FFT_MAX / 2; ++k) {
-            t.cosine[k] = static_cast<float>(std::cos(step * static_cast<double>(k)));
-            t.sine[k] = static_cast<float>(std::sin(step * static_cast<double>(k)));
-        }
-        return t;
-    }();
-    return table;
-}
+const Twiddles Table = [] {
+    Twiddles t;
+    const double step = 2 * 3.14159265358979323846 / FFT_MAX;
+    for (std::size_t k = 0; k < FFT_MAX / 2; ++k) {
+        t.cosine[k] = static_cast<float>(std::cos(step * static_cast<double>(k)));
+        t.sine[k] = static_cast<float>(std::sin(step * static_cast<double>(k)));
+    }
+    return t;
+}();
 
 std::size_t reverseBits(std::size_t value, int bits) {
     std::size_t reversed = 0;
@@ -48,8 +45,8 @@ void transform(std::size_t n, int log2n, const float* x, float* y, float directi
         const std::size_t stride = FFT_MAX / 2 / half;
         for (std::size_t start = 0; start < n; start += 2 * half) {
             for (std::size_t k = 0; k < half; ++k) {
-                const float c = twiddles().cosine[k * stride];
-                const float s = twiddles().sine[k * stride] * direction;
+                const float c = Table.cosine[k * stride];
+                const float s = Table.sine[k * stride] * direction;
                 float* a = y + 2 * (start + k);
                 float* b = a + 2 * half;
                 const float re = b[0] * c - b[1] * s;
