@@ -45,7 +45,7 @@ require_packages() {
 
 # What a preset needs beside the compiler and build tools that all need.
 packages_of_preset() {
-    echo g++ cmake ninja-build
+    echo g++ cmake ninja-build googletest
     case "$1" in
         clang) echo clang ;;
         armhf*) echo g++-arm-linux-gnueabihf qemu-user-static ;;
