@@ -44,6 +44,109 @@ inline float sumLanes(F32x4 v) {
     return vget_lane_f32(vpadd_f32(pairs, pairs), 0);
 }
 
+inline F32x4 sub(F32x4 a, F32x4 b) {
+    return vsubq_f32(a, b);
+}
+
+/** accumulator - a·b, rounded twice */
+inline F32x4 mulSub(F32x4 accumulator, F32x4 a, F32x4 b) {
+    return vmlsq_f32(accumulator, a, b);
+}
+
+/** (a0, a2, b0, b2) */
+inline F32x4 evenLanes(F32x4 a, F32x4 b) {
+    return vuzpq_f32(a, b).val[0];
+}
+
+/** (a1, a3, b1, b3) */
+inline F32x4 oddLanes(F32x4 a, F32x4 b) {
+    return vuzpq_f32(a, b).val[1];
+}
+
+/** (a0, a1, b0, b1) */
+inline F32x4 lowHalves(F32x4 a, F32x4 b) {
+    return vcombine_f32(vget_low_f32(a), vget_low_f32(b));
+}
+
+/** (a2, a3, b2, b3) */
+inline F32x4 highHalves(F32x4 a, F32x4 b) {
+    return vcombine_f32(vget_high_f32(a), vget_high_f32(b));
+}
+
+/** (a0, b0, a1, b1) */
+inline F32x4 zipLow(F32x4 a, F32x4 b) {
+    return vzipq_f32(a, b).val[0];
+}
+
+/** (a2, b2, a3, b3) */
+inline F32x4 zipHigh(F32x4 a, F32x4 b) {
+    return vzipq_f32(a, b).val[1];
+}
+
+/** a0, b0, a1, b1, a2, b2, a3, b3 in memory */
+inline void storeZipped(float* to, F32x4 a, F32x4 b) {
+    vst2q_f32(to, float32x4x2_t{{a, b}});
+}
+
+inline F32x2 load2(const float* from) {
+    return vld1_f32(from);
+}
+
+inline void store2(float* to, F32x2 v) {
+    vst1_f32(to, v);
+}
+
+inline F32x2 splat2(float value) {
+    return vdup_n_f32(value);
+}
+
+inline F32x2 add(F32x2 a, F32x2 b) {
+    return vadd_f32(a, b);
+}
+
+inline F32x2 sub(F32x2 a, F32x2 b) {
+    return vsub_f32(a, b);
+}
+
+inline F32x2 mul(F32x2 a, F32x2 b) {
+    return vmul_f32(a, b);
+}
+
+/** accumulator + a·b, rounded twice */
+inline F32x2 mulAdd(F32x2 accumulator, F32x2 a, F32x2 b) {
+    return vmla_f32(accumulator, a, b);
+}
+
+/** accumulator - a·b, rounded twice */
+inline F32x2 mulSub(F32x2 accumulator, F32x2 a, F32x2 b) {
+    return vmls_f32(accumulator, a, b);
+}
+
+/** (a0, b0) */
+inline F32x2 zipLow(F32x2 a, F32x2 b) {
+    return vtrn_f32(a, b).val[0];
+}
+
+/** (a1, b1) */
+inline F32x2 zipHigh(F32x2 a, F32x2 b) {
+    return vtrn_f32(a, b).val[1];
+}
+
+/** a0, b0, a1, b1 in memory */
+inline void storeZipped(float* to, F32x2 a, F32x2 b) {
+    vst2_f32(to, float32x2x2_t{{a, b}});
+}
+
+/**
+ * The width at which a kernel that works at any width runs best: 32-bit ARM has 32 registers of two
+ * lanes but only 16 of four, 64-bit ARM has 32 of four.
+ */
+#ifdef __aarch64__
+constexpr int BestLanes = 4;
+#else
+constexpr int BestLanes = 2;
+#endif
+
 }  // namespace simd
 
 #endif

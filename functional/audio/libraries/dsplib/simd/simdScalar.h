@@ -59,6 +59,104 @@ inline float sumLanes(F32x4 v) {
     return (v.lane[0] + v.lane[1]) + (v.lane[2] + v.lane[3]);
 }
 
+inline F32x4 sub(F32x4 a, F32x4 b) {
+    return lanewise(a, b, [](float x, float y) { return x - y; });
+}
+
+/** accumulator - a·b */
+inline F32x4 mulSub(F32x4 accumulator, F32x4 a, F32x4 b) {
+    return sub(accumulator, mul(a, b));
+}
+
+/** (a0, a2, b0, b2) */
+inline F32x4 evenLanes(F32x4 a, F32x4 b) {
+    return {{a.lane[0], a.lane[2], b.lane[0], b.lane[2]}};
+}
+
+/** (a1, a3, b1, b3) */
+inline F32x4 oddLanes(F32x4 a, F32x4 b) {
+    return {{a.lane[1], a.lane[3], b.lane[1], b.lane[3]}};
+}
+
+/** (a0, a1, b0, b1) */
+inline F32x4 lowHalves(F32x4 a, F32x4 b) {
+    return {{a.lane[0], a.lane[1], b.lane[0], b.lane[1]}};
+}
+
+/** (a2, a3, b2, b3) */
+inline F32x4 highHalves(F32x4 a, F32x4 b) {
+    return {{a.lane[2], a.lane[3], b.lane[2], b.lane[3]}};
+}
+
+/** (a0, b0, a1, b1) */
+inline F32x4 zipLow(F32x4 a, F32x4 b) {
+    return {{a.lane[0], b.lane[0], a.lane[1], b.lane[1]}};
+}
+
+/** (a2, b2, a3, b3) */
+inline F32x4 zipHigh(F32x4 a, F32x4 b) {
+    return {{a.lane[2], b.lane[2], a.lane[3], b.lane[3]}};
+}
+
+/** a0, b0, a1, b1, a2, b2, a3, b3 in memory */
+inline void storeZipped(float* to, F32x4 a, F32x4 b) {
+    store4(to, zipLow(a, b));
+    store4(to + 4, zipHigh(a, b));
+}
+
+inline F32x2 load2(const float* from) {
+    return loadLanes<2>(from);
+}
+
+inline void store2(float* to, F32x2 v) {
+    for (std::size_t i = 0; i < 2; ++i) to[i] = v.lane[i];
+}
+
+inline F32x2 splat2(float value) {
+    return {{value, value}};
+}
+
+inline F32x2 add(F32x2 a, F32x2 b) {
+    return lanewise(a, b, [](float x, float y) { return x + y; });
+}
+
+inline F32x2 sub(F32x2 a, F32x2 b) {
+    return lanewise(a, b, [](float x, float y) { return x - y; });
+}
+
+inline F32x2 mul(F32x2 a, F32x2 b) {
+    return lanewise(a, b, [](float x, float y) { return x * y; });
+}
+
+/** accumulator + a·b */
+inline F32x2 mulAdd(F32x2 accumulator, F32x2 a, F32x2 b) {
+    return add(accumulator, mul(a, b));
+}
+
+/** accumulator - a·b */
+inline F32x2 mulSub(F32x2 accumulator, F32x2 a, F32x2 b) {
+    return sub(accumulator, mul(a, b));
+}
+
+/** (a0, b0) */
+inline F32x2 zipLow(F32x2 a, F32x2 b) {
+    return {{a.lane[0], b.lane[0]}};
+}
+
+/** (a1, b1) */
+inline F32x2 zipHigh(F32x2 a, F32x2 b) {
+    return {{a.lane[1], b.lane[1]}};
+}
+
+/** a0, b0, a1, b1 in memory */
+inline void storeZipped(float* to, F32x2 a, F32x2 b) {
+    store2(to, zipLow(a, b));
+    store2(to + 2, zipHigh(a, b));
+}
+
+/** The width at which a kernel that works at any width runs: that of the host's baseline. */
+constexpr int BestLanes = 4;
+
 }  // namespace simd
 
 #endif

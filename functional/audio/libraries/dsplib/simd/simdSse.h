@@ -48,6 +48,126 @@ inline float sumLanes(F32x4 v) {
     return _mm_cvtss_f32(_mm_add_ss(pairs, _mm_movehl_ps(pairs, pairs)));
 }
 
+inline F32x4 sub(F32x4 a, F32x4 b) {
+    return _mm_sub_ps(a, b);
+}
+
+/** accumulator - a·b */
+inline F32x4 mulSub(F32x4 accumulator, F32x4 a, F32x4 b) {
+#ifdef __FMA__
+    return _mm_fnmadd_ps(a, b, accumulator);
+#else
+    return _mm_sub_ps(accumulator, _mm_mul_ps(a, b));
+#endif
+}
+
+/** (a0, a2, b0, b2) */
+inline F32x4 evenLanes(F32x4 a, F32x4 b) {
+    return _mm_shuffle_ps(a, b, _MM_SHUFFLE(2, 0, 2, 0));
+}
+
+/** (a1, a3, b1, b3) */
+inline F32x4 oddLanes(F32x4 a, F32x4 b) {
+    return _mm_shuffle_ps(a, b, _MM_SHUFFLE(3, 1, 3, 1));
+}
+
+/** (a0, a1, b0, b1) */
+inline F32x4 lowHalves(F32x4 a, F32x4 b) {
+    return _mm_movelh_ps(a, b);
+}
+
+/** (a2, a3, b2, b3) */
+inline F32x4 highHalves(F32x4 a, F32x4 b) {
+    return _mm_shuffle_ps(a, b, _MM_SHUFFLE(3, 2, 3, 2));
+}
+
+/** (a0, b0, a1, b1) */
+inline F32x4 zipLow(F32x4 a, F32x4 b) {
+    return _mm_unpacklo_ps(a, b);
+}
+
+/** (a2, b2, a3, b3) */
+inline F32x4 zipHigh(F32x4 a, F32x4 b) {
+    return _mm_unpackhi_ps(a, b);
+}
+
+/** a0, b0, a1, b1, a2, b2, a3, b3 in memory */
+inline void storeZipped(float* to, F32x4 a, F32x4 b) {
+    store4(to, zipLow(a, b));
+    store4(to + 4, zipHigh(a, b));
+}
+
+/** Two lanes in the lower half of a register; what the upper half holds means nothing. */
+struct F32x2 {
+    __m128 lanes;
+};
+
+inline F32x2 load2(const float* from) {
+    return {_mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<const __m64*>(from))};
+}
+
+inline void store2(float* to, F32x2 v) {
+    _mm_storel_pi(reinterpret_cast<__m64*>(to), v.lanes);
+}
+
+inline F32x2 splat2(float value) {
+    return {_mm_set1_ps(value)};
+}
+
+inline F32x2 add(F32x2 a, F32x2 b) {
+    return {add(a.lanes, b.lanes)};
+}
+
+inline F32x2 sub(F32x2 a, F32x2 b) {
+    return {sub(a.lanes, b.lanes)};
+}
+
+inline F32x2 mul(F32x2 a, F32x2 b) {
+    return {mul(a.lanes, b.lanes)};
+}
+
+/** accumulator + a·b */
+inline F32x2 mulAdd(F32x2 accumulator, F32x2 a, F32x2 b) {
+    return {mulAdd(accumulator.lanes, a.lanes, b.lanes)};
+}
+
+/** accumulator - a·b */
+inline F32x2 mulSub(F32x2 accumulator, F32x2 a, F32x2 b) {
+    return {mulSub(accumulator.lanes, a.lanes, b.lanes)};
+}
+
+/** (a0, b0) */
+inline F32x2 zipLow(F32x2 a, F32x2 b) {
+    return {_mm_unpacklo_ps(a.lanes, b.lanes)};
+}
+
+/** (a1, b1) */
+inline F32x2 zipHigh(F32x2 a, F32x2 b) {
+    const __m128 zipped = _mm_unpacklo_ps(a.lanes, b.lanes);
+    return {_mm_movehl_ps(zipped, zipped)};
+}
+
+/** a0, b0, a1, b1 in memory */
+inline void storeZipped(float* to, F32x2 a, F32x2 b) {
+    store4(to, zipLow(a.lanes, b.lanes));
+}
+
+/** The width at which a kernel that works at any width runs best. */
+#if defined(__AVX512F__)
+constexpr int BestLanes = 16;
+#elif defined(__AVX__)
+constexpr int BestLanes = 8;
+#else
+constexpr int BestLanes = 4;
+#endif
+
 }  // namespace simd
+
+#ifdef __AVX__
+#include "simdAvx.h"
+#endif
+#ifdef __AVX512F__
+#include "simdAvx512.h"
+#endif
 
 #endif

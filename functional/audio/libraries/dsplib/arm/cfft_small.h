@@ -1,0 +1,106 @@
+/** The complex FFT of 1 to 16 elements: written out, no tables. */
+#ifndef DSPLIB_CFFT_SMALL_H
+#define DSPLIB_CFFT_SMALL_H
+
+#include "cfft_leaves.h"
+
+namespace cfft {
+
+/** cos π/8 and sin π/8 rounded to single precision: 0x3f6c835e, 0x3ec3ef15 */
+constexpr float CosPi8 = 0.92387953f;
+constexpr float SinPi8 = 0.38268343f;
+
+using Element = Complex<1>;
+
+inline Element load(const float* x, int n) {
+    return {x[2 * n], x[2 * n + 1]};
+}
+
+inline void store(float* y, int k, Element z) {
+    y[2 * k] = z.re;
+    y[2 * k + 1] = z.im;
+}
+
+template <Direction D>
+inline void transform2(const float* x, float* y) {
+    const LeafScale<1> scale(scaleOf<D>(2));
+    const Element x0 = load(x, 0), x1 = load(x, 1);
+    store(y, 0, scaledSum<D>(x0 + x1, scale));
+    store(y, 1, scaledSum<D>(x0 - x1, scale));
+}
+
+template <Direction D>
+inline void transform4(const float* x, float* y) {
+    const LeafScale<1> scale(scaleOf<D>(4));
+    const Element x0 = load(x, 0), x1 = load(x, 1), x2 = load(x, 2), x3 = load(x, 3);
+    const Element a0 = x0 + x2, a1 = x0 - x2, b0 = x1 + x3, b1 = x1 - x3;
+    store(y, 0, scaledSum<D>(a0 + b0, scale));
+    store(y, 1, scaledSum<D>(addQuarterTurn<D>(a1, b1), scale));
+    store(y, 2, scaledSum<D>(a0 - b0, scale));
+    store(y, 3, scaledSum<D>(subQuarterTurn<D>(a1, b1), scale));
+}
+
+/** The 8-point transform of every `stride`-th element from `first` on. */
+template <Direction D>
+inline Leaf<1> transformEvery(const float* x, int first, int stride, float scale) {
+    return transformLeaf<D, 1>(
+        {load(x, first), load(x, first + stride), load(x, first + 2 * stride),
+         load(x, first + 3 * stride), load(x, first + 4 * stride), load(x, first + 5 * stride),
+         load(x, first + 6 * stride), load(x, first + 7 * stride)},
+        LeafScale<1>(scale));
+}
+
+template <Direction D>
+inline void transform8(const float* x, float* y) {
+    const Leaf<1> z = transformEvery<D>(x, 0, 1, scaleOf<D>(8));
+    store(y, 0, z.x0);
+    store(y, 1, z.x1);
+    store(y, 2, z.x2);
+    store(y, 3, z.x3);
+    store(y, 4, z.x4);
+    store(y, 5, z.x5);
+    store(y, 6, z.x6);
+    store(y, 7, z.x7);
+}
+
+/** Outputs k and k+8 of a 16-point transform from even and odd elements; `turned` has its twiddle. */
+inline void store16(float* y, int k, Element even, Element turned) {
+    store(y, k, even + turned);
+    store(y, k + 8, even - turned);
+}
+
+template <Direction D>
+inline void transform16(const float* x, float* y) {
+    const Leaf<1> even = transformEvery<D>(x, 0, 2, scaleOf<D>(16));
+    const Leaf<1> odd = transformEvery<D>(x, 1, 2, scaleOf<D>(16));
+    const Element zero{0.0f, 0.0f};
+    store16(y, 0, even.x0, odd.x0);
+    store16(y, 1, even.x1, turnedWith<D>(odd.x1, Element{CosPi8, SinPi8}));
+    store16(y, 2, even.x2, turnedWith<D>(odd.x2, Element{SqrtHalf, SqrtHalf}));
+    store16(y, 3, even.x3, turnedWith<D>(odd.x3, Element{SinPi8, CosPi8}));
+    store16(y, 4, even.x4, addQuarterTurn<D>(zero, odd.x4));
+    store16(y, 5, even.x5, turnedWith<D>(odd.x5, Element{-SinPi8, CosPi8}));
+    store16(y, 6, even.x6, turnedWith<D>(odd.x6, Element{-SqrtHalf, SqrtHalf}));
+    store16(y, 7, even.x7, turnedWith<D>(odd.x7, Element{-CosPi8, SinPi8}));
+}
+
+/** N = 1, 2, 4, 8 or 16. */
+template <Direction D>
+inline void transformSmall(int N, const float* x, float* y) {
+    switch (N) {
+        case 1:
+            return store(y, 0, load(x, 0));
+        case 2:
+            return transform2<D>(x, y);
+        case 4:
+            return transform4<D>(x, y);
+        case 8:
+            return transform8<D>(x, y);
+        default:
+            return transform16<D>(x, y);
+    }
+}
+
+}  // namespace cfft
+
+#endif

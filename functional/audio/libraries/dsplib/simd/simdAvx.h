@@ -1,0 +1,110 @@
+/**
+ * The vector layer's 8-lane type: what the 4-lane type does, in each group of four lanes.
+ *
+ * The functions that move lanes never cross from one group of four to another, except those that
+ * have groups in their name.
+ */
+#ifndef DSPLIB_SIMD_SIMD_AVX_H
+#define DSPLIB_SIMD_SIMD_AVX_H
+
+#ifndef __AVX__
+#error "simdAvx.h needs a compiler that targets AVX"
+#endif
+
+#include <immintrin.h>
+
+namespace simd {
+
+using F32x8 = __m256;
+
+inline F32x8 load8(const float* from) {
+    return _mm256_loadu_ps(from);
+}
+
+inline void store8(float* to, F32x8 v) {
+    _mm256_storeu_ps(to, v);
+}
+
+inline F32x8 splat8(float value) {
+    return _mm256_set1_ps(value);
+}
+
+inline F32x8 add(F32x8 a, F32x8 b) {
+    return _mm256_add_ps(a, b);
+}
+
+inline F32x8 sub(F32x8 a, F32x8 b) {
+    return _mm256_sub_ps(a, b);
+}
+
+inline F32x8 mul(F32x8 a, F32x8 b) {
+    return _mm256_mul_ps(a, b);
+}
+
+/** accumulator + a·b */
+inline F32x8 mulAdd(F32x8 accumulator, F32x8 a, F32x8 b) {
+#ifdef __FMA__
+    return _mm256_fmadd_ps(a, b, accumulator);
+#else
+    return _mm256_add_ps(accumulator, _mm256_mul_ps(a, b));
+#endif
+}
+
+/** accumulator - a·b */
+inline F32x8 mulSub(F32x8 accumulator, F32x8 a, F32x8 b) {
+#ifdef __FMA__
+    return _mm256_fnmadd_ps(a, b, accumulator);
+#else
+    return _mm256_sub_ps(accumulator, _mm256_mul_ps(a, b));
+#endif
+}
+
+/** (a0, a2, b0, b2) in each group */
+inline F32x8 evenLanes(F32x8 a, F32x8 b) {
+    return _mm256_shuffle_ps(a, b, _MM_SHUFFLE(2, 0, 2, 0));
+}
+
+/** (a1, a3, b1, b3) in each group */
+inline F32x8 oddLanes(F32x8 a, F32x8 b) {
+    return _mm256_shuffle_ps(a, b, _MM_SHUFFLE(3, 1, 3, 1));
+}
+
+/** (a0, a1, b0, b1) in each group */
+inline F32x8 lowHalves(F32x8 a, F32x8 b) {
+    return _mm256_shuffle_ps(a, b, _MM_SHUFFLE(1, 0, 1, 0));
+}
+
+/** (a2, a3, b2, b3) in each group */
+inline F32x8 highHalves(F32x8 a, F32x8 b) {
+    return _mm256_shuffle_ps(a, b, _MM_SHUFFLE(3, 2, 3, 2));
+}
+
+/** (a0, b0, a1, b1) in each group */
+inline F32x8 zipLow(F32x8 a, F32x8 b) {
+    return _mm256_unpacklo_ps(a, b);
+}
+
+/** (a2, b2, a3, b3) in each group */
+inline F32x8 zipHigh(F32x8 a, F32x8 b) {
+    return _mm256_unpackhi_ps(a, b);
+}
+
+/** zipLow, then zipHigh, in memory */
+inline void storeZipped(float* to, F32x8 a, F32x8 b) {
+    store8(to, zipLow(a, b));
+    store8(to + 8, zipHigh(a, b));
+}
+
+/** (first group of a, first group of b) */
+inline F32x8 lowGroups(F32x8 a, F32x8 b) {
+    return _mm256_permute2f128_ps(a, b, 0x20);
+}
+
+/** (second group of a, second group of b) */
+inline F32x8 highGroups(F32x8 a, F32x8 b) {
+    return _mm256_permute2f128_ps(a, b, 0x31);
+}
+
+}  // namespace simd
+
+#endif

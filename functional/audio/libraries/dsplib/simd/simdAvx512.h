@@ -1,0 +1,118 @@
+/**
+ * The vector layer's 16-lane type: what the 4-lane type does, in each group of four lanes.
+ *
+ * The functions that move lanes never cross from one group of four to another, except those that
+ * have groups in their name.
+ */
+#ifndef DSPLIB_SIMD_SIMD_AVX512_H
+#define DSPLIB_SIMD_SIMD_AVX512_H
+
+#ifndef __AVX512F__
+#error "simdAvx512.h needs a compiler that targets AVX-512"
+#endif
+
+#include <immintrin.h>
+
+namespace simd {
+
+using F32x16 = __m512;
+
+/**
+ * The unmasked shuffles of g++ 12 start from an undefined register, of which it warns wherever they
+ * are inlined; masked ones that keep every lane are the same instructions.
+ */
+constexpr __mmask16 AllLanes = 0xffff;
+
+inline F32x16 load16(const float* from) {
+    return _mm512_loadu_ps(from);
+}
+
+inline void store16(float* to, F32x16 v) {
+    _mm512_storeu_ps(to, v);
+}
+
+inline F32x16 splat16(float value) {
+    return _mm512_set1_ps(value);
+}
+
+inline F32x16 add(F32x16 a, F32x16 b) {
+    return _mm512_add_ps(a, b);
+}
+
+inline F32x16 sub(F32x16 a, F32x16 b) {
+    return _mm512_sub_ps(a, b);
+}
+
+inline F32x16 mul(F32x16 a, F32x16 b) {
+    return _mm512_mul_ps(a, b);
+}
+
+/** accumulator + a·b, fused */
+inline F32x16 mulAdd(F32x16 accumulator, F32x16 a, F32x16 b) {
+    return _mm512_fmadd_ps(a, b, accumulator);
+}
+
+/** accumulator - a·b, fused */
+inline F32x16 mulSub(F32x16 accumulator, F32x16 a, F32x16 b) {
+    return _mm512_fnmadd_ps(a, b, accumulator);
+}
+
+/** (a0, a2, b0, b2) in each group */
+inline F32x16 evenLanes(F32x16 a, F32x16 b) {
+    return _mm512_maskz_shuffle_ps(AllLanes, a, b, _MM_SHUFFLE(2, 0, 2, 0));
+}
+
+/** (a1, a3, b1, b3) in each group */
+inline F32x16 oddLanes(F32x16 a, F32x16 b) {
+    return _mm512_maskz_shuffle_ps(AllLanes, a, b, _MM_SHUFFLE(3, 1, 3, 1));
+}
+
+/** (a0, a1, b0, b1) in each group */
+inline F32x16 lowHalves(F32x16 a, F32x16 b) {
+    return _mm512_maskz_shuffle_ps(AllLanes, a, b, _MM_SHUFFLE(1, 0, 1, 0));
+}
+
+/** (a2, a3, b2, b3) in each group */
+inline F32x16 highHalves(F32x16 a, F32x16 b) {
+    return _mm512_maskz_shuffle_ps(AllLanes, a, b, _MM_SHUFFLE(3, 2, 3, 2));
+}
+
+/** (a0, b0, a1, b1) in each group */
+inline F32x16 zipLow(F32x16 a, F32x16 b) {
+    return _mm512_maskz_unpacklo_ps(AllLanes, a, b);
+}
+
+/** (a2, b2, a3, b3) in each group */
+inline F32x16 zipHigh(F32x16 a, F32x16 b) {
+    return _mm512_maskz_unpackhi_ps(AllLanes, a, b);
+}
+
+/** zipLow, then zipHigh, in memory */
+inline void storeZipped(float* to, F32x16 a, F32x16 b) {
+    store16(to, zipLow(a, b));
+    store16(to + 16, zipHigh(a, b));
+}
+
+/** (groups 0 and 1 of a, groups 0 and 1 of b) */
+inline F32x16 lowGroups(F32x16 a, F32x16 b) {
+    return _mm512_maskz_shuffle_f32x4(AllLanes, a, b, _MM_SHUFFLE(1, 0, 1, 0));
+}
+
+/** (groups 2 and 3 of a, groups 2 and 3 of b) */
+inline F32x16 highGroups(F32x16 a, F32x16 b) {
+    return _mm512_maskz_shuffle_f32x4(AllLanes, a, b, _MM_SHUFFLE(3, 2, 3, 2));
+}
+
+/** (groups 0 and 2 of a, groups 0 and 2 of b) */
+inline F32x16 evenGroups(F32x16 a, F32x16 b) {
+    return _mm512_maskz_shuffle_f32x4(AllLanes, a, b, _MM_SHUFFLE(2, 0, 2, 0));
+}
+
+/** (groups 1 and 3 of a, groups 1 and 3 of b) */
+inline F32x16 oddGroups(F32x16 a, F32x16 b) {
+    return _mm512_maskz_shuffle_f32x4(AllLanes, a, b, _MM_SHUFFLE(3, 1, 3, 1));
+}
+
+}  // namespace simd
+
+#endif
