@@ -1,10 +1,16 @@
 /**
- * Vectors of complex numbers for the FFT: products, turns and the two memory layouts.
+ * Vectors of complex numbers for the FFT, in the three arrangements that its passes use.
  *
- * Interleaved is what a caller sees: re, im, re, im, … Blocks are what the output buffer holds while
- * a transform runs: two elements in four floats, (re k, re k+1, im k, im k+1). A vector of four or
- * more lanes takes whole groups of four floats, so its lanes are in an order of their own (for eight
- * lanes 0 1 4 5 2 3 6 7); data and twiddles are read in that order alike, and each store undoes it.
+ * A caller's buffers are interleaved: re, im, re, im, … While a transform runs, the output buffer
+ * holds blocks, two elements in four floats: (re k, re k+1, im k, im k+1).
+ *
+ *   Split<L>        L elements, real and imaginary parts in vectors of their own: no lane ever
+ *                   moves, but twice the registers. Two lanes for 32-bit ARM, one for small sizes.
+ *   Block<L>        L/2 elements as the blocks in memory have them
+ *   Interleaved<L>  L/2 elements as the caller's buffers have them
+ *
+ * The passes are written once for all of them. Each operation does the same roundings in the same
+ * order in every arrangement: a + (-b) and a - b are the same number.
  */
 #ifndef DSPLIB_CFFT_COMPLEX_H
 #define DSPLIB_CFFT_COMPLEX_H
@@ -16,112 +22,234 @@ namespace cfft {
 enum class Direction { Forward, Inverse };
 
 template <int L>
-struct Complex {
+struct Split {
+    static constexpr int Elements = L;
     simd::F32<L> re, im;
 };
 
 template <int L>
-inline Complex<L> operator+(Complex<L> a, Complex<L> b) {
+struct Block {
+    static constexpr int Elements = L / 2;
+    simd::F32<L> lanes;
+};
+
+template <int L>
+struct Interleaved {
+    static constexpr int Elements = L / 2;
+    simd::F32<L> lanes;
+};
+
+// Sums and differences
+
+template <int L>
+inline Split<L> operator+(Split<L> a, Split<L> b) {
     return {simd::add(a.re, b.re), simd::add(a.im, b.im)};
 }
 
 template <int L>
-inline Complex<L> operator-(Complex<L> a, Complex<L> b) {
+inline Split<L> operator-(Split<L> a, Split<L> b) {
     return {simd::sub(a.re, b.re), simd::sub(a.im, b.im)};
 }
 
-/** factor·a */
-template <int L>
-inline Complex<L> scaled(Complex<L> a, simd::F32<L> factor) {
-    return {simd::mul(a.re, factor), simd::mul(a.im, factor)};
+template <template <int> class Arranged, int L>
+inline Arranged<L> operator+(Arranged<L> a, Arranged<L> b) {
+    return {simd::add(a.lanes, b.lanes)};
 }
+
+template <template <int> class Arranged, int L>
+inline Arranged<L> operator-(Arranged<L> a, Arranged<L> b) {
+    return {simd::sub(a.lanes, b.lanes)};
+}
+
+// Real factors
+
+template <int L>
+inline Split<L> scaled(Split<L> a, float factor) {
+    const simd::F32<L> f = simd::Lanes<L>::splat(factor);
+    return {simd::mul(a.re, f), simd::mul(a.im, f)};
+}
+
+template <int L>
+inline Interleaved<L> scaled(Interleaved<L> a, float factor) {
+    return {simd::mul(a.lanes, simd::Lanes<L>::splat(factor))};
+}
+
+/** a + factor·b */
+template <int L>
+inline Split<L> addScaled(Split<L> a, Split<L> b, float factor) {
+    const simd::F32<L> f = simd::Lanes<L>::splat(factor);
+    return {simd::mulAdd(a.re, b.re, f), simd::mulAdd(a.im, b.im, f)};
+}
+
+template <int L>
+inline Interleaved<L> addScaled(Interleaved<L> a, Interleaved<L> b, float factor) {
+    return {simd::mulAdd(a.lanes, b.lanes, simd::Lanes<L>::splat(factor))};
+}
+
+/** a - factor·b */
+template <int L>
+inline Split<L> subScaled(Split<L> a, Split<L> b, float factor) {
+    const simd::F32<L> f = simd::Lanes<L>::splat(factor);
+    return {simd::mulSub(a.re, b.re, f), simd::mulSub(a.im, b.im, f)};
+}
+
+template <int L>
+inline Interleaved<L> subScaled(Interleaved<L> a, Interleaved<L> b, float factor) {
+    return {simd::mulSub(a.lanes, b.lanes, simd::Lanes<L>::splat(factor))};
+}
+
+// Quarter turns: -i·b
+
+template <int L>
+inline Block<L> turnedBack(Block<L> b) {
+    return {simd::negateHighHalf(simd::swapHalves(b.lanes))};
+}
+
+template <int L>
+inline Interleaved<L> turnedBack(Interleaved<L> b) {
+    return {simd::negateOddLanes(simd::swapPairs(b.lanes))};
+}
+
+/** a - i·b */
+template <class Z>
+inline Z addTurnedBack(Z a, Z b) {
+    return a + turnedBack(b);
+}
+
+template <int L>
+inline Split<L> addTurnedBack(Split<L> a, Split<L> b) {
+    return {simd::add(a.re, b.im), simd::sub(a.im, b.re)};
+}
+
+/** a + i·b */
+template <class Z>
+inline Z subTurnedBack(Z a, Z b) {
+    return a - turnedBack(b);
+}
+
+template <int L>
+inline Split<L> subTurnedBack(Split<L> a, Split<L> b) {
+    return {simd::sub(a.re, b.im), simd::add(a.im, b.re)};
+}
+
+/** a plus b turned a quarter with the kernel of the transform: a - i·b forward, a + i·b inverse */
+template <Direction D, class Z>
+inline Z addQuarterTurn(Z a, Z b) {
+    return D == Direction::Forward ? addTurnedBack(a, b) : subTurnedBack(a, b);
+}
+
+/** a minus b turned a quarter with the kernel: a + i·b forward, a - i·b inverse */
+template <Direction D, class Z>
+inline Z subQuarterTurn(Z a, Z b) {
+    return D == Direction::Forward ? subTurnedBack(a, b) : addTurnedBack(a, b);
+}
+
+// Twiddles w and products with them
+
+template <class Z>
+struct Twiddle;
+
+template <int L>
+struct Twiddle<Split<L>> {
+    simd::F32<L> cosine, sine;
+};
+
+/** Both lane halves hold the cosines; the sines are negated in the high half. */
+template <int L>
+struct Twiddle<Block<L>> {
+    simd::F32<L> cosine, sine;
+};
 
 /** z·w */
 template <int L>
-inline Complex<L> product(Complex<L> z, Complex<L> w) {
-    return {simd::mulSub(simd::mul(z.re, w.re), z.im, w.im),
-            simd::mulAdd(simd::mul(z.im, w.re), z.re, w.im)};
+inline Split<L> product(Split<L> z, Twiddle<Split<L>> w) {
+    return {simd::mulSub(simd::mul(z.re, w.cosine), z.im, w.sine),
+            simd::mulAdd(simd::mul(z.im, w.cosine), z.re, w.sine)};
+}
+
+template <int L>
+inline Block<L> product(Block<L> z, Twiddle<Block<L>> w) {
+    return {simd::mulSub(simd::mul(z.lanes, w.cosine), simd::swapHalves(z.lanes), w.sine)};
 }
 
 /** z·conj(w) */
 template <int L>
-inline Complex<L> conjugateProduct(Complex<L> z, Complex<L> w) {
-    return {simd::mulAdd(simd::mul(z.re, w.re), z.im, w.im),
-            simd::mulSub(simd::mul(z.im, w.re), z.re, w.im)};
+inline Split<L> conjugateProduct(Split<L> z, Twiddle<Split<L>> w) {
+    return {simd::mulAdd(simd::mul(z.re, w.cosine), z.im, w.sine),
+            simd::mulSub(simd::mul(z.im, w.cosine), z.re, w.sine)};
 }
 
-/** z times the twiddle that turns with the kernel of the transform: conj(w) forward, w inverse. */
-template <Direction D, int L>
-inline Complex<L> turnedWith(Complex<L> z, Complex<L> w) {
+template <int L>
+inline Block<L> conjugateProduct(Block<L> z, Twiddle<Block<L>> w) {
+    return {simd::mulAdd(simd::mul(z.lanes, w.cosine), simd::swapHalves(z.lanes), w.sine)};
+}
+
+/** z times the twiddle that turns with the kernel of the transform: conj(w) forward, w inverse */
+template <Direction D, class Z>
+inline Z turnedWith(Z z, Twiddle<Z> w) {
     return D == Direction::Forward ? conjugateProduct(z, w) : product(z, w);
 }
 
-/** z times the twiddle that turns against the kernel: w forward, conj(w) inverse. */
-template <Direction D, int L>
-inline Complex<L> turnedAgainst(Complex<L> z, Complex<L> w) {
+/** z times the twiddle that turns against the kernel: w forward, conj(w) inverse */
+template <Direction D, class Z>
+inline Z turnedAgainst(Z z, Twiddle<Z> w) {
     return D == Direction::Forward ? product(z, w) : conjugateProduct(z, w);
 }
 
-/** a - i·b forward, a + i·b inverse: a quarter turn with the kernel */
-template <Direction D, int L>
-inline Complex<L> addQuarterTurn(Complex<L> a, Complex<L> b) {
-    if constexpr (D == Direction::Forward) {
-        return {simd::add(a.re, b.im), simd::sub(a.im, b.re)};
-    } else {
-        return {simd::sub(a.re, b.im), simd::add(a.im, b.re)};
-    }
-}
+// Memory. Z::Elements elements are 2·Z::Elements floats.
 
-/** a + i·b forward, a - i·b inverse */
-template <Direction D, int L>
-inline Complex<L> subQuarterTurn(Complex<L> a, Complex<L> b) {
-    if constexpr (D == Direction::Forward) {
-        return {simd::sub(a.re, b.im), simd::add(a.im, b.re)};
-    } else {
-        return {simd::add(a.re, b.im), simd::sub(a.im, b.re)};
-    }
-}
+template <class Z>
+struct Memory;
 
-/** L elements from blocks, 2L floats */
+template <>
+struct Memory<Split<1>> {
+    static Split<1> load(const float* from) { return {from[0], from[1]}; }
+};
+
+template <>
+struct Memory<Split<2>> {
+    static Split<2> load(const float* from) { return {simd::load2(from), simd::load2(from + 2)}; }
+    static Twiddle<Split<2>> loadTwiddle(const float* from) {
+        return {simd::load2(from), simd::load2(from + 2)};
+    }
+};
+
 template <int L>
-inline Complex<L> loadBlocks(const float* from) {
-    const simd::F32<L> a = simd::Lanes<L>::load(from);
-    const simd::F32<L> b = simd::Lanes<L>::load(from + L);
-    if constexpr (L == 2) {
-        return {a, b};
-    } else {
-        return {simd::lowHalves(a, b), simd::highHalves(a, b)};
+struct Memory<Block<L>> {
+    static Block<L> load(const float* from) { return {simd::Lanes<L>::load(from)}; }
+    static Twiddle<Block<L>> loadTwiddle(const float* from) {
+        const simd::F32<L> w = simd::Lanes<L>::load(from);
+        return {simd::lowHalves(w, w), simd::negateHighHalf(simd::highHalves(w, w))};
     }
-}
-
-/** L elements to blocks, 2L floats */
-template <int L>
-inline void storeBlocks(float* to, Complex<L> z) {
-    if constexpr (L == 2) {
-        simd::store2(to, z.re);
-        simd::store2(to + 2, z.im);
-    } else {
-        simd::Lanes<L>::store(to, simd::lowHalves(z.re, z.im));
-        simd::Lanes<L>::store(to + L, simd::highHalves(z.re, z.im));
-    }
-}
-
-/** L elements, in the lane order of loadBlocks, to the interleaved layout, 2L floats */
-template <int L>
-inline void storeInterleaved(float* to, Complex<L> z) {
-    simd::storeZipped(to, z.re, z.im);
-}
+};
 
 enum class Layout { Blocks, Interleaved };
 
-template <Layout Out, int L>
-inline void storeAs(float* to, Complex<L> z) {
+template <Layout Out>
+inline void store(float* to, Split<2> z) {
     if constexpr (Out == Layout::Blocks) {
-        storeBlocks(to, z);
+        simd::store2(to, z.re);
+        simd::store2(to + 2, z.im);
     } else {
-        storeInterleaved(to, z);
+        simd::storeZipped(to, z.re, z.im);
     }
 }
+
+template <Layout Out, int L>
+inline void store(float* to, Block<L> z) {
+    simd::Lanes<L>::store(to, Out == Layout::Blocks ? z.lanes : simd::zipHalves(z.lanes));
+}
+
+/** The arrangement in which a machine whose best vectors have L lanes combines. */
+template <int L>
+struct CombineArrangement {
+    using Type = Block<L>;
+};
+
+template <>
+struct CombineArrangement<2> {
+    using Type = Split<2>;
+};
 
 }  // namespace cfft
 

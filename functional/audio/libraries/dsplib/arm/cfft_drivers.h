@@ -7,6 +7,9 @@
 
 namespace cfft {
 
+template <int L>
+using Arranged = typename CombineArrangement<L>::Type;
+
 /**
  * A node of M = 32 to 4096 elements from its stored leaves, in blocks. O is the orientation of the
  * node's first unit: negative where the node's own offset is, that is for a Z' node and for those
@@ -15,8 +18,8 @@ namespace cfft {
 template <Direction D, Orientation O, int L>
 void noLeaves(int M, float* data) {
     constexpr Orientation Positive = Orientation::Positive, Negative = Orientation::Negative;
-    if (M == 32) return combineLeaves32<D, O, Layout::Blocks, L>(data);
-    combineLeaves64<D, O, Layout::Blocks, L>(data);
+    if (M == 32) return combineLeaves32<D, O, Layout::Blocks, Arranged<L>>(data);
+    combineLeaves64<D, O, Layout::Blocks, Arranged<L>>(data);
 
     // In floats a node of size s that begins at data has its third quarter at s and its last at
     // 3s/2. Up to 1024 it grows by two levels a pass, above by one.
@@ -26,13 +29,13 @@ void noLeaves(int M, float* data) {
         noLeaves<D, Negative, L>(s / 4, data + 3 * s / 2);
         noLeaves<D, Positive, L>(s / 2, data + 2 * s);
         noLeaves<D, Negative, L>(s / 2, data + 3 * s);
-        combine8<D, Layout::Blocks, L>(2 * s, data);
+        combine8<D, Layout::Blocks, Arranged<L>>(2 * s, data);
         s *= 4;
     }
     while (M >= s) {
         noLeaves<D, Positive, L>(s / 4, data + s);
         noLeaves<D, Negative, L>(s / 4, data + 3 * s / 2);
-        combine4<D, Layout::Blocks, L>(s, data);
+        combine4<D, Layout::Blocks, Arranged<L>>(s, data);
         s *= 2;
     }
 }
@@ -43,7 +46,7 @@ inline void finishBy4(int N, float* y) {
     noLeaves<D, Orientation::Positive, L>(N / 2, y);
     noLeaves<D, Orientation::Positive, L>(N / 4, y + N);
     noLeaves<D, Orientation::Negative, L>(N / 4, y + 3 * N / 2);
-    combine4<D, Layout::Interleaved, L>(N, y);
+    combine4<D, Layout::Interleaved, Arranged<L>>(N, y);
 }
 
 /** N = 256 to 2048: grandchildren in front, children behind, then an 8-way pass. */
@@ -54,7 +57,7 @@ inline void finishBy8(int N, float* y) {
     noLeaves<D, Orientation::Negative, L>(N / 8, y + 3 * N / 4);
     noLeaves<D, Orientation::Positive, L>(N / 4, y + N);
     noLeaves<D, Orientation::Negative, L>(N / 4, y + 3 * N / 2);
-    combine8<D, Layout::Interleaved, L>(N, y);
+    combine8<D, Layout::Interleaved, Arranged<L>>(N, y);
 }
 
 /** The transform of N = 32 to FFT_MAX elements on vectors of up to L lanes. */
@@ -62,9 +65,9 @@ template <Direction D, int L>
 void transform(int N, int log2N, const float* x, float* y) {
     leafPass<D, L>(N, log2N, x, y);
     if (N == 32) {
-        combineLeaves32<D, Orientation::Positive, Layout::Interleaved, L>(y);
+        combineLeaves32<D, Orientation::Positive, Layout::Interleaved, Arranged<L>>(y);
     } else if (N == 64) {
-        combineLeaves64<D, Orientation::Positive, Layout::Interleaved, L>(y);
+        combineLeaves64<D, Orientation::Positive, Layout::Interleaved, Arranged<L>>(y);
     } else if (N == 128 || N >= 4096) {
         finishBy4<D, L>(N, y);
     } else {
@@ -75,19 +78,19 @@ void transform(int N, int log2N, const float* x, float* y) {
 // The passes and drivers by name, at the width at which this machine's transforms run.
 
 inline void fft_butterfly4_combine(int M, float* data) {
-    combine4<Direction::Forward, Layout::Blocks, simd::BestLanes>(M, data);
+    combine4<Direction::Forward, Layout::Blocks, Arranged<simd::BestLanes>>(M, data);
 }
 
 inline void ifft_butterfly4_combine(int M, float* data) {
-    combine4<Direction::Inverse, Layout::Blocks, simd::BestLanes>(M, data);
+    combine4<Direction::Inverse, Layout::Blocks, Arranged<simd::BestLanes>>(M, data);
 }
 
 inline void fft_butterfly8_combine(int M, float* data) {
-    combine8<Direction::Forward, Layout::Blocks, simd::BestLanes>(M, data);
+    combine8<Direction::Forward, Layout::Blocks, Arranged<simd::BestLanes>>(M, data);
 }
 
 inline void ifft_butterfly8_combine(int M, float* data) {
-    combine8<Direction::Inverse, Layout::Blocks, simd::BestLanes>(M, data);
+    combine8<Direction::Inverse, Layout::Blocks, Arranged<simd::BestLanes>>(M, data);
 }
 
 inline void fft_noleaves(int M, float* data) {

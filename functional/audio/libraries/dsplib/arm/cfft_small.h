@@ -10,7 +10,7 @@ namespace cfft {
 constexpr float CosPi8 = 0.92387953f;
 constexpr float SinPi8 = 0.38268343f;
 
-using Element = Complex<1>;
+using Element = Split<1>;
 
 inline Element load(const float* x, int n) {
     return {x[2 * n], x[2 * n + 1]};
@@ -23,36 +23,36 @@ inline void store(float* y, int k, Element z) {
 
 template <Direction D>
 inline void transform2(const float* x, float* y) {
-    const LeafScale<1> scale(scaleOf<D>(2));
+    constexpr float Scale = scaleOf<D>(2);
     const Element x0 = load(x, 0), x1 = load(x, 1);
-    store(y, 0, scaledSum<D>(x0 + x1, scale));
-    store(y, 1, scaledSum<D>(x0 - x1, scale));
+    store(y, 0, scaledSum<D>(x0 + x1, Scale));
+    store(y, 1, scaledSum<D>(x0 - x1, Scale));
 }
 
 template <Direction D>
 inline void transform4(const float* x, float* y) {
-    const LeafScale<1> scale(scaleOf<D>(4));
+    constexpr float Scale = scaleOf<D>(4);
     const Element x0 = load(x, 0), x1 = load(x, 1), x2 = load(x, 2), x3 = load(x, 3);
     const Element a0 = x0 + x2, a1 = x0 - x2, b0 = x1 + x3, b1 = x1 - x3;
-    store(y, 0, scaledSum<D>(a0 + b0, scale));
-    store(y, 1, scaledSum<D>(addQuarterTurn<D>(a1, b1), scale));
-    store(y, 2, scaledSum<D>(a0 - b0, scale));
-    store(y, 3, scaledSum<D>(subQuarterTurn<D>(a1, b1), scale));
+    store(y, 0, scaledSum<D>(a0 + b0, Scale));
+    store(y, 1, scaledSum<D>(addQuarterTurn<D>(a1, b1), Scale));
+    store(y, 2, scaledSum<D>(a0 - b0, Scale));
+    store(y, 3, scaledSum<D>(subQuarterTurn<D>(a1, b1), Scale));
 }
 
 /** The 8-point transform of every `stride`-th element from `first` on. */
 template <Direction D>
-inline Leaf<1> transformEvery(const float* x, int first, int stride, float scale) {
-    return transformLeaf<D, 1>(
+inline Leaf<Element> transformEvery(const float* x, int first, int stride, float scale) {
+    return transformLeaf<D, Element>(
         {load(x, first), load(x, first + stride), load(x, first + 2 * stride),
          load(x, first + 3 * stride), load(x, first + 4 * stride), load(x, first + 5 * stride),
          load(x, first + 6 * stride), load(x, first + 7 * stride)},
-        LeafScale<1>(scale));
+        scale);
 }
 
 template <Direction D>
 inline void transform8(const float* x, float* y) {
-    const Leaf<1> z = transformEvery<D>(x, 0, 1, scaleOf<D>(8));
+    const Leaf<Element> z = transformEvery<D>(x, 0, 1, scaleOf<D>(8));
     store(y, 0, z.x0);
     store(y, 1, z.x1);
     store(y, 2, z.x2);
@@ -71,17 +71,17 @@ inline void store16(float* y, int k, Element even, Element turned) {
 
 template <Direction D>
 inline void transform16(const float* x, float* y) {
-    const Leaf<1> even = transformEvery<D>(x, 0, 2, scaleOf<D>(16));
-    const Leaf<1> odd = transformEvery<D>(x, 1, 2, scaleOf<D>(16));
+    const Leaf<Element> even = transformEvery<D>(x, 0, 2, scaleOf<D>(16));
+    const Leaf<Element> odd = transformEvery<D>(x, 1, 2, scaleOf<D>(16));
     const Element zero{0.0f, 0.0f};
     store16(y, 0, even.x0, odd.x0);
-    store16(y, 1, even.x1, turnedWith<D>(odd.x1, Element{CosPi8, SinPi8}));
-    store16(y, 2, even.x2, turnedWith<D>(odd.x2, Element{SqrtHalf, SqrtHalf}));
-    store16(y, 3, even.x3, turnedWith<D>(odd.x3, Element{SinPi8, CosPi8}));
+    store16(y, 1, even.x1, turnedWith<D>(odd.x1, Twiddle<Element>{CosPi8, SinPi8}));
+    store16(y, 2, even.x2, turnedWith<D>(odd.x2, Twiddle<Element>{SqrtHalf, SqrtHalf}));
+    store16(y, 3, even.x3, turnedWith<D>(odd.x3, Twiddle<Element>{SinPi8, CosPi8}));
     store16(y, 4, even.x4, addQuarterTurn<D>(zero, odd.x4));
-    store16(y, 5, even.x5, turnedWith<D>(odd.x5, Element{-SinPi8, CosPi8}));
-    store16(y, 6, even.x6, turnedWith<D>(odd.x6, Element{-SqrtHalf, SqrtHalf}));
-    store16(y, 7, even.x7, turnedWith<D>(odd.x7, Element{-CosPi8, SinPi8}));
+    store16(y, 5, even.x5, turnedWith<D>(odd.x5, Twiddle<Element>{-SinPi8, CosPi8}));
+    store16(y, 6, even.x6, turnedWith<D>(odd.x6, Twiddle<Element>{-SqrtHalf, SqrtHalf}));
+    store16(y, 7, even.x7, turnedWith<D>(odd.x7, Twiddle<Element>{-CosPi8, SinPi8}));
 }
 
 /** N = 1, 2, 4, 8 or 16. */

@@ -89,6 +89,33 @@ inline F32x8 zipHigh(F32x8 a, F32x8 b) {
     return _mm256_unpackhi_ps(a, b);
 }
 
+/** (v0, v2, v1, v3) in each group */
+inline F32x8 zipHalves(F32x8 v) {
+    return _mm256_permute_ps(v, _MM_SHUFFLE(3, 1, 2, 0));
+}
+
+/** (v2, v3, v0, v1) in each group */
+inline F32x8 swapHalves(F32x8 v) {
+    return _mm256_permute_ps(v, _MM_SHUFFLE(1, 0, 3, 2));
+}
+
+/** (v1, v0, v3, v2) in each group */
+inline F32x8 swapPairs(F32x8 v) {
+    return _mm256_permute_ps(v, _MM_SHUFFLE(2, 3, 0, 1));
+}
+
+/** (v0, v1, -v2, -v3) in each group */
+inline F32x8 negateHighHalf(F32x8 v) {
+    const F32x8 signs = _mm256_setr_ps(0.0f, 0.0f, -0.0f, -0.0f, 0.0f, 0.0f, -0.0f, -0.0f);
+    return _mm256_xor_ps(v, signs);
+}
+
+/** (v0, -v1, v2, -v3) in each group */
+inline F32x8 negateOddLanes(F32x8 v) {
+    const F32x8 signs = _mm256_setr_ps(0.0f, -0.0f, 0.0f, -0.0f, 0.0f, -0.0f, 0.0f, -0.0f);
+    return _mm256_xor_ps(v, signs);
+}
+
 /** zipLow, then zipHigh, in memory */
 inline void storeZipped(float* to, F32x8 a, F32x8 b) {
     store8(to, zipLow(a, b));

@@ -87,6 +87,36 @@ inline F32x16 zipHigh(F32x16 a, F32x16 b) {
     return _mm512_maskz_unpackhi_ps(AllLanes, a, b);
 }
 
+/** (v0, v2, v1, v3) in each group */
+inline F32x16 zipHalves(F32x16 v) {
+    return _mm512_maskz_permute_ps(AllLanes, v, _MM_SHUFFLE(3, 1, 2, 0));
+}
+
+/** (v2, v3, v0, v1) in each group */
+inline F32x16 swapHalves(F32x16 v) {
+    return _mm512_maskz_permute_ps(AllLanes, v, _MM_SHUFFLE(1, 0, 3, 2));
+}
+
+/** (v1, v0, v3, v2) in each group */
+inline F32x16 swapPairs(F32x16 v) {
+    return _mm512_maskz_permute_ps(AllLanes, v, _MM_SHUFFLE(2, 3, 0, 1));
+}
+
+/** The float form of this exclusive or needs more than AVX-512F. */
+inline F32x16 flipSigns(F32x16 v, F32x16 signs) {
+    return _mm512_castsi512_ps(_mm512_xor_si512(_mm512_castps_si512(v), _mm512_castps_si512(signs)));
+}
+
+/** (v0, v1, -v2, -v3) in each group */
+inline F32x16 negateHighHalf(F32x16 v) {
+    return flipSigns(v, _mm512_setr4_ps(0.0f, 0.0f, -0.0f, -0.0f));
+}
+
+/** (v0, -v1, v2, -v3) in each group */
+inline F32x16 negateOddLanes(F32x16 v) {
+    return flipSigns(v, _mm512_setr4_ps(0.0f, -0.0f, 0.0f, -0.0f));
+}
+
 /** zipLow, then zipHigh, in memory */
 inline void storeZipped(float* to, F32x16 a, F32x16 b) {
     store16(to, zipLow(a, b));

@@ -83,6 +83,36 @@ inline F32x4 zipHigh(F32x4 a, F32x4 b) {
     return vzipq_f32(a, b).val[1];
 }
 
+/** (v0, v2, v1, v3) */
+inline F32x4 zipHalves(F32x4 v) {
+    const float32x2x2_t zipped = vzip_f32(vget_low_f32(v), vget_high_f32(v));
+    return vcombine_f32(zipped.val[0], zipped.val[1]);
+}
+
+/** (v2, v3, v0, v1) */
+inline F32x4 swapHalves(F32x4 v) {
+    return vextq_f32(v, v, 2);
+}
+
+/** (v1, v0, v3, v2) */
+inline F32x4 swapPairs(F32x4 v) {
+    return vrev64q_f32(v);
+}
+
+inline F32x4 flipSigns(F32x4 v, uint32x4_t signs) {
+    return vreinterpretq_f32_u32(veorq_u32(vreinterpretq_u32_f32(v), signs));
+}
+
+/** (v0, v1, -v2, -v3) */
+inline F32x4 negateHighHalf(F32x4 v) {
+    return flipSigns(v, vcombine_u32(vdup_n_u32(0), vdup_n_u32(0x80000000u)));
+}
+
+/** (v0, -v1, v2, -v3) */
+inline F32x4 negateOddLanes(F32x4 v) {
+    return flipSigns(v, vreinterpretq_u32_u64(vdupq_n_u64(0x8000000000000000u)));
+}
+
 /** a0, b0, a1, b1, a2, b2, a3, b3 in memory */
 inline void storeZipped(float* to, F32x4 a, F32x4 b) {
     vst2q_f32(to, float32x4x2_t{{a, b}});

@@ -98,6 +98,31 @@ inline F32x4 zipHigh(F32x4 a, F32x4 b) {
     return {{a.lane[2], b.lane[2], a.lane[3], b.lane[3]}};
 }
 
+/** (v0, v2, v1, v3) */
+inline F32x4 zipHalves(F32x4 v) {
+    return {{v.lane[0], v.lane[2], v.lane[1], v.lane[3]}};
+}
+
+/** (v2, v3, v0, v1) */
+inline F32x4 swapHalves(F32x4 v) {
+    return {{v.lane[2], v.lane[3], v.lane[0], v.lane[1]}};
+}
+
+/** (v1, v0, v3, v2) */
+inline F32x4 swapPairs(F32x4 v) {
+    return {{v.lane[1], v.lane[0], v.lane[3], v.lane[2]}};
+}
+
+/** (v0, v1, -v2, -v3) */
+inline F32x4 negateHighHalf(F32x4 v) {
+    return {{v.lane[0], v.lane[1], -v.lane[2], -v.lane[3]}};
+}
+
+/** (v0, -v1, v2, -v3) */
+inline F32x4 negateOddLanes(F32x4 v) {
+    return {{v.lane[0], -v.lane[1], v.lane[2], -v.lane[3]}};
+}
+
 /** a0, b0, a1, b1, a2, b2, a3, b3 in memory */
 inline void storeZipped(float* to, F32x4 a, F32x4 b) {
     store4(to, zipLow(a, b));

@@ -91,6 +91,31 @@ inline F32x4 zipHigh(F32x4 a, F32x4 b) {
     return _mm_unpackhi_ps(a, b);
 }
 
+/** (v0, v2, v1, v3) */
+inline F32x4 zipHalves(F32x4 v) {
+    return _mm_shuffle_ps(v, v, _MM_SHUFFLE(3, 1, 2, 0));
+}
+
+/** (v2, v3, v0, v1) */
+inline F32x4 swapHalves(F32x4 v) {
+    return _mm_shuffle_ps(v, v, _MM_SHUFFLE(1, 0, 3, 2));
+}
+
+/** (v1, v0, v3, v2) */
+inline F32x4 swapPairs(F32x4 v) {
+    return _mm_shuffle_ps(v, v, _MM_SHUFFLE(2, 3, 0, 1));
+}
+
+/** (v0, v1, -v2, -v3) */
+inline F32x4 negateHighHalf(F32x4 v) {
+    return _mm_xor_ps(v, _mm_setr_ps(0.0f, 0.0f, -0.0f, -0.0f));
+}
+
+/** (v0, -v1, v2, -v3) */
+inline F32x4 negateOddLanes(F32x4 v) {
+    return _mm_xor_ps(v, _mm_setr_ps(0.0f, -0.0f, 0.0f, -0.0f));
+}
+
 /** a0, b0, a1, b1, a2, b2, a3, b3 in memory */
 inline void storeZipped(float* to, F32x4 a, F32x4 b) {
     store4(to, zipLow(a, b));
