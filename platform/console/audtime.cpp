@@ -22,8 +22,14 @@ uint64_t NYRA_now64(void) {
     return now.nanoseconds / 1000 + uint64_t{now.seconds} * 1000000;
 }
 
-uint32_t audtime_getTicks(void) { return static_cast<uint32_t>(NYRA_now64()); }
+uint32_t audtime_getTicks(void) {
+    return static_cast<uint32_t>(NYRA_now64());
+}
 
-int audtime_ticksPerMs(void) { return 1000; }
+int audtime_ticksPerMs(void) {
+    return 1000;
+}
 
-int audtime_cyclesPerTick(void) { return -1; }
+int audtime_cyclesPerTick(void) {
+    return -1;
+}

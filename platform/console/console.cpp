@@ -21,7 +21,9 @@ using dump_line = std::array<char, max_address_text + 1 + 4 * max_bytes_per_line
 
 constexpr char end_color[] = {'\033', '[', '0', '0', 'm'};
 
-bool is_printable(unsigned char byte) { return byte >= 33 && byte <= 126; }
+bool is_printable(unsigned char byte) {
+    return byte >= 33 && byte <= 126;
+}
 
 // One line of a dump: `count` bytes laid out over `width` positions.
 void format_dump_line(dump_line& line, const unsigned char* bytes, std::size_t count,

@@ -26,13 +26,19 @@ constexpr result empty_result = {0, 0};
 
 constexpr char dashes[] = "--------------------------------\n";
 
-const char* plural_mark(unsigned long count) { return count == 1 ? "" : "s"; }
+const char* plural_mark(unsigned long count) {
+    return count == 1 ? "" : "s";
+}
 
 // ---- reports -----------------------------------------------------------------------------------
 
 // Failure reports have " in <context>" where something runs: these two, printed as "%s%s".
-const char* context_lead() { return current_context != nullptr ? " in " : ""; }
-const char* context_text() { return current_context != nullptr ? current_context : ""; }
+const char* context_lead() {
+    return current_context != nullptr ? " in " : "";
+}
+const char* context_text() {
+    return current_context != nullptr ? current_context : "";
+}
 
 void count_failure() {
     total_result.assertions++;
@@ -138,7 +144,9 @@ void audunittest_register_test(audunittest_function function, const char* name) 
 
 // ---- assertions of a test ----------------------------------------------------------------------
 
-void audunittest_succeed_test(const char*, int) { total_result.assertions++; }
+void audunittest_succeed_test(const char*, int) {
+    total_result.assertions++;
+}
 
 void audunittest_fail_test(const char* file, int line) {
     count_failure();
@@ -179,11 +187,17 @@ void audunittest_set_context(const char* context) {
     current_context = context;
 }
 
-void audunittest_reset(void) { total_result = empty_result; }
+void audunittest_reset(void) {
+    total_result = empty_result;
+}
 
-uint32_t audunittest_num_assertions(void) { return total_result.assertions; }
+uint32_t audunittest_num_assertions(void) {
+    return total_result.assertions;
+}
 
-uint32_t audunittest_num_failed(void) { return total_result.failed; }
+uint32_t audunittest_num_failed(void) {
+    return total_result.failed;
+}
 
 // ---- running -----------------------------------------------------------------------------------
 

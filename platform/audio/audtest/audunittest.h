@@ -113,8 +113,7 @@ unsigned int audunittest_commandline(int argc, const char* const argv[]);
  * The same with all of the report going to console (null: standard error), without colour; the
  * console that was current before is current again afterwards.
  */
-unsigned int audunittest_commandline_with_console(int argc, const char* const argv[],
-                                                  con* console);
+unsigned int audunittest_commandline_with_console(int argc, const char* const argv[], con* console);
 
 #ifdef __cplusplus
 }
