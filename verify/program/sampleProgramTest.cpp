@@ -1,0 +1,61 @@
+#include "goldenText.h"
+
+namespace {
+
+class SampleProgram : public GoldenText {
+  protected:
+    static std::string failures() {
+        return running("test__sample__fails_twice") +
+               red("\nFailed: sample/tests:6 in test__sample__fails_twice: 0 != 3\n") +
+               red("\nFailed: sample/tests:7 in test__sample__fails_twice\n") + " [T ms]\n";
+    }
+};
+INSTANTIATE_GOLDEN_TEXT(SampleProgram);
+
+TEST_P(SampleProgram, ListsItsTestsInByteOrder) {
+    const std::string listing =
+        "TEST__sample__upper_case\n"
+        "test__sample__asserts_nothing\n"
+        "test__sample__fails_twice\n"
+        "test__sample__passes\n" +
+        yellow("Found 4 tests.\n");
+    expect({"--list"}, 0, listing);
+    expect({"--listunittest"}, 0, listing);
+}
+
+TEST_P(SampleProgram, ListsWhatMatches) {
+    expect({"--list", "upper"}, 0, "TEST__sample__upper_case\n" + yellow("Found 1 test.\n"));
+    expect({"--list", "ASS"}, 0,
+           "test__sample__asserts_nothing\ntest__sample__passes\n" + yellow("Found 2 tests.\n"));
+}
+
+TEST_P(SampleProgram, RunsATestByName) {
+    expect({"--run", "test__sample__passes"}, 0, success("test__sample__passes"));
+    expect({"--rununittest", "test__sample__asserts_nothing"}, 0,
+           success("test__sample__asserts_nothing"));
+}
+
+TEST_P(SampleProgram, ReportsATestThatFails) {
+    expect({"--run", "test__sample__fails_twice"}, 1, failures());
+}
+
+TEST_P(SampleProgram, NeedsTheExactNameOfATest) {
+    expect({"--run", "TEST__SAMPLE__PASSES"}, 1,
+           red("Could not find unit test 'TEST__SAMPLE__PASSES'\n"));
+}
+
+TEST_P(SampleProgram, RunsWhatMatches) {
+    expect({"--runall", "ASS"}, 0,
+           success("test__sample__asserts_nothing") + success("test__sample__passes") +
+               framed(green("Test success: 2 tests with 1 assertion [T s].\n")));
+}
+
+TEST_P(SampleProgram, RunsEverything) {
+    expect({"--runall"}, 1,
+           success("TEST__sample__upper_case") + success("test__sample__asserts_nothing") +
+               failures() + success("test__sample__passes") +
+               framed(red("Test failure: 2 failed assertions in 4 tests with 4 assertions "
+                          "[T s].\n")));
+}
+
+}  // namespace
