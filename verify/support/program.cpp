@@ -1,5 +1,6 @@
 #include "program.h"
 
+#include <regex.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -7,7 +8,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iterator>
-#include <regex>
 #include <stdexcept>
 
 #include "programUnderTest.h"  // generated: the emulator, if there is one, and the path
@@ -94,6 +94,18 @@ ProgramOutcome runProgram(const std::vector<std::string>& arguments, Output stan
 }
 
 std::string withoutTimes(const std::string& text) {
-    static const std::regex duration("\\[[0-9]+\\.[0-9]{3} (ms|s)\\]");
-    return std::regex_replace(text, duration, "[T $1]");
+    regex_t duration;
+    if (regcomp(&duration, "\\[[0-9]+\\.[0-9]{3} (ms|s)\\]", REG_EXTENDED) != 0) {
+        throw std::runtime_error("regcomp failed");
+    }
+    std::string result;
+    const char* rest = text.c_str();
+    std::array<regmatch_t, 2> match{};  // the whole and the unit
+    while (regexec(&duration, rest, match.size(), match.data(), 0) == 0) {
+        result.append(rest, rest + match[0].rm_so);
+        result += "[T " + std::string(rest + match[1].rm_so, rest + match[1].rm_eo) + "]";
+        rest += match[0].rm_eo;
+    }
+    regfree(&duration);
+    return result + rest;
 }
