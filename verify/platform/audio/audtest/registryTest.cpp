@@ -63,7 +63,7 @@ TEST_F(RegistryDeathTest, AbortsWithoutAWordWhenMemoryIsOut) {
         fakeMemory::failNextAllocation();
         audunittest_register_test(body::passOnce, "a");
     };
-    EXPECT_EXIT(registerWithoutMemory(), ::testing::KilledBySignal(SIGABRT), ::testing::Eq(""));
+    EXPECT_EXIT(registerWithoutMemory(), ::testing::KilledBySignal(SIGABRT), lastWords(""));
 }
 
 }  // namespace
