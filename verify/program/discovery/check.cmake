@@ -41,6 +41,13 @@ function(expect_text)
   endforeach()
 endfunction()
 
+function(expect_no_text text)
+  string(FIND "${output}" "${text}" place)
+  if(NOT place EQUAL -1)
+    message(SEND_ERROR "'${text}' is in:\n${output}")
+  endif()
+endfunction()
+
 # ctest must see the trouble however it is called, also where the search selects something else.
 function(expect_trouble text)
   ctest(-j2)
@@ -77,6 +84,9 @@ function(selects_by_name)
   ctest(-R asserts)
   expect_success()
   expect_text("100% tests passed, 0 tests failed out of 1")
+  ctest(-R passes --verbose)
+  expect_text("Running test__sample__passes... Success")
+  expect_no_text("Test success")  # the summary of a search: a test is run by its name
   ctest(-R fails)
   expect_failure()
   expect_text("0% tests passed, 1 tests failed out of 1")
