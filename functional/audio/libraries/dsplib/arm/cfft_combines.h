@@ -31,16 +31,39 @@ inline void joinLeaves(Z& a, Z& b, Twiddle<Z> t) {
     }
 }
 
-/** Four values of a node a quarter apart, in place: U[k], U[k+M/4], Z[k], Z'[k] to X; w = w_M(k). */
+/**
+ * Four values of a node a quarter apart, in place: U[k], U[k+M/4], Z[k], Z'[k] to X; w = w_M(k).
+ *
+ * Forward, with S and D the sum and the difference of Z·conj(w) and Z'·w, the four are U + S,
+ * U - S, U - i·D and U + i·D. S and D come from p = Z + Z' and d = Z - Z' as p·cos - i·d·sin and
+ * d·cos - i·p·sin: as many operations as the two products would take, with fewer roundings. The
+ * inverse has +i for -i throughout.
+ */
 template <Direction D, class Z>
 inline void butterfly4(Z& x0, Z& x1, Z& x2, Z& x3, Twiddle<Z> w) {
-    const Z z = turnedWith<D>(x2, w);
-    const Z zc = turnedAgainst<D>(x3, w);
-    const Z sum = z + zc, difference = z - zc;
+    const Z p = x2 + x3, d = x2 - x3;
+    const Z sum = crossed<D>(p, d, w), difference = crossed<D>(d, p, w);
     x2 = x0 - sum;
     x0 = x0 + sum;
     x3 = subQuarterTurn<D>(x1, difference);
     x1 = addQuarterTurn<D>(x1, difference);
+}
+
+/** The same operations; where turns move lanes, -i·D from -i·d needs one turn instead of three. */
+template <Direction D, int L>
+inline void butterfly4(Block<L>& x0, Block<L>& x1, Block<L>& x2, Block<L>& x3,
+                       Twiddle<Block<L>> w) {
+    const Block<L> p = x2 + x3, q = turnedBack(x2 - x3);
+    const simd::F32<L> pc = simd::mul(p.lanes, w.cosine), qc = simd::mul(q.lanes, w.cosine);
+    const bool forward = D == Direction::Forward;
+    const Block<L> sum = {forward ? simd::mulAdd(pc, q.lanes, w.sine)
+                                  : simd::mulSub(pc, q.lanes, w.sine)};
+    const Block<L> turned = {forward ? simd::mulSub(qc, p.lanes, w.sine)
+                                     : simd::mulAdd(qc, p.lanes, w.sine)};
+    x2 = x0 - sum;
+    x0 = x0 + sum;
+    x3 = forward ? x1 - turned : x1 + turned;
+    x1 = forward ? x1 + turned : x1 - turned;
 }
 
 /** Values of a node an eighth apart. */

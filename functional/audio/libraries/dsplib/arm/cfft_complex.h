@@ -144,7 +144,7 @@ inline Z subQuarterTurn(Z a, Z b) {
     return D == Direction::Forward ? subTurnedBack(a, b) : addTurnedBack(a, b);
 }
 
-// Twiddles w and products with them
+// Twiddles w = cos + i·sin and products with them
 
 template <class Z>
 struct Twiddle;
@@ -154,46 +154,52 @@ struct Twiddle<Split<L>> {
     simd::F32<L> cosine, sine;
 };
 
-/** Both lane halves hold the cosines; the sines are negated in the high half. */
+/** Both halves of each group of four lanes hold the same. */
 template <int L>
 struct Twiddle<Block<L>> {
     simd::F32<L> cosine, sine;
 };
 
-/** z·w */
+/** a·cos - i·b·sin */
 template <int L>
-inline Split<L> product(Split<L> z, Twiddle<Split<L>> w) {
-    return {simd::mulSub(simd::mul(z.re, w.cosine), z.im, w.sine),
-            simd::mulAdd(simd::mul(z.im, w.cosine), z.re, w.sine)};
+inline Split<L> crossedBack(Split<L> a, Split<L> b, Twiddle<Split<L>> w) {
+    return {simd::mulAdd(simd::mul(a.re, w.cosine), b.im, w.sine),
+            simd::mulSub(simd::mul(a.im, w.cosine), b.re, w.sine)};
 }
 
 template <int L>
-inline Block<L> product(Block<L> z, Twiddle<Block<L>> w) {
-    return {simd::mulSub(simd::mul(z.lanes, w.cosine), simd::swapHalves(z.lanes), w.sine)};
+inline Block<L> crossedBack(Block<L> a, Block<L> b, Twiddle<Block<L>> w) {
+    return {simd::mulAdd(simd::mul(a.lanes, w.cosine), turnedBack(b).lanes, w.sine)};
 }
 
-/** z·conj(w) */
+/** a·cos + i·b·sin */
 template <int L>
-inline Split<L> conjugateProduct(Split<L> z, Twiddle<Split<L>> w) {
-    return {simd::mulAdd(simd::mul(z.re, w.cosine), z.im, w.sine),
-            simd::mulSub(simd::mul(z.im, w.cosine), z.re, w.sine)};
+inline Split<L> crossedOn(Split<L> a, Split<L> b, Twiddle<Split<L>> w) {
+    return {simd::mulSub(simd::mul(a.re, w.cosine), b.im, w.sine),
+            simd::mulAdd(simd::mul(a.im, w.cosine), b.re, w.sine)};
 }
 
 template <int L>
-inline Block<L> conjugateProduct(Block<L> z, Twiddle<Block<L>> w) {
-    return {simd::mulAdd(simd::mul(z.lanes, w.cosine), simd::swapHalves(z.lanes), w.sine)};
+inline Block<L> crossedOn(Block<L> a, Block<L> b, Twiddle<Block<L>> w) {
+    return {simd::mulSub(simd::mul(a.lanes, w.cosine), turnedBack(b).lanes, w.sine)};
+}
+
+/** a·cos - i·b·sin forward, a·cos + i·b·sin inverse */
+template <Direction D, class Z>
+inline Z crossed(Z a, Z b, Twiddle<Z> w) {
+    return D == Direction::Forward ? crossedBack(a, b, w) : crossedOn(a, b, w);
 }
 
 /** z times the twiddle that turns with the kernel of the transform: conj(w) forward, w inverse */
 template <Direction D, class Z>
 inline Z turnedWith(Z z, Twiddle<Z> w) {
-    return D == Direction::Forward ? conjugateProduct(z, w) : product(z, w);
+    return D == Direction::Forward ? crossedBack(z, z, w) : crossedOn(z, z, w);
 }
 
 /** z times the twiddle that turns against the kernel: w forward, conj(w) inverse */
 template <Direction D, class Z>
 inline Z turnedAgainst(Z z, Twiddle<Z> w) {
-    return D == Direction::Forward ? product(z, w) : conjugateProduct(z, w);
+    return D == Direction::Forward ? crossedOn(z, z, w) : crossedBack(z, z, w);
 }
 
 // Memory. Z::Elements elements are 2·Z::Elements floats.
@@ -219,7 +225,7 @@ struct Memory<Block<L>> {
     static Block<L> load(const float* from) { return {simd::Lanes<L>::load(from)}; }
     static Twiddle<Block<L>> loadTwiddle(const float* from) {
         const simd::F32<L> w = simd::Lanes<L>::load(from);
-        return {simd::lowHalves(w, w), simd::negateHighHalf(simd::highHalves(w, w))};
+        return {simd::lowHalves(w, w), simd::highHalves(w, w)};
     }
 };
 

@@ -51,10 +51,10 @@ inline Leaf<Z> transformLeaf(const Leaf<Z>& x, float scale) {
     const Z even1 = scaledSum<D>(addQuarterTurn<D>(a1, a3), scale);
     const Z even3 = scaledSum<D>(subQuarterTurn<D>(a1, a3), scale);
 
-    // √2 times the odd ones, turned with the kernel: the first by an eighth, the third by three
+    // √2 times the odd ones turned with the kernel: the first by an eighth, the third by three
     // eighths less half a turn, which is why it is subtracted where the first is added.
-    const Z odd1 = addQuarterTurn<D>(b1, b3), odd3 = subQuarterTurn<D>(b1, b3);
-    const Z turned1 = addQuarterTurn<D>(odd1, odd1), turned3 = subQuarterTurn<D>(odd3, odd3);
+    const Z u = b1 - b3, v = b1 + b3;
+    const Z turned1 = addQuarterTurn<D>(u, v), turned3 = subQuarterTurn<D>(u, v);
     const float factor = scale * SqrtHalf;
 
     return {even0 + odd0, addScaled(even1, turned1, factor),
