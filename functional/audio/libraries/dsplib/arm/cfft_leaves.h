@@ -189,7 +189,7 @@ inline auto loadAdjacent(const float* from) {
 
 /** All N/8 leaves, in vectors of as many adjacent leaves as divide the N/16 offsets q >= 0. */
 template <Direction D, int L>
-inline void leafPassOfWidth(const LeafPlan& plan, const float* x, float* y) {
+inline void leafPassOfWidth(const LeafPlan plan, const float* x, float* y) {
     constexpr int Adjacent = decltype(loadAdjacent<L>(x))::Elements;
     const float scale = scaleOf<D>(plan.size);
     for (int q = 0; q < plan.partner; q += Adjacent) {
@@ -208,10 +208,13 @@ inline void leafPassOfWidth(const LeafPlan& plan, const float* x, float* y) {
 /** The leaf pass of N >= 32 elements on vectors of up to L lanes. */
 template <Direction D, int L>
 inline void leafPass(int N, int log2N, const float* x, float* y) {
-    if constexpr (L > 4) {
-        if (N < 8 * L) return leafPass<D, L / 2>(N, log2N, x, y);
+    if (N == 32) {
+        leafPassOfWidth<D, (L < 4 ? L : 4)>(LeafPlan(32, 5), x, y);
+    } else if (N == 64) {
+        leafPassOfWidth<D, (L < 8 ? L : 8)>(LeafPlan(64, 6), x, y);
+    } else {
+        leafPassOfWidth<D, L>(LeafPlan(N, log2N), x, y);
     }
-    leafPassOfWidth<D, L>(LeafPlan(N, log2N), x, y);
 }
 
 }  // namespace cfft
