@@ -109,13 +109,13 @@ inline void storeEighths(float* to, std::ptrdiff_t stride, const Eighths<Z>& x) 
     store<Out>(to + 7 * stride, x.x7);
 }
 
-/** 4-way combine of a node of size M = 32 to FFT_MAX. */
+/** The values k = begin to end-1, of 0 to M/4-1, of a 4-way combine; both are multiples of 16. */
 template <Direction D, Layout Out, class Z>
-inline void combine4(int M, float* data) {
+inline void combine4Part(int M, float* data, std::ptrdiff_t begin, std::ptrdiff_t end) {
     using At = Memory<Z>;
-    const std::ptrdiff_t quarter = M / 2;  // in floats
+    const std::ptrdiff_t quarter = M / 2;  // in floats, as k is
     const float* const w = twiddlesOf(M);
-    for (std::ptrdiff_t k = 0; k < quarter; k += 2 * Z::Elements) {
+    for (std::ptrdiff_t k = 2 * begin; k < 2 * end; k += 2 * Z::Elements) {
         float* const p = data + k;
         Z x0 = At::load(p), x1 = At::load(p + quarter);
         Z x2 = At::load(p + 2 * quarter), x3 = At::load(p + 3 * quarter);
@@ -125,6 +125,12 @@ inline void combine4(int M, float* data) {
         store<Out>(p + 2 * quarter, x2);
         store<Out>(p + 3 * quarter, x3);
     }
+}
+
+/** 4-way combine of a node of size M = 32 to FFT_MAX. */
+template <Direction D, Layout Out, class Z>
+inline void combine4(int M, float* data) {
+    combine4Part<D, Out, Z>(M, data, 0, M / 4);
 }
 
 /** 8-way combine of a node of size M = 64 to FFT_MAX. */

@@ -11,6 +11,7 @@
 
 #include "assertion.h"
 #include "cfft_drivers.h"
+#include "cfft_ends.h"
 #include "cfft_small.h"
 
 namespace {
@@ -62,4 +63,8 @@ void sp_fftSPxSP(int N, float* x, const float*, float* y, const unsigned char*, 
 
 void sp_ifftSPxSP(int N, float* x, const float*, float* y, const unsigned char*, int, int, int) {
     cifft_pow2_conjpair_splitrad_c89(N, trailingZeroBits(N), x, y);
+}
+
+void sp_ifft_ends(const float* x, float* y) {
+    cfft::transformEnds<Direction::Inverse, simd::BestLanes>(x, y);
 }

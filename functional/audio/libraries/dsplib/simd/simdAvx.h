@@ -59,6 +59,79 @@ inline F32x8 mulSub(F32x8 accumulator, F32x8 a, F32x8 b) {
 #endif
 }
 
+inline F32x8 div(F32x8 a, F32x8 b) {
+    return _mm256_div_ps(a, b);
+}
+
+inline F32x8 squareRoot(F32x8 v) {
+    return _mm256_sqrt_ps(v);
+}
+
+/** a where a < b, else b, which a NaN makes it */
+inline F32x8 smaller(F32x8 a, F32x8 b) {
+    return _mm256_min_ps(a, b);
+}
+
+/** a where a > b, else b, which a NaN makes it */
+inline F32x8 larger(F32x8 a, F32x8 b) {
+    return _mm256_max_ps(a, b);
+}
+
+/** x where a < b, else y, which a NaN makes it */
+inline F32x8 selectLess(F32x8 a, F32x8 b, F32x8 x, F32x8 y) {
+    return _mm256_blendv_ps(y, x, _mm256_cmp_ps(a, b, _CMP_LT_OQ));
+}
+
+/** The lanes of a, then those of b */
+inline F32x8 joined(F32x4 a, F32x4 b) {
+    return _mm256_insertf128_ps(_mm256_castps128_ps256(a), b, 1);
+}
+
+/** The first and the second of each of eight pairs of floats in memory. */
+struct F32x8Pairs {
+    F32x8 first, second;
+};
+
+inline F32x8Pairs loadPairs8(const float* from) {
+    const F32x8 low = joined(load4(from), load4(from + 8));
+    const F32x8 high = joined(load4(from + 4), load4(from + 12));
+    return {_mm256_shuffle_ps(low, high, _MM_SHUFFLE(2, 0, 2, 0)),
+            _mm256_shuffle_ps(low, high, _MM_SHUFFLE(3, 1, 3, 1))};
+}
+
+inline void storePairs(float* to, F32x8 first, F32x8 second) {
+    const F32x8 low = _mm256_unpacklo_ps(first, second);
+    const F32x8 high = _mm256_unpackhi_ps(first, second);
+    store8(to, _mm256_permute2f128_ps(low, high, 0x20));
+    store8(to + 8, _mm256_permute2f128_ps(low, high, 0x31));
+}
+
+/** (v7, …, v0) */
+inline F32x8 reversed(F32x8 v) {
+    const F32x8 groups = _mm256_permute_ps(v, _MM_SHUFFLE(0, 1, 2, 3));
+    return _mm256_permute2f128_ps(groups, groups, 0x01);
+}
+
+/** The largest lane, of lanes that are numbers */
+inline float largestLane(F32x8 v) {
+    return largestLane(larger(_mm256_castps256_ps128(v), _mm256_extractf128_ps(v, 1)));
+}
+
+inline F32x8 loadBytes8(const std::uint8_t* from) {
+    return joined(loadBytes4(from), loadBytes4(from + 4));
+}
+
+/** Stores lanes that hold whole numbers from 0 to 255. */
+inline void storeBytes(std::uint8_t* to, F32x8 v) {
+    storeBytes(to, _mm256_castps256_ps128(v));
+    storeBytes(to + 4, _mm256_extractf128_ps(v, 1));
+}
+
+/** table[index[0]] to table[index[7]]; loads one by one are no slower than the gather of AVX2 */
+inline F32x8 gather8(const float* table, const std::int16_t* index) {
+    return joined(gather4(table, index), gather4(table, index + 4));
+}
+
 /** (a0, a2, b0, b2) in each group */
 inline F32x8 evenLanes(F32x8 a, F32x8 b) {
     return _mm256_shuffle_ps(a, b, _MM_SHUFFLE(2, 0, 2, 0));

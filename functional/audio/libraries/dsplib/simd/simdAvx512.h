@@ -57,6 +57,91 @@ inline F32x16 mulSub(F32x16 accumulator, F32x16 a, F32x16 b) {
     return _mm512_fnmadd_ps(a, b, accumulator);
 }
 
+inline F32x16 div(F32x16 a, F32x16 b) {
+    return _mm512_div_ps(a, b);
+}
+
+inline F32x16 squareRoot(F32x16 v) {
+    return _mm512_maskz_sqrt_ps(AllLanes, v);
+}
+
+/** a where a < b, else b, which a NaN makes it */
+inline F32x16 smaller(F32x16 a, F32x16 b) {
+    return _mm512_maskz_min_ps(AllLanes, a, b);
+}
+
+/** a where a > b, else b, which a NaN makes it */
+inline F32x16 larger(F32x16 a, F32x16 b) {
+    return _mm512_maskz_max_ps(AllLanes, a, b);
+}
+
+/** x where a < b, else y, which a NaN makes it */
+inline F32x16 selectLess(F32x16 a, F32x16 b, F32x16 x, F32x16 y) {
+    return _mm512_mask_blend_ps(_mm512_cmp_ps_mask(a, b, _CMP_LT_OQ), y, x);
+}
+
+/** The first and the second of each of sixteen pairs of floats in memory. */
+struct F32x16Pairs {
+    F32x16 first, second;
+};
+
+inline F32x16Pairs loadPairs16(const float* from) {
+    const __m512i evens =
+        _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
+    const __m512i odds =
+        _mm512_setr_epi32(1, 3, 5, 7, 9, 11, 13, 15, 17, 19, 21, 23, 25, 27, 29, 31);
+    const F32x16 a = load16(from), b = load16(from + 16);
+    return {_mm512_permutex2var_ps(a, evens, b), _mm512_permutex2var_ps(a, odds, b)};
+}
+
+inline void storePairs(float* to, F32x16 first, F32x16 second) {
+    const __m512i low = _mm512_setr_epi32(0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+    const __m512i high =
+        _mm512_setr_epi32(8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
+    store16(to, _mm512_permutex2var_ps(first, low, second));
+    store16(to + 16, _mm512_permutex2var_ps(first, high, second));
+}
+
+/** (v15, …, v0) */
+inline F32x16 reversed(F32x16 v) {
+    const __m512i order = _mm512_setr_epi32(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
+    return _mm512_maskz_permutexvar_ps(AllLanes, order, v);
+}
+
+/** The lanes of a, then those of b */
+inline F32x16 joined(F32x8 a, F32x8 b) {
+    const __m512d low = _mm512_castpd256_pd512(_mm256_castps_pd(a));
+    return _mm512_castpd_ps(_mm512_maskz_insertf64x4(0xff, low, _mm256_castps_pd(b), 1));
+}
+
+inline F32x8 lowLanes(F32x16 v) {
+    return _mm256_castpd_ps(_mm512_maskz_extractf64x4_pd(0xff, _mm512_castps_pd(v), 0));
+}
+
+inline F32x8 highLanes(F32x16 v) {
+    return _mm256_castpd_ps(_mm512_maskz_extractf64x4_pd(0xff, _mm512_castps_pd(v), 1));
+}
+
+/** The largest lane, of lanes that are numbers */
+inline float largestLane(F32x16 v) {
+    return largestLane(larger(lowLanes(v), highLanes(v)));
+}
+
+inline F32x16 loadBytes16(const std::uint8_t* from) {
+    return joined(loadBytes8(from), loadBytes8(from + 8));
+}
+
+/** Stores lanes that hold whole numbers from 0 to 255. */
+inline void storeBytes(std::uint8_t* to, F32x16 v) {
+    storeBytes(to, lowLanes(v));
+    storeBytes(to + 8, highLanes(v));
+}
+
+/** table[index[0]] to table[index[15]] */
+inline F32x16 gather16(const float* table, const std::int16_t* index) {
+    return joined(gather8(table, index), gather8(table, index + 8));
+}
+
 /** (a0, a2, b0, b2) in each group */
 inline F32x16 evenLanes(F32x16 a, F32x16 b) {
     return _mm512_maskz_shuffle_ps(AllLanes, a, b, _MM_SHUFFLE(2, 0, 2, 0));
@@ -104,7 +189,8 @@ inline F32x16 swapPairs(F32x16 v) {
 
 /** The float form of this exclusive or needs more than AVX-512F. */
 inline F32x16 flipSigns(F32x16 v, F32x16 signs) {
-    return _mm512_castsi512_ps(_mm512_xor_si512(_mm512_castps_si512(v), _mm512_castps_si512(signs)));
+    return _mm512_castsi512_ps(
+        _mm512_xor_si512(_mm512_castps_si512(v), _mm512_castps_si512(signs)));
 }
 
 /** (v0, v1, -v2, -v3) in each group */

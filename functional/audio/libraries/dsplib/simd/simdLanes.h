@@ -8,6 +8,10 @@
 #ifndef DSPLIB_SIMD_SIMD_LANES_H
 #define DSPLIB_SIMD_SIMD_LANES_H
 
+#include <cmath>
+#include <cstdint>
+#include <type_traits>
+
 #include "simd.h"
 
 namespace simd {
@@ -21,6 +25,12 @@ struct Lanes<1> {
     static Type load(const float* from) { return *from; }
     static void store(float* to, Type v) { *to = v; }
     static Type splat(float value) { return value; }
+    struct Pairs {
+        float first, second;
+    };
+    static Pairs loadPairs(const float* from) { return {from[0], from[1]}; }
+    static Type loadBytes(const std::uint8_t* from) { return static_cast<float>(*from); }
+    static Type gather(const float* table, const std::int16_t* index) { return table[*index]; }
 };
 
 template <>
@@ -37,6 +47,12 @@ struct Lanes<4> {
     static Type load(const float* from) { return load4(from); }
     static void store(float* to, Type v) { store4(to, v); }
     static Type splat(float value) { return splat4(value); }
+    using Pairs = F32x4Pairs;
+    static Pairs loadPairs(const float* from) { return loadPairs4(from); }
+    static Type loadBytes(const std::uint8_t* from) { return loadBytes4(from); }
+    static Type gather(const float* table, const std::int16_t* index) {
+        return gather4(table, index);
+    }
 };
 
 #ifdef DSPLIB_SIMD_SIMD_AVX_H
@@ -46,6 +62,12 @@ struct Lanes<8> {
     static Type load(const float* from) { return load8(from); }
     static void store(float* to, Type v) { store8(to, v); }
     static Type splat(float value) { return splat8(value); }
+    using Pairs = F32x8Pairs;
+    static Pairs loadPairs(const float* from) { return loadPairs8(from); }
+    static Type loadBytes(const std::uint8_t* from) { return loadBytes8(from); }
+    static Type gather(const float* table, const std::int16_t* index) {
+        return gather8(table, index);
+    }
 };
 #endif
 
@@ -56,6 +78,12 @@ struct Lanes<16> {
     static Type load(const float* from) { return load16(from); }
     static void store(float* to, Type v) { store16(to, v); }
     static Type splat(float value) { return splat16(value); }
+    using Pairs = F32x16Pairs;
+    static Pairs loadPairs(const float* from) { return loadPairs16(from); }
+    static Type loadBytes(const std::uint8_t* from) { return loadBytes16(from); }
+    static Type gather(const float* table, const std::int16_t* index) {
+        return gather16(table, index);
+    }
 };
 #endif
 
@@ -82,6 +110,64 @@ inline float mulAdd(float accumulator, float a, float b) {
 /** accumulator - a·b */
 inline float mulSub(float accumulator, float a, float b) {
     return accumulator - a * b;
+}
+
+inline float div(float a, float b) {
+    return a / b;
+}
+
+inline float squareRoot(float v) {
+    return std::sqrt(v);
+}
+
+/** a if a < b, else b, which a NaN makes it */
+inline float smaller(float a, float b) {
+    return a < b ? a : b;
+}
+
+/** a if a > b, else b, which a NaN makes it */
+inline float larger(float a, float b) {
+    return a > b ? a : b;
+}
+
+/** x if a < b, else y, which a NaN makes it */
+inline float selectLess(float a, float b, float x, float y) {
+    return a < b ? x : y;
+}
+
+inline void storePairs(float* to, float first, float second) {
+    to[0] = first;
+    to[1] = second;
+}
+
+inline float reversed(float v) {
+    return v;
+}
+
+inline float largestLane(float v) {
+    return v;
+}
+
+/** Stores a whole number from 0 to 255. */
+inline void storeBytes(std::uint8_t* to, float v) {
+    *to = static_cast<std::uint8_t>(v);
+}
+
+/** Lanes of kernels that walk through arrays; even where transforms run on two lanes, four pay. */
+constexpr int StreamLanes = BestLanes < 4 ? 4 : BestLanes;
+
+/**
+ * Calls step(first, width) for the elements from `begin` up to `end`: StreamLanes at a time
+ * while that many are left, then one by one. `width` is an integral constant, the number of lanes;
+ * steps must not depend on each other, so that every width gives the same values.
+ */
+template <class Step>
+inline void forLanes(int begin, int end, Step step) {
+    int i = begin;
+    for (; i + StreamLanes <= end; i += StreamLanes) {
+        step(i, std::integral_constant<int, StreamLanes>());
+    }
+    for (; i < end; ++i) step(i, std::integral_constant<int, 1>());
 }
 
 }  // namespace simd

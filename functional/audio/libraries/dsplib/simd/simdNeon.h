@@ -8,6 +8,10 @@
 
 #include <arm_neon.h>
 
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
 namespace simd {
 
 using F32x2 = float32x2_t;
@@ -36,6 +40,100 @@ inline F32x4 mul(F32x4 a, F32x4 b) {
 /** accumulator + a·b, rounded twice: the multiply-accumulate of this unit does not fuse */
 inline F32x4 mulAdd(F32x4 accumulator, F32x4 a, F32x4 b) {
     return vmlaq_f32(accumulator, a, b);
+}
+
+#ifdef __aarch64__
+
+inline F32x4 div(F32x4 a, F32x4 b) {
+    return vdivq_f32(a, b);
+}
+
+inline F32x4 squareRoot(F32x4 v) {
+    return vsqrtq_f32(v);
+}
+
+#else
+
+/** Lane by lane: the 32-bit unit has only estimates of a reciprocal, and results are exact here. */
+inline F32x4 div(F32x4 a, F32x4 b) {
+    F32x4 v = vdupq_n_f32(vgetq_lane_f32(a, 0) / vgetq_lane_f32(b, 0));
+    v = vsetq_lane_f32(vgetq_lane_f32(a, 1) / vgetq_lane_f32(b, 1), v, 1);
+    v = vsetq_lane_f32(vgetq_lane_f32(a, 2) / vgetq_lane_f32(b, 2), v, 2);
+    return vsetq_lane_f32(vgetq_lane_f32(a, 3) / vgetq_lane_f32(b, 3), v, 3);
+}
+
+/** Lane by lane, as the division. */
+inline F32x4 squareRoot(F32x4 a) {
+    F32x4 v = vdupq_n_f32(std::sqrt(vgetq_lane_f32(a, 0)));
+    v = vsetq_lane_f32(std::sqrt(vgetq_lane_f32(a, 1)), v, 1);
+    v = vsetq_lane_f32(std::sqrt(vgetq_lane_f32(a, 2)), v, 2);
+    return vsetq_lane_f32(std::sqrt(vgetq_lane_f32(a, 3)), v, 3);
+}
+
+#endif
+
+/** x where a < b, else y, which a NaN makes it */
+inline F32x4 selectLess(F32x4 a, F32x4 b, F32x4 x, F32x4 y) {
+    return vbslq_f32(vcltq_f32(a, b), x, y);
+}
+
+/** a where a < b, else b, which a NaN makes it */
+inline F32x4 smaller(F32x4 a, F32x4 b) {
+    return selectLess(a, b, a, b);
+}
+
+/** a where a > b, else b, which a NaN makes it */
+inline F32x4 larger(F32x4 a, F32x4 b) {
+    return selectLess(b, a, a, b);
+}
+
+/** The first and the second of each of four pairs of floats in memory. */
+struct F32x4Pairs {
+    F32x4 first, second;
+};
+
+inline F32x4Pairs loadPairs4(const float* from) {
+    const float32x4x2_t v = vld2q_f32(from);
+    return {v.val[0], v.val[1]};
+}
+
+inline void storePairs(float* to, F32x4 first, F32x4 second) {
+    vst2q_f32(to, {{first, second}});
+}
+
+/** (v3, v2, v1, v0) */
+inline F32x4 reversed(F32x4 v) {
+    const float32x4_t halves = vrev64q_f32(v);
+    return vcombine_f32(vget_high_f32(halves), vget_low_f32(halves));
+}
+
+/** The largest lane, of lanes that are numbers */
+inline float largestLane(F32x4 v) {
+    const float32x2_t pairs = vpmax_f32(vget_low_f32(v), vget_high_f32(v));
+    return vget_lane_f32(vpmax_f32(pairs, pairs), 0);
+}
+
+inline F32x4 loadBytes4(const std::uint8_t* from) {
+    std::uint32_t bytes;
+    std::memcpy(&bytes, from, sizeof bytes);
+    const uint16x8_t words = vmovl_u8(vcreate_u8(bytes));
+    return vcvtq_f32_u32(vmovl_u16(vget_low_u16(words)));
+}
+
+/** Stores lanes that hold whole numbers from 0 to 255. */
+inline void storeBytes(std::uint8_t* to, F32x4 v) {
+    const uint16x4_t words = vmovn_u32(vcvtq_u32_f32(v));
+    const uint8x8_t bytes = vmovn_u16(vcombine_u16(words, words));
+    const std::uint32_t word = vget_lane_u32(vreinterpret_u32_u8(bytes), 0);
+    std::memcpy(to, &word, sizeof word);
+}
+
+/** table[index[0]] to table[index[3]] */
+inline F32x4 gather4(const float* table, const std::int16_t* index) {
+    F32x4 v = vld1q_dup_f32(table + index[0]);
+    v = vld1q_lane_f32(table + index[1], v, 1);
+    v = vld1q_lane_f32(table + index[2], v, 2);
+    return vld1q_lane_f32(table + index[3], v, 3);
 }
 
 /** (v0 + v1) + (v2 + v3): adjacent lanes first */

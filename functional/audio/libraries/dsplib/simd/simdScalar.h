@@ -2,8 +2,11 @@
 #ifndef DSPLIB_SIMD_SIMD_SCALAR_H
 #define DSPLIB_SIMD_SIMD_SCALAR_H
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
+#include <cstdint>
 
 namespace simd {
 
@@ -52,6 +55,72 @@ inline F32x4 mul(F32x4 a, F32x4 b) {
 /** accumulator + a·b */
 inline F32x4 mulAdd(F32x4 accumulator, F32x4 a, F32x4 b) {
     return add(accumulator, mul(a, b));
+}
+
+inline F32x4 div(F32x4 a, F32x4 b) {
+    return lanewise(a, b, [](float x, float y) { return x / y; });
+}
+
+inline F32x4 squareRoot(F32x4 v) {
+    return lanewise(v, v, [](float x, float) { return std::sqrt(x); });
+}
+
+/** a where a < b, else b, which a NaN makes it */
+inline F32x4 smaller(F32x4 a, F32x4 b) {
+    return lanewise(a, b, [](float x, float y) { return x < y ? x : y; });
+}
+
+/** a where a > b, else b, which a NaN makes it */
+inline F32x4 larger(F32x4 a, F32x4 b) {
+    return lanewise(a, b, [](float x, float y) { return x > y ? x : y; });
+}
+
+/** x where a < b, else y, which a NaN makes it */
+inline F32x4 selectLess(F32x4 a, F32x4 b, F32x4 x, F32x4 y) {
+    F32x4 v;
+    for (std::size_t i = 0; i < 4; ++i) v.lane[i] = a.lane[i] < b.lane[i] ? x.lane[i] : y.lane[i];
+    return v;
+}
+
+/** The first and the second of each of four pairs of floats in memory. */
+struct F32x4Pairs {
+    F32x4 first, second;
+};
+
+inline F32x4Pairs loadPairs4(const float* from) {
+    return {{{from[0], from[2], from[4], from[6]}}, {{from[1], from[3], from[5], from[7]}}};
+}
+
+inline void storePairs(float* to, F32x4 first, F32x4 second) {
+    for (std::size_t i = 0; i < 4; ++i) {
+        to[2 * i] = first.lane[i];
+        to[2 * i + 1] = second.lane[i];
+    }
+}
+
+/** (v3, v2, v1, v0) */
+inline F32x4 reversed(F32x4 v) {
+    return {{v.lane[3], v.lane[2], v.lane[1], v.lane[0]}};
+}
+
+/** The largest lane, of lanes that are numbers */
+inline float largestLane(F32x4 v) {
+    return std::max(std::max(v.lane[0], v.lane[1]), std::max(v.lane[2], v.lane[3]));
+}
+
+inline F32x4 loadBytes4(const std::uint8_t* from) {
+    return {{static_cast<float>(from[0]), static_cast<float>(from[1]), static_cast<float>(from[2]),
+             static_cast<float>(from[3])}};
+}
+
+/** Stores lanes that hold whole numbers from 0 to 255. */
+inline void storeBytes(std::uint8_t* to, F32x4 v) {
+    for (std::size_t i = 0; i < 4; ++i) to[i] = static_cast<std::uint8_t>(v.lane[i]);
+}
+
+/** table[index[0]] to table[index[3]] */
+inline F32x4 gather4(const float* table, const std::int16_t* index) {
+    return {{table[index[0]], table[index[1]], table[index[2]], table[index[3]]}};
 }
 
 /** (v0 + v1) + (v2 + v3): adjacent lanes first */

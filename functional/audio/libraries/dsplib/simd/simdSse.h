@@ -8,6 +8,9 @@
 
 #include <immintrin.h>
 
+#include <cstdint>
+#include <cstring>
+
 namespace simd {
 
 using F32x4 = __m128;
@@ -39,6 +42,77 @@ inline F32x4 mulAdd(F32x4 accumulator, F32x4 a, F32x4 b) {
 #else
     return _mm_add_ps(accumulator, _mm_mul_ps(a, b));
 #endif
+}
+
+inline F32x4 div(F32x4 a, F32x4 b) {
+    return _mm_div_ps(a, b);
+}
+
+inline F32x4 squareRoot(F32x4 v) {
+    return _mm_sqrt_ps(v);
+}
+
+/** a where a < b, else b, which a NaN makes it */
+inline F32x4 smaller(F32x4 a, F32x4 b) {
+    return _mm_min_ps(a, b);
+}
+
+/** a where a > b, else b, which a NaN makes it */
+inline F32x4 larger(F32x4 a, F32x4 b) {
+    return _mm_max_ps(a, b);
+}
+
+/** x where a < b, else y, which a NaN makes it */
+inline F32x4 selectLess(F32x4 a, F32x4 b, F32x4 x, F32x4 y) {
+    const __m128 mask = _mm_cmplt_ps(a, b);
+    return _mm_or_ps(_mm_and_ps(mask, x), _mm_andnot_ps(mask, y));
+}
+
+/** The first and the second of each of four pairs of floats in memory. */
+struct F32x4Pairs {
+    F32x4 first, second;
+};
+
+inline F32x4Pairs loadPairs4(const float* from) {
+    const __m128 a = load4(from), b = load4(from + 4);
+    return {_mm_shuffle_ps(a, b, _MM_SHUFFLE(2, 0, 2, 0)),
+            _mm_shuffle_ps(a, b, _MM_SHUFFLE(3, 1, 3, 1))};
+}
+
+inline void storePairs(float* to, F32x4 first, F32x4 second) {
+    store4(to, _mm_unpacklo_ps(first, second));
+    store4(to + 4, _mm_unpackhi_ps(first, second));
+}
+
+/** (v3, v2, v1, v0) */
+inline F32x4 reversed(F32x4 v) {
+    return _mm_shuffle_ps(v, v, _MM_SHUFFLE(0, 1, 2, 3));
+}
+
+/** The largest lane, of lanes that are numbers */
+inline float largestLane(F32x4 v) {
+    const __m128 pairs = _mm_max_ps(v, _mm_movehl_ps(v, v));
+    return _mm_cvtss_f32(_mm_max_ss(pairs, _mm_shuffle_ps(pairs, pairs, 1)));
+}
+
+inline F32x4 loadBytes4(const std::uint8_t* from) {
+    std::int32_t bytes;
+    std::memcpy(&bytes, from, sizeof bytes);
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i words = _mm_unpacklo_epi8(_mm_cvtsi32_si128(bytes), zero);
+    return _mm_cvtepi32_ps(_mm_unpacklo_epi16(words, zero));
+}
+
+/** Stores lanes that hold whole numbers from 0 to 255. */
+inline void storeBytes(std::uint8_t* to, F32x4 v) {
+    const __m128i words = _mm_packs_epi32(_mm_cvttps_epi32(v), _mm_setzero_si128());
+    const std::int32_t bytes = _mm_cvtsi128_si32(_mm_packus_epi16(words, words));
+    std::memcpy(to, &bytes, sizeof bytes);
+}
+
+/** table[index[0]] to table[index[3]] */
+inline F32x4 gather4(const float* table, const std::int16_t* index) {
+    return _mm_setr_ps(table[index[0]], table[index[1]], table[index[2]], table[index[3]]);
 }
 
 /** (v0 + v1) + (v2 + v3): adjacent lanes first */

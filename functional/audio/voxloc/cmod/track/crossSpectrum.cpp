@@ -1,9 +1,10 @@
 #include "crossSpectrum.h"
 
 #include <algorithm>
-#include <cmath>
+#include <type_traits>
 
 #include "grids.h"
+#include "simdLanes.h"
 
 namespace voxloc {
 
@@ -15,67 +16,63 @@ constexpr float SilentPower = 1e-7f;
 constexpr float NoiseMargin = 9.0f;  // a bin must exceed its noise power by that factor
 constexpr float WeightGain = 1.25f;
 constexpr float LargestWeight = 0.5f;
-constexpr float SmallestWeight = 1e-7f;       // below it a frame does not update the bin
-constexpr float SmallestMagnitude2 = 1e-14f;  // squared; below it a bin has no phase
-
-/** Written so that a NaN gives 0. */
-float clampWeight(float weight) {
-    if (!(weight > 0.0f)) return 0.0f;
-    return weight < LargestWeight ? weight : LargestWeight;
-}
+constexpr float SmallestWeight = 1e-7f;  // below it a frame does not update the bin
 
 }  // namespace
 
 void updateFrequencyWeights(const float* spectrum, int count, float* noisePower, float* weight) {
-    for (int j = 0; j < count; ++j) {
-        const float power =
-            spectrum[2 * j] * spectrum[2 * j] + spectrum[2 * j + 1] * spectrum[2 * j + 1];
-        float estimate = noisePower[j];
-        estimate += (power - estimate) * (estimate < power ? RisingRate : FallingRate);
-        noisePower[j] = estimate;
-        weight[j] = power <= SilentPower
-                        ? 0.0f
-                        : clampWeight((power - NoiseMargin * estimate) * WeightGain / power);
-    }
+    simd::forLanes(0, count, [=](int j, auto width) {
+        using Lanes = simd::Lanes<width>;
+        const auto zero = Lanes::splat(0.0f);
+        const auto bins = Lanes::loadPairs(spectrum + 2 * j);
+        const auto power =
+            simd::add(simd::mul(bins.first, bins.first), simd::mul(bins.second, bins.second));
+        const auto before = Lanes::load(noisePower + j);
+        const auto rate =
+            simd::selectLess(before, power, Lanes::splat(RisingRate), Lanes::splat(FallingRate));
+        const auto estimate = simd::add(before, simd::mul(simd::sub(power, before), rate));
+        Lanes::store(noisePower + j, estimate);
+        const auto excess = simd::sub(power, simd::mul(Lanes::splat(NoiseMargin), estimate));
+        const auto share = simd::div(simd::mul(excess, Lanes::splat(WeightGain)), power);
+        // In this order a NaN gives 0.
+        const auto clamped = simd::smaller(simd::larger(share, zero), Lanes::splat(LargestWeight));
+        Lanes::store(weight + j, simd::selectLess(Lanes::splat(SilentPower), power, clamped, zero));
+    });
 }
 
-void smoothCrossSpectrum(const MicrophonePair& pair, SmoothingGate gate, const float* weight1,
-                         const float* weight2, const float* previous, float* current,
-                         std::uint8_t* counter) {
+void smoothCrossSpectrum(const MicrophonePair& pair, SmoothingGate gate,
+                         const MicrophoneSpectrum& first, const MicrophoneSpectrum& second,
+                         const float* previous, float* current, std::uint8_t* counter) {
+    const int begin = pair.lowerBin, end = pair.upperBin + 1;
+    std::fill_n(current, 2 * begin, 0.0f);
+    std::fill(current + 2 * end, current + SpectrumFloats, 0.0f);
+    const auto smooth = [=](int k, auto width, auto re, auto im) {
+        using Lanes = simd::Lanes<width>;
+        const auto zero = Lanes::splat(0.0f), one = Lanes::splat(1.0f);
+        const auto weight =
+            simd::mul(Lanes::splat(gate.open),
+                      simd::smaller(Lanes::load(first.weight + k), Lanes::load(second.weight + k)));
+        const auto count = simd::selectLess(weight, Lanes::splat(SmallestWeight),
+                                            simd::add(Lanes::loadBytes(counter + k), one), zero);
+        const auto limit = Lanes::splat(static_cast<float>(gate.timeoutLimit));
+        const auto keep = simd::selectLess(count, limit, one, zero);
+        simd::storeBytes(counter + k, simd::selectLess(count, limit, count, zero));
+        const auto rest = simd::sub(one, weight);
+        const auto before = Lanes::loadPairs(previous + 2 * k);
+        const auto average = [=](auto now, auto then) {
+            return simd::mul(keep, simd::add(simd::mul(weight, now), simd::mul(rest, then)));
+        };
+        simd::storePairs(current + 2 * k, average(re, before.first), average(im, before.second));
+    };
+    simd::forLanes(begin, end, [=](int k, auto width) {
+        const auto a = simd::Lanes<width>::loadPairs(first.bins + 2 * k);
+        const auto b = simd::Lanes<width>::loadPairs(second.bins + 2 * k);
+        smooth(k, width, simd::add(simd::mul(a.first, b.first), simd::mul(a.second, b.second)),
+               simd::sub(simd::mul(a.second, b.first), simd::mul(a.first, b.second)));
+    });
     // The bin above the highest one is cleared and then smoothed all the same: deliberate, the
-    // correlations contain what it held.
-    const int end = pair.upperBin + 2;
-    std::fill_n(current, 2 * pair.lowerBin, 0.0f);
-    std::fill(current + 2 * (pair.upperBin + 1), current + SpectrumFloats, 0.0f);
-    for (int k = pair.lowerBin; k < end; ++k) {
-        const float weight = gate.open * std::min(weight1[k], weight2[k]);
-        const int count = weight < SmallestWeight ? counter[k] + 1 : 0;
-        const bool kept = count < gate.timeoutLimit;
-        counter[k] = kept ? static_cast<std::uint8_t>(count) : std::uint8_t{0};
-        const float keep = kept ? 1.0f : 0.0f;
-        for (int i = 2 * k; i < 2 * k + 2; ++i) {
-            current[i] = keep * (weight * current[i] + (1.0f - weight) * previous[i]);
-        }
-    }
-}
-
-void whiten(const float* crossSpectrum, float* out) {
-    std::fill_n(out, CorrelationBufferFloats, 0.0f);
-    for (int i = 0; i < SpectrumFloats; i += 2) {
-        const float re = crossSpectrum[i], im = crossSpectrum[i + 1];
-        const float magnitude2 = re * re + im * im;
-        if (magnitude2 > SmallestMagnitude2) {
-            const float magnitude = std::sqrt(magnitude2);
-            out[i] = re / magnitude;
-            out[i + 1] = im / magnitude;
-        }
-    }
-    // The Nyquist bin moves to the Nyquist place of the upsampled spectrum, two floats past the
-    // last one that the inverse transform reads: it is dropped in effect. Deliberate; the results
-    // are those of a spectrum without it.
-    constexpr int nyquist = SpectrumFloats - 2;
-    out[CorrelationLags + 6] = out[nyquist];
-    out[nyquist] = 0.0f;
+    // correlations contain what it holds.
+    smooth(end, std::integral_constant<int, 1>(), 0.0f, 0.0f);
 }
 
 void attenuateLoudspeaker(const MicrophonePair& pair, float* correlation) {

@@ -1,6 +1,7 @@
 /**
  * The stages of a frame between the channel spectra and the correlations: how far each bin is to be
- * trusted, the smoothing of the cross-spectra, and the phase transform. No state of its own.
+ * trusted and the smoothing of the cross-spectra; and after them the loudspeaker's zone. No state
+ * of its own.
  */
 #ifndef VOXLOC_CROSS_SPECTRUM_H
 #define VOXLOC_CROSS_SPECTRUM_H
@@ -23,28 +24,28 @@ struct SmoothingGate {
     std::uint8_t timeoutLimit;  // frames that a bin may hold its value without an update
 };
 
+/** What one pair's smoothing reads of one microphone. */
+struct MicrophoneSpectrum {
+    const float* bins;    // complex
+    const float* weight;  // one per bin
+};
+
 /**
- * Recursive smoothing of one pair's cross-spectrum. A bin that gets no update holds its previous
- * value until the timeout, is zeroed for one frame, and its counter restarts.
+ * One pair's smoothed cross-spectrum: the product of the first spectrum with the conjugate of the
+ * second, recursively averaged. A bin that gets no update holds its previous value until the
+ * timeout, is zeroed for one frame, and its counter restarts.
  *
  * @param pair      the bins in use; those outside are cleared
  * @param gate      see above
- * @param weight1   in, weights of the first microphone, one per bin
- * @param weight2   in, weights of the second microphone
+ * @param first     in, the first microphone
+ * @param second    in, the second microphone
  * @param previous  in, the smoothed cross-spectrum of the frame before
- * @param current   in: this frame's cross-spectrum; out: smoothed
+ * @param current   out, the smoothed cross-spectrum, SpectrumBins complex values
  * @param counter   in and out, frames without update, one per bin
  */
-void smoothCrossSpectrum(const MicrophonePair& pair, SmoothingGate gate, const float* weight1,
-                         const float* weight2, const float* previous, float* current,
-                         std::uint8_t* counter);
-
-/**
- * Phase transform: writes each of the SpectrumBins complex values with magnitude 1, or 0 where it
- * is too small to have a phase, and lays the spectrum out for the upsampling inverse transform:
- * `out` has CorrelationBufferFloats floats, zero beyond the spectrum.
- */
-void whiten(const float* crossSpectrum, float* out);
+void smoothCrossSpectrum(const MicrophonePair& pair, SmoothingGate gate,
+                         const MicrophoneSpectrum& first, const MicrophoneSpectrum& second,
+                         const float* previous, float* current, std::uint8_t* counter);
 
 /** Damps the zone of the correlation where the loudspeaker's direct sound peaks. */
 void attenuateLoudspeaker(const MicrophonePair& pair, float* correlation);

@@ -9,15 +9,38 @@
 
 namespace voxloc {
 
-/**
- * Reads the correlation at each point's lag into the sum (the first pair overwrites, the others
- * add) and returns the largest value read.
- */
-float gather(const float* correlation, const std::int16_t* lags, int points, bool isFirst,
-             float* sum);
+/** The most pairs that one map sums. */
+constexpr int MaxPairsPerMap = 5;
 
-/** Index of the first maximum; 0 when no value is larger than the lowest float. */
-int firstMaximum(const float* sum, int points);
+/** What one pair adds to a map. */
+struct PairContribution {
+    const float* correlation;
+    const std::int16_t* lags;  // of each grid point
+};
+
+/**
+ * Reads each pair's correlation at each grid point's lag and sums them, in the order of the pairs.
+ *
+ * One pass over the grid reads all pairs: the sum of a point is built in a register and written
+ * once.
+ *
+ * @param pairs    in, `count` contributions, 1 to MaxPairsPerMap
+ * @param points   grid points, at least 16
+ * @param sum      out, one float per grid point
+ * @param largest  out, the largest value read of each pair
+ * @return the largest sum
+ */
+float sumCorrelations(const PairContribution* pairs, int count, int points, float* sum,
+                      float* largest);
+
+/** The largest of `points` sums; the lowest float when none is larger. */
+float largestOf(const float* sum, int points);
+
+/**
+ * Index of the first of `points` sums that equals their maximum `largest`; 0 when that is the
+ * lowest float.
+ */
+int firstMaximum(const float* sum, int points, float largest);
 
 /** Grid rows where the sum stays as high as at `peak`, down the same azimuth column. */
 struct RangeRows {

@@ -1,6 +1,7 @@
 #include "voxloc.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdlib>
@@ -14,6 +15,7 @@
 #include "gridSearch.h"
 #include "noiseLevel.h"
 #include "pairGeometry.h"
+#include "phaseTransform.h"
 #include "products.h"
 #include "timeDomainVad.h"
 #include "voxlocState.h"
@@ -216,56 +218,81 @@ void detect(int noiseFlag, Detections& found) {
     detectUltraSoundDistortion(FftResult, &found.ultrasound);
 }
 
-void computeCrossSpectra() {
-    for (int p = 0; p < pairCount(); ++p) {
-        voxloc_multiplyWithComplexConjugate(FftResult + pairAt(p).firstMicrophone * SpectrumFloats,
-                                            FftResult + pairAt(p).secondMicrophone * SpectrumFloats,
-                                            CurrentNumerator + p * SpectrumFloats, SpectrumFloats);
-    }
+MicrophoneSpectrum microphoneSpectrum(int channel) {
+    return {FftResult + channel * SpectrumFloats, FrequencyWeight + channel * SpectrumBins};
 }
 
 void smoothCrossSpectra(SmoothingGate gate) {
     for (int p = 0; p < pairCount(); ++p) {
         const MicrophonePair& pair = pairAt(p);
-        smoothCrossSpectrum(pair, gate, FrequencyWeight + pair.firstMicrophone * SpectrumBins,
-                            FrequencyWeight + pair.secondMicrophone * SpectrumBins,
-                            PreviousNumerator + p * SpectrumFloats,
-                            CurrentNumerator + p * SpectrumFloats,
-                            TimeoutCounter + p * SpectrumBins);
+        smoothCrossSpectrum(
+            pair, gate, microphoneSpectrum(pair.firstMicrophone),
+            microphoneSpectrum(pair.secondMicrophone), PreviousNumerator + p * SpectrumFloats,
+            CurrentNumerator + p * SpectrumFloats, TimeoutCounter + p * SpectrumBins);
     }
 }
 
-/** Leaves the pair's correlation over all lags in FftOutput. */
+/** Leaves the pair's correlation in FftOutput. */
 void correlate(int p) {
-    whiten(CurrentNumerator + p * SpectrumFloats, FftOutput);
-    voxloc_realIfft(CorrelationLags, FftOutput, TwiddleFactorsUpsampled, FftInput, IgnoredRadix,
-                    ATableUpsampled, BTableUpsampled);
-    if (AttenuateLoudspeaker) attenuateLoudspeaker(pairAt(p), FftOutput);
+    const MicrophonePair& pair = pairAt(p);
+    // The bin above the highest one takes part: it was smoothed like the others.
+    correlateNear(CurrentNumerator + p * SpectrumFloats, pair.lowerBin, pair.upperBin + 2,
+                  ATableUpsampled, BTableUpsampled, FftInput, FftOutput);
+    if (AttenuateLoudspeaker) attenuateLoudspeaker(pair, FftOutput);
 }
 
-void sumOverGrids() {
-    for (int p = 0; p < NumberOfElevationPairs; ++p) {
-        correlate(p);
-        ElevationQuality[p] = gather(FftOutput, ElevationPairs[p].lookupTable,
-                                     AzimuthElevationPoints, p == 0, AzimuthElevationResult);
-    }
-    for (int q = 0; q < NumberOfAzimuthPairs; ++q) {
-        correlate(NumberOfElevationPairs + q);
-        AzimuthQuality[q] = gather(FftOutput, AzimuthPairs[q].lookupTable, AzimuthRangePoints,
-                                   q == 0, AzimuthRangeResult);
-    }
+/**
+ * Keeps what the lag tables can read of FftOutput while the map's other pairs are correlated.
+ *
+ * A kept correlation is addressed by lag, from 0 to 16384, and lies where its first and last lags
+ * do; the slots of the pairs overlap in the lags between, which nobody reads.
+ */
+const float* keepCorrelation(int slot) {
+    float* kept = KeptCorrelations + slot * KeptCorrelationDistance;
+    std::copy_n(FftOutput, NearLags, kept);
+    std::copy_n(FftOutput + CorrelationLags - NearLags,
+                NearLags + CorrelationBufferFloats - CorrelationLags,
+                kept + CorrelationLags - NearLags);
+    return kept;
 }
 
-void pickPosition(TrackerResult& result) {
-    const int elevationPeak = firstMaximum(AzimuthElevationResult, AzimuthElevationPoints);
-    result.elevation = ElevationAngles[elevationPeak / AzimuthCount] * DegreesPerRadian;
+/** One map from the pairs that add to it; returns its largest sum. firstPair counts pair blocks. */
+float sumOverGrid(const MicrophonePair* pairs, int count, int firstPair, int points, float* sum,
+                  float* quality) {
+    std::array<PairContribution, MaxPairsPerMap> contributions;
+    for (int k = 0; k < count; ++k) {
+        correlate(firstPair + k);
+        contributions[static_cast<std::size_t>(k)] = {keepCorrelation(k), pairs[k].lookupTable};
+    }
+    return sumCorrelations(contributions.data(), count, points, sum, quality);
+}
 
-    const int azimuthPeak = firstMaximum(AzimuthRangeResult, AzimuthRangePoints);
-    result.azimuth = AzimuthAngles[azimuthPeak % AzimuthCount] * DegreesPerRadian;
-    const RangeRows rows = flatRangeRows(AzimuthRangeResult, azimuthPeak);
+/** The point of each map where its sum is largest. */
+struct Peaks {
+    int azimuthElevation, azimuthRange;
+};
+
+Peaks searchGrids() {
+    // Without elevation pairs the map is never written and stays what it is.
+    const float largestElevation =
+        NumberOfElevationPairs > 0
+            ? sumOverGrid(ElevationPairs, NumberOfElevationPairs, 0, AzimuthElevationPoints,
+                          AzimuthElevationResult, ElevationQuality)
+            : largestOf(AzimuthElevationResult, AzimuthElevationPoints);
+    const float largestRange =
+        sumOverGrid(AzimuthPairs, NumberOfAzimuthPairs, NumberOfElevationPairs, AzimuthRangePoints,
+                    AzimuthRangeResult, AzimuthQuality);
+    return {firstMaximum(AzimuthElevationResult, AzimuthElevationPoints, largestElevation),
+            firstMaximum(AzimuthRangeResult, AzimuthRangePoints, largestRange)};
+}
+
+void pickPosition(Peaks peaks, TrackerResult& result) {
+    result.elevation = ElevationAngles[peaks.azimuthElevation / AzimuthCount] * DegreesPerRadian;
+    result.azimuth = AzimuthAngles[peaks.azimuthRange % AzimuthCount] * DegreesPerRadian;
+    const RangeRows rows = flatRangeRows(AzimuthRangeResult, peaks.azimuthRange);
     result.range = (Ranges[rows.first] + Ranges[rows.last]) * 0.5f;
-
-    result.quality = AzimuthRangeResult[azimuthPeak] + AzimuthElevationResult[elevationPeak];
+    result.quality =
+        AzimuthRangeResult[peaks.azimuthRange] + AzimuthElevationResult[peaks.azimuthElevation];
 }
 
 /** The vertical pairs of an upside-down panel agree far better than its horizontal ones. */
@@ -427,10 +454,8 @@ void voxloc_calculate(const float* frame, uint32_t bits, uint32_t flags, Tracker
     weighFrequencies();
     detect(noiseFlag, found);
     TimeoutLimit = found.voice == 1 && farEnd == 0 ? SpeechTimeout : ShortTimeout;
-    computeCrossSpectra();
     smoothCrossSpectra({static_cast<float>(found.tdVoice * (1 - farEnd)), TimeoutLimit});
-    sumOverGrids();
-    pickPosition(*result);
+    pickPosition(searchGrids(), *result);
     voxloc_overlapInputChannels(InputAudio, PreviousRawAudioInput, CurrentRawAudioInput,
                                 NumberOfChannels);
     const bool valid = isPositionValid(found.voice == 1);

@@ -32,6 +32,7 @@ alignas(64) float BTableUpsampled[CorrelationLags];
 
 alignas(64) float FftInput[CorrelationBufferFloats];
 alignas(64) float FftOutput[CorrelationBufferFloats];
+alignas(64) float KeptCorrelations[KeptCorrelationFloats];
 float* InputAudio;
 float* RawAudioInput1;
 float* RawAudioInput2;

@@ -10,11 +10,18 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "gridSearch.h"
 #include "grids.h"
 #include "microphonePair.h"
+#include "phaseTransform.h"
 #include "voxloc.h"
 
 namespace voxloc {
+
+/** Floats from one kept correlation to the next, so that neither end of one reaches another's. */
+constexpr int KeptCorrelationDistance = 2 * NearLags + 64;
+constexpr int KeptCorrelationFloats =
+    CorrelationBufferFloats + (MaxPairsPerMap - 1) * KeptCorrelationDistance;
 
 // Product
 extern std::int32_t ProductType;
@@ -50,9 +57,10 @@ extern float BTableUpsampled[CorrelationLags];
 // Audio, spectra and correlations
 extern float FftInput[CorrelationBufferFloats];
 extern float FftOutput[CorrelationBufferFloats];
-extern float* InputAudio;      // [channels][AnalysisSamples]
-extern float* RawAudioInput1;  // [channels][FRAME_SAMPLES]
-extern float* RawAudioInput2;  // [channels][FRAME_SAMPLES]
+extern float KeptCorrelations[KeptCorrelationFloats];  // of one map's pairs
+extern float* InputAudio;                              // [channels][AnalysisSamples]
+extern float* RawAudioInput1;                          // [channels][FRAME_SAMPLES]
+extern float* RawAudioInput2;                          // [channels][FRAME_SAMPLES]
 extern float* CurrentRawAudioInput;
 extern float* PreviousRawAudioInput;
 extern float* FftResult;   // [channels][SpectrumFloats]

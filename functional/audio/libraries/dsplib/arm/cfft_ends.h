@@ -1,0 +1,75 @@
+/**
+ * The transform of FFT_MAX elements when most of its input is zero and only the ends of its output
+ * are wanted, as for a band-limited spectrum whose first and last samples are looked at.
+ *
+ * Each value that is wanted goes through the very operations of the whole transform (sums with
+ * zeros included), so it is the same value, bit for bit.
+ */
+#ifndef DSPLIB_CFFT_ENDS_H
+#define DSPLIB_CFFT_ENDS_H
+
+#include "cfft_drivers.h"
+
+namespace cfft {
+
+/** Input elements from 3/16 of the size up to 13/16 are zero; nothing else of a leaf is read. */
+template <int L>
+inline auto loadEnds(const LeafInput& in) {
+    alignas(64) static constexpr float Zeros[2 * L] = {};
+    const auto zero = loadAdjacent<L>(Zeros);
+    using Z = std::remove_const_t<decltype(zero)>;
+    return Leaf<Z>{loadAdjacent<L>(in.first),
+                   loadAdjacent<L>(in.second),
+                   zero,
+                   zero,
+                   zero,
+                   zero,
+                   zero,
+                   loadAdjacent<L>(in.second + 6 * in.stride)};
+}
+
+template <Direction D, int L>
+void leafPassOfEnds(const float* x, float* y) {
+    constexpr int Adjacent = decltype(loadAdjacent<L>(x))::Elements;
+    const LeafPlan plan(FFT_MAX, 13);
+    const float scale = scaleOf<D>(FFT_MAX);
+    for (int q = 0; q < plan.partner; q += Adjacent) {
+        float* units[Adjacent];
+        float* partners[Adjacent];
+        for (int i = 0; i < Adjacent; ++i) {
+            units[i] = plan.unit(y, q + i);
+            partners[i] = units[i] + LeafFloats;
+        }
+        storeLeaves(units, transformLeaf<D>(loadEnds<L>(leafInput(plan, x, q)), scale));
+        storeLeaves(partners, transformLeaf<D>(loadEnds<L>(partnerInput(plan, x, q)), scale));
+    }
+}
+
+/** The first and the last `wanted` values of a node of M elements from its children. */
+template <Direction D, Layout Out, class Z>
+inline void combine4Ends(int M, float* data, int wanted) {
+    combine4Part<D, Out, Z>(M, data, 0, wanted);
+    combine4Part<D, Out, Z>(M, data, M / 4 - wanted, M / 4);
+}
+
+/**
+ * The first and the last FFT_MAX/32 elements of the transform. Each of the two topmost levels needs
+ * only the ends of its children; from there down the ends meet, and the nodes are whole.
+ */
+template <Direction D, int L>
+void transformEnds(const float* x, float* y) {
+    constexpr int N = FFT_MAX, Wanted = N / 32;
+    constexpr Orientation Positive = Orientation::Positive, Negative = Orientation::Negative;
+    leafPassOfEnds<D, L>(x, y);
+    noLeaves<D, Positive, L>(N / 4, y);
+    noLeaves<D, Positive, L>(N / 8, y + N / 2);
+    noLeaves<D, Negative, L>(N / 8, y + 3 * N / 4);
+    combine4Ends<D, Layout::Blocks, Arranged<L>>(N / 2, y, Wanted);
+    noLeaves<D, Positive, L>(N / 4, y + N);
+    noLeaves<D, Negative, L>(N / 4, y + 3 * N / 2);
+    combine4Ends<D, Layout::Interleaved, Arranged<L>>(N, y, Wanted);
+}
+
+}  // namespace cfft
+
+#endif

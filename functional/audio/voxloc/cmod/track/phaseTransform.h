@@ -1,0 +1,50 @@
+/**
+ * From a pair's smoothed cross-spectrum to its phase-transform correlation, upsampled four-fold, at
+ * the lags that microphones less than 0.9 m apart can have. No state; tables are handed in.
+ */
+#ifndef VOXLOC_PHASE_TRANSFORM_H
+#define VOXLOC_PHASE_TRANSFORM_H
+
+#include "grids.h"
+
+namespace voxloc {
+
+/** Lags at either end of the correlation that are computed: 512 lags are 0.928 m of path. */
+constexpr int NearLags = 512;
+
+/** The highest bin count that a pair may use, so that the upsampled spectrum is mostly zero. */
+constexpr int MaxBinsInUse = 1536;
+
+/**
+ * Phase transform and inverse split in one pass: each bin from `begin` up to `end` is brought to
+ * magnitude 1 (or to 0 where it is too small to have a phase), all other bins count as 0, and the
+ * spectrum of CorrelationLags real lags that begins with these bins becomes the complex spectrum of
+ * half the size.
+ *
+ * The highest bin of the short spectrum is never in use (end is at most MaxBinsInUse), so there is
+ * nothing to be moved to the Nyquist place of the long one.
+ *
+ * @param crossSpectrum  in, complex bins
+ * @param begin, end     bins in use, 1 <= begin <= end <= MaxBinsInUse
+ * @param aTable,bTable  in, the split tables for CorrelationLags/2
+ * @param out            out, CorrelationLags/2 complex values; those that are zero for every `end`
+ *                       are not written
+ */
+void whitenAndSplit(const float* crossSpectrum, int begin, int end, const float* aTable,
+                    const float* bTable, float* out);
+
+/**
+ * The correlation at its first and last NearLags lags; what the lags between hold means nothing.
+ *
+ * Lag by lag it is what voxloc_realIfft of the whole whitened spectrum gives, at about half the
+ * price: the transform is told which inputs are zero and which lags nobody reads.
+ *
+ * @param scratch      CorrelationLags floats, overwritten
+ * @param correlation  out, CorrelationLags floats
+ */
+void correlateNear(const float* crossSpectrum, int begin, int end, const float* aTable,
+                   const float* bTable, float* scratch, float* correlation);
+
+}  // namespace voxloc
+
+#endif
