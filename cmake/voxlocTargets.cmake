@@ -6,7 +6,8 @@ set(VOXLOC_WARNINGS
 
 # -ffp-contract=off: a product and a sum round separately on every machine unless a kernel asks for
 # a fused operation by name; results could not be compared across machines otherwise.
-set(VOXLOC_ARITHMETIC -ffp-contract=off)
+# -fno-math-errno: nobody reads errno after a square root, and no kernel calls a function for it.
+set(VOXLOC_ARITHMETIC -ffp-contract=off -fno-math-errno)
 
 function(voxloc_compile_strictly target)
   target_compile_options(${target} PRIVATE ${VOXLOC_WARNINGS} ${VOXLOC_ARITHMETIC})

@@ -127,6 +127,12 @@ inline void storeBytes(std::uint8_t* to, F32x8 v) {
     storeBytes(to + 4, _mm256_extractf128_ps(v, 1));
 }
 
+/** Truncates lanes from 0 up to 32767 to whole numbers. */
+inline void storeIntegers(std::int16_t* to, F32x8 v) {
+    storeIntegers(to, _mm256_castps256_ps128(v));
+    storeIntegers(to + 4, _mm256_extractf128_ps(v, 1));
+}
+
 /** table[index[0]] to table[index[7]]; loads one by one are no slower than the gather of AVX2 */
 inline F32x8 gather8(const float* table, const std::int16_t* index) {
     return joined(gather4(table, index), gather4(table, index + 4));

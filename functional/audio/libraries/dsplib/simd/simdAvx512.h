@@ -137,6 +137,12 @@ inline void storeBytes(std::uint8_t* to, F32x16 v) {
     storeBytes(to + 8, highLanes(v));
 }
 
+/** Truncates lanes from 0 up to 32767 to whole numbers. */
+inline void storeIntegers(std::int16_t* to, F32x16 v) {
+    storeIntegers(to, lowLanes(v));
+    storeIntegers(to + 8, highLanes(v));
+}
+
 /** table[index[0]] to table[index[15]] */
 inline F32x16 gather16(const float* table, const std::int16_t* index) {
     return joined(gather8(table, index), gather8(table, index + 8));

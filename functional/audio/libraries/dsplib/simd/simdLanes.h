@@ -153,6 +153,11 @@ inline void storeBytes(std::uint8_t* to, float v) {
     *to = static_cast<std::uint8_t>(v);
 }
 
+/** Truncates a number from 0 up to 32767 to a whole one. */
+inline void storeIntegers(std::int16_t* to, float v) {
+    *to = static_cast<std::int16_t>(v);
+}
+
 /** Lanes of kernels that walk through arrays; even where transforms run on two lanes, four pay. */
 constexpr int StreamLanes = BestLanes < 4 ? 4 : BestLanes;
 
@@ -163,11 +168,11 @@ constexpr int StreamLanes = BestLanes < 4 ? 4 : BestLanes;
  */
 template <class Step>
 inline void forLanes(int begin, int end, Step step) {
-    int i = begin;
-    for (; i + StreamLanes <= end; i += StreamLanes) {
+    const int whole = begin + (end - begin) / StreamLanes * StreamLanes;
+    for (int i = begin; i < whole; i += StreamLanes) {
         step(i, std::integral_constant<int, StreamLanes>());
     }
-    for (; i < end; ++i) step(i, std::integral_constant<int, 1>());
+    for (int i = whole; i < end; ++i) step(i, std::integral_constant<int, 1>());
 }
 
 }  // namespace simd

@@ -128,6 +128,11 @@ inline void storeBytes(std::uint8_t* to, F32x4 v) {
     std::memcpy(to, &word, sizeof word);
 }
 
+/** Truncates lanes from 0 up to 32767 to whole numbers. */
+inline void storeIntegers(std::int16_t* to, F32x4 v) {
+    vst1_s16(to, vmovn_s32(vcvtq_s32_f32(v)));
+}
+
 /** table[index[0]] to table[index[3]] */
 inline F32x4 gather4(const float* table, const std::int16_t* index) {
     F32x4 v = vld1q_dup_f32(table + index[0]);

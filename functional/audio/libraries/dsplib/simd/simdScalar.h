@@ -118,6 +118,11 @@ inline void storeBytes(std::uint8_t* to, F32x4 v) {
     for (std::size_t i = 0; i < 4; ++i) to[i] = static_cast<std::uint8_t>(v.lane[i]);
 }
 
+/** Truncates lanes from 0 up to 32767 to whole numbers. */
+inline void storeIntegers(std::int16_t* to, F32x4 v) {
+    for (std::size_t i = 0; i < 4; ++i) to[i] = static_cast<std::int16_t>(v.lane[i]);
+}
+
 /** table[index[0]] to table[index[3]] */
 inline F32x4 gather4(const float* table, const std::int16_t* index) {
     return {{table[index[0]], table[index[1]], table[index[2]], table[index[3]]}};

@@ -110,6 +110,12 @@ inline void storeBytes(std::uint8_t* to, F32x4 v) {
     std::memcpy(to, &bytes, sizeof bytes);
 }
 
+/** Truncates lanes from 0 up to 32767 to whole numbers. */
+inline void storeIntegers(std::int16_t* to, F32x4 v) {
+    const __m128i words = _mm_cvttps_epi32(v);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_packs_epi32(words, words));
+}
+
 /** table[index[0]] to table[index[3]] */
 inline F32x4 gather4(const float* table, const std::int16_t* index) {
     return _mm_setr_ps(table[index[0]], table[index[1]], table[index[2]], table[index[3]]);

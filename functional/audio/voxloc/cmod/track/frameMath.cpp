@@ -5,7 +5,7 @@
 
 #include "assertion.h"
 #include "grids.h"
-#include "simd.h"
+#include "simdLanes.h"
 #include "voxloc.h"
 
 namespace {
@@ -44,21 +44,28 @@ void voxloc_calculateSignalEnergy(const float* frame, uint32_t bits, int32_t nch
 
 void voxloc_normalizeInput(const float* frame, float* out, uint32_t bits, int32_t nchannels) {
     const float scale = fullScaleReciprocal(bits);
-    for (std::int32_t i = 0; i < nchannels * FRAME_SAMPLES; ++i) out[i] = frame[i] * scale;
+    simd::forLanes(0, nchannels * FRAME_SAMPLES, [=](int i, auto width) {
+        using Lanes = simd::Lanes<width>;
+        Lanes::store(out + i, simd::mul(Lanes::load(frame + i), Lanes::splat(scale)));
+    });
 }
 
 void voxloc_vectorMultiply(const float* a, const float* b, float* out, int32_t count) {
-    for (std::int32_t i = 0; i < count; ++i) out[i] = a[i] * b[i];
+    simd::forLanes(0, count, [=](int i, auto width) {
+        using Lanes = simd::Lanes<width>;
+        Lanes::store(out + i, simd::mul(Lanes::load(a + i), Lanes::load(b + i)));
+    });
 }
 
 void voxloc_multiplyWithComplexConjugate(const float* a, const float* b, float* out,
                                          int32_t count) {
-    for (std::int32_t i = 0; i + 1 < count; i += 2) {
-        const float ar = a[i], ai = a[i + 1];
-        const float br = b[i], bi = b[i + 1];
-        out[i] = ar * br + ai * bi;
-        out[i + 1] = ai * br - ar * bi;
-    }
+    simd::forLanes(0, count / 2, [=](int k, auto width) {
+        using Lanes = simd::Lanes<width>;
+        const auto x = Lanes::loadPairs(a + 2 * k), y = Lanes::loadPairs(b + 2 * k);
+        simd::storePairs(out + 2 * k,
+                         simd::add(simd::mul(x.first, y.first), simd::mul(x.second, y.second)),
+                         simd::sub(simd::mul(x.second, y.first), simd::mul(x.first, y.second)));
+    });
 }
 
 void voxloc_overlapInputChannels(float* block, const float* previous, const float* current,

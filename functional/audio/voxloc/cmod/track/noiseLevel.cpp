@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "conversions.h"
+#include "simdLanes.h"
 
 namespace voxloc {
 
@@ -15,18 +16,21 @@ constexpr std::int16_t ShortestStationarity = 20, LongestStationarity = 32;  // 
 constexpr float SilentBandLevel = 1e-34f;
 constexpr float StationaryDeviation = 0.0625f;  // of the slow band level
 
-constexpr float FastAdaptation = 0.0625f;      // per frame
-constexpr float RisingAdaptation = 0x1p-22f;   // per frame
-constexpr float SinkingAdaptation = 0x1p-18f;  // per frame
-constexpr float FastRate = 0.31830987f;        // 1/π
-constexpr float SlowRate = 0.15915494f;        // 1/(2π)
+constexpr float FastAdaptation = 0.0625f;                     // per frame
+constexpr float RisingAdaptation = 0x1p-22f;                  // per frame
+constexpr float SinkingAdaptation = 0x1p-18f;                 // per frame
+constexpr float FastRate = 0.31830987f, FastMemory = 0.75f;   // 1/π
+constexpr float SlowRate = 0.15915494f, SlowMemory = 0.875f;  // 1/(2π)
 
 struct BandLevels {
     float fast, slow, noise;
 };
 
-float amplitude(const float* bin) {
-    return std::sqrt(bin[0] * bin[0] + bin[1] * bin[1]);
+template <class Lanes>
+inline auto amplitude(const float* bins) {
+    const auto bin = Lanes::loadPairs(bins);
+    return simd::squareRoot(
+        simd::add(simd::mul(bin.first, bin.first), simd::mul(bin.second, bin.second)));
 }
 
 /**
@@ -34,21 +38,32 @@ float amplitude(const float* bin) {
  * it, and the voice detector's thresholds are set against that.
  */
 void trackLevels(const float* spectrum1, const float* spectrum2) {
-    for (int b = 0; b < SpectrumBins; ++b) {
-        const float level = (amplitude(spectrum1 + 2 * b) + amplitude(spectrum2 + 2 * b)) * 0.5f;
-        FastLevel[b] = level * FastRate + FastLevel[b] * 0.75f;
-        SlowLevel[b] = level * SlowRate + SlowLevel[b] * 0.875f;
-    }
+    simd::forLanes(0, SpectrumBins, [=](int b, auto width) {
+        using Lanes = simd::Lanes<width>;
+        const auto level = simd::mul(
+            simd::add(amplitude<Lanes>(spectrum1 + 2 * b), amplitude<Lanes>(spectrum2 + 2 * b)),
+            Lanes::splat(0.5f));
+        const auto follow = [=](float* average, float rate, float memory) {
+            Lanes::store(average + b,
+                         simd::add(simd::mul(level, Lanes::splat(rate)),
+                                   simd::mul(Lanes::load(average + b), Lanes::splat(memory))));
+        };
+        follow(FastLevel, FastRate, FastMemory);
+        follow(SlowLevel, SlowRate, SlowMemory);
+    });
+}
+
+/** Four partial sums, as the lanes have it. */
+float sumOverBand(const float* level) {
+    static_assert((LastBandBin + 1 - FirstBandBin) % 4 == 0, "whole vectors");
+    simd::F32x4 sum = simd::splat4(0.0f);
+    for (int b = FirstBandBin; b <= LastBandBin; b += 4)
+        sum = simd::add(sum, simd::load4(level + b));
+    return simd::sumLanes(sum);
 }
 
 BandLevels sumBand() {
-    BandLevels sum = {0.0f, 0.0f, 0.0f};
-    for (int b = FirstBandBin; b <= LastBandBin; ++b) {
-        sum.fast += FastLevel[b];
-        sum.slow += SlowLevel[b];
-        sum.noise += NoiseLevel[b];
-    }
-    return sum;
+    return {sumOverBand(FastLevel), sumOverBand(SlowLevel), sumOverBand(NoiseLevel)};
 }
 
 void countFromBoot(float slowBandLevel) {
@@ -84,10 +99,14 @@ bool judgeStationarity(const BandLevels& band) {
 }
 
 void adapt(float rising, float sinking) {
-    for (int b = 0; b < SpectrumBins; ++b) {
-        const float difference = SlowLevel[b] - NoiseLevel[b];
-        NoiseLevel[b] += difference * (difference >= 0.0f ? rising : sinking);
-    }
+    simd::forLanes(0, SpectrumBins, [=](int b, auto width) {
+        using Lanes = simd::Lanes<width>;
+        const auto before = Lanes::load(NoiseLevel + b);
+        const auto difference = simd::sub(Lanes::load(SlowLevel + b), before);
+        const auto rate = simd::selectLess(difference, Lanes::splat(0.0f), Lanes::splat(sinking),
+                                           Lanes::splat(rising));
+        Lanes::store(NoiseLevel + b, simd::add(before, simd::mul(difference, rate)));
+    });
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "conversions.h"
 #include "grids.h"
+#include "simdLanes.h"
 
 namespace {
 
@@ -61,9 +62,29 @@ LoudspeakerZone loudspeakerZone(float firstDistance, float secondDistance) {
             voxloc_distanceToSampleDelay(firstDistance - secondDistance), gain};
 }
 
-std::int16_t lagOfPoint(const Position& point, const Position& first, const Position& second) {
-    return voxloc_distanceToSampleDelay(voxloc_calculateDistance(&point, &first) -
-                                        voxloc_calculateDistance(&point, &second));
+void lagsOfRow(const Directions& azimuths, int count, float elevation, float range,
+               const Position& first, const Position& second, std::int16_t* lags) {
+    const float ground = range * std::cos(elevation), height = range * std::sin(elevation);
+    simd::forLanes(0, count, [=](int i, auto width) {
+        using Lanes = simd::Lanes<width>;
+        const auto zero = Lanes::splat(0.0f);
+        const auto x = simd::mul(Lanes::splat(ground), Lanes::load(azimuths.cosine + i));
+        const auto y = simd::mul(Lanes::splat(ground), Lanes::load(azimuths.sine + i));
+        const auto distanceTo = [=](const Position& microphone) {
+            const auto dx = simd::sub(x, Lanes::splat(microphone.x));
+            const auto dy = simd::sub(y, Lanes::splat(microphone.y));
+            const auto dz = Lanes::splat(height - microphone.z);
+            return simd::squareRoot(
+                simd::add(simd::add(simd::mul(dx, dx), simd::mul(dy, dy)), simd::mul(dz, dz)));
+        };
+        const auto path =
+            simd::mul(simd::sub(distanceTo(first), distanceTo(second)), Lanes::splat(SPEED_FACTOR));
+        const auto wrapped = simd::add(path, Lanes::splat(static_cast<float>(CorrelationLags)));
+        const auto lag = simd::add(simd::selectLess(path, zero, wrapped, path), Lanes::splat(0.5f));
+        // No lag is negative here, so truncation is the floor.
+        const auto beyond = Lanes::splat(32767.0f);
+        simd::storeIntegers(lags + i, simd::selectLess(lag, beyond, lag, zero));
+    });
 }
 
 }  // namespace voxloc

@@ -20,8 +20,19 @@ struct LoudspeakerZone {
 /** The zone of a pair whose microphones are that far (metres) from the loudspeaker. */
 LoudspeakerZone loudspeakerZone(float firstDistance, float secondDistance);
 
-/** Lag of a source at `point` for the pair of microphones. */
-std::int16_t lagOfPoint(const Position& point, const Position& first, const Position& second);
+/** Sines and cosines of an angle grid. */
+struct Directions {
+    const float* sine;
+    const float* cosine;
+};
+
+/**
+ * A row of a pair's lag table: the lags of the sources at `count` azimuths, all at one elevation
+ * (radians) and range (metres). Entry by entry what voxloc_sphericalToCartesian, the two distances
+ * and voxloc_distanceToSampleDelay give; a NaN azimuth gives lag 0.
+ */
+void lagsOfRow(const Directions& azimuths, int count, float elevation, float range,
+               const Position& first, const Position& second, std::int16_t* lags);
 
 }  // namespace voxloc
 

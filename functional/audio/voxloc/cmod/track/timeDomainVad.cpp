@@ -1,7 +1,8 @@
 #include "timeDomainVad.h"
 
 #include <algorithm>
-#include <cmath>
+
+#include "simdLanes.h"
 
 namespace voxloc {
 
@@ -59,7 +60,11 @@ void followEnvelope() {
     voxloc_firFilter(FilterInput, LowPassFilterCoefficients, EnvelopeOutput, 32, LowPassOutputs);
     std::copy_n(EnvelopeOutput, LowPassOutputs, FilterInput);
     voxloc_firFilter(FilterInput, HighPassFilterCoefficients, EnvelopeOutput, 24, HighPassOutputs);
-    for (int i = 0; i < HighPassOutputs; ++i) FilterInput[i] = std::fabs(EnvelopeOutput[i]);
+    simd::forLanes(0, HighPassOutputs, [](int i, auto width) {
+        using Lanes = simd::Lanes<width>;
+        const auto sample = Lanes::load(EnvelopeOutput + i);
+        Lanes::store(FilterInput + i, simd::larger(sample, simd::sub(Lanes::splat(0.0f), sample)));
+    });
     voxloc_firFilter(FilterInput, EnvelopeFilterCoefficients, EnvelopeOutput, 32, FRAME_SAMPLES);
 }
 
@@ -78,13 +83,17 @@ void followMedian() {
 }
 
 float largestRelativeExcess() {
-    float largest = 0.0f;
-    for (int i = 0; i < FRAME_SAMPLES; ++i) {
-        if (!(MedianOutput[i] > SmallestMedian)) continue;
-        const float excess = (EnvelopeOutput[i] - MedianOutput[i]) / MedianOutput[i];
-        if (excess > largest) largest = excess;
+    constexpr int lanesInUse = simd::StreamLanes;
+    static_assert(FRAME_SAMPLES % lanesInUse == 0, "whole vectors");
+    using Lanes = simd::Lanes<lanesInUse>;
+    const auto zero = Lanes::splat(0.0f), smallest = Lanes::splat(SmallestMedian);
+    auto largest = zero;
+    for (int i = 0; i < FRAME_SAMPLES; i += lanesInUse) {
+        const auto median = Lanes::load(MedianOutput + i);
+        const auto excess = simd::div(simd::sub(Lanes::load(EnvelopeOutput + i), median), median);
+        largest = simd::larger(simd::selectLess(smallest, median, excess, zero), largest);
     }
-    return largest;
+    return simd::largestLane(largest);
 }
 
 }  // namespace

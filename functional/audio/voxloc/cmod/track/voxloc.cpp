@@ -134,29 +134,24 @@ void fillGrids() {
     fillAngles(MinimumElevation, ElevationCount, ElevationAngles);
 }
 
-/** One row of a pair's lag table: all azimuths at one elevation and range. */
-void fillLagRow(const MicrophonePair& pair, float elevation, float range, std::int16_t* row) {
-    for (int a = 0; a < AzimuthCount; ++a) {
-        const float spherical[3] = {AzimuthAngles[a], elevation, range};
-        Position point;
-        voxloc_sphericalToCartesian(spherical, &point);
-        row[a] = lagOfPoint(point, Microphones[pair.firstMicrophone],
-                            Microphones[pair.secondMicrophone]);
-    }
-}
-
 void fillLagTables() {
+    std::array<float, AzimuthCount> sine, cosine;
+    for (std::size_t a = 0; a < AzimuthCount; ++a) {
+        sine[a] = std::sin(AzimuthAngles[a]);
+        cosine[a] = std::cos(AzimuthAngles[a]);
+    }
+    const auto fillRow = [&](const MicrophonePair& pair, int row, float elevation, float range) {
+        lagsOfRow({sine.data(), cosine.data()}, AzimuthCount, elevation, range,
+                  Microphones[pair.firstMicrophone], Microphones[pair.secondMicrophone],
+                  pair.lookupTable + row * AzimuthCount);
+    };
     for (int k = 0; k < NumberOfElevationPairs; ++k) {
-        const MicrophonePair& pair = ElevationPairs[k];
         for (int e = 0; e < ElevationCount; ++e) {
-            fillLagRow(pair, ElevationAngles[e], FarField, pair.lookupTable + e * AzimuthCount);
+            fillRow(ElevationPairs[k], e, ElevationAngles[e], FarField);
         }
     }
     for (int k = 0; k < NumberOfAzimuthPairs; ++k) {
-        const MicrophonePair& pair = AzimuthPairs[k];
-        for (int r = 0; r < RangeCount; ++r) {
-            fillLagRow(pair, 0.0f, Ranges[r], pair.lookupTable + r * AzimuthCount);
-        }
+        for (int r = 0; r < RangeCount; ++r) fillRow(AzimuthPairs[k], r, 0.0f, Ranges[r]);
     }
 }
 
