@@ -13,6 +13,8 @@ function(voxloc_install_package)
     "${PROJECT_BINARY_DIR}/voxlocConfigVersion.cmake"
     DESTINATION ${packageDir})
 
+  # Relative, so that the installed tree may be moved.
+  file(RELATIVE_PATH prefixFromPkgconfig "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
   configure_file("${PROJECT_SOURCE_DIR}/cmake/voxloc.pc.in" "${PROJECT_BINARY_DIR}/voxloc.pc" @ONLY)
   install(FILES "${PROJECT_BINARY_DIR}/voxloc.pc" DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endfunction()
