@@ -1,5 +1,7 @@
 #include "products.h"
 
+#include <cstddef>
+
 namespace voxloc {
 namespace {
 
@@ -63,6 +65,34 @@ constexpr Product Products[] = {
      {{{0, 2}, {3, 5}, {1, 4}}}},
 };
 // clang-format on
+
+/** Correlations are computed at the first and last NearLags lags: 0.928 m of path. */
+constexpr float LargestSpacing = 0.92f;  // metres
+
+constexpr bool isNear(const Product& product, ChannelPair pair) {
+    const Position& a = product.microphone[static_cast<std::size_t>(pair.first)];
+    const Position& b = product.microphone[static_cast<std::size_t>(pair.second)];
+    const float dx = a.x - b.x, dy = a.y - b.y, dz = a.z - b.z;
+    return dx * dx + dy * dy + dz * dz < LargestSpacing * LargestSpacing;
+}
+
+constexpr bool arePairsNear(const Product& product) {
+    for (const ChannelPair pair : product.elevationPair) {
+        if (!isNear(product, pair)) return false;
+    }
+    for (const ChannelPair pair : product.azimuthPair) {
+        if (!isNear(product, pair)) return false;
+    }
+    return true;
+}
+
+constexpr bool areAllPairsNear() {
+    for (const Product& product : Products) {
+        if (!arePairsNear(product)) return false;
+    }
+    return true;
+}
+static_assert(areAllPairsNear(), "a pair is wider than the correlations reach (NearLags)");
 
 }  // namespace
 
