@@ -1,8 +1,8 @@
 /**
  * The module's state: what one voxloc_initialize builds and the frames carry along.
  *
- * Only voxloc.cpp writes it. This header is not installed; besides voxloc.cpp only the white-box
- * checks of the module include it.
+ * Only voxlocSetup.cpp (initialise, destroy) and voxloc.cpp (the frames) write it. This header is
+ * not installed; besides those two only the white-box checks of the module include it.
  */
 #ifndef VOXLOC_STATE_H
 #define VOXLOC_STATE_H
@@ -83,6 +83,14 @@ extern std::int32_t BlockedCounter;  // frames judged as a panel mounted upside 
 // Services
 extern std::FILE* recording;
 extern float RawAudioInput[CorrelationLags];
+
+/** A bin may hold its value that many frames while nobody talks. */
+constexpr std::uint8_t ShortTimeout = 2;
+
+/** Blocks in the numerators and counters. */
+inline int numberOfPairs() {
+    return NumberOfElevationPairs + NumberOfAzimuthPairs;
+}
 
 void initializeTransducerData();
 void initializeSinglePair(MicrophonePair* pair, int first, int second);
