@@ -211,6 +211,33 @@ inline F32x8 highGroups(F32x8 a, F32x8 b) {
     return _mm256_permute2f128_ps(a, b, 0x31);
 }
 
+/** v·c[Lane] in each group */
+template <int Lane>
+inline F32x8 mulLane(F32x8 v, F32x8 c) {
+    return mul(v, _mm256_permute_ps(c, _MM_SHUFFLE(Lane, Lane, Lane, Lane)));
+}
+
+/** accumulator + v·c[Lane] in each group */
+template <int Lane>
+inline F32x8 mulAddLane(F32x8 accumulator, F32x8 v, F32x8 c) {
+    return mulAdd(accumulator, v, _mm256_permute_ps(c, _MM_SHUFFLE(Lane, Lane, Lane, Lane)));
+}
+
+/** Four values, the same in both groups */
+inline F32x8 load4Twice(const float* from) {
+    return joined(load4(from), load4(from));
+}
+
+/**
+ * v, kept in a register by an empty statement. Left alone, a compiler folds the load of a value
+ * into each instruction that uses it, and an unaligned load of 32 bytes, of which seven in sixteen
+ * cross a cache line, then happens at every use.
+ */
+inline F32x8 inRegister(F32x8 v) {
+    __asm__("" : "+x"(v));
+    return v;
+}
+
 }  // namespace simd
 
 #endif

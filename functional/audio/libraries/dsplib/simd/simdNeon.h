@@ -270,6 +270,35 @@ inline void storeZipped(float* to, F32x2 a, F32x2 b) {
     vst2_f32(to, float32x2x2_t{{a, b}});
 }
 
+/** The half of c that holds its lane Lane: 32-bit instructions multiply by a lane of two only. */
+template <int Lane>
+inline F32x2 halfWithLane(F32x4 c) {
+    return Lane < 2 ? vget_low_f32(c) : vget_high_f32(c);
+}
+
+/** v·c[Lane], each lane of v by the same lane of c */
+template <int Lane>
+inline F32x4 mulLane(F32x4 v, F32x4 c) {
+    return vmulq_lane_f32(v, halfWithLane<Lane>(c), Lane % 2);
+}
+
+/** accumulator + v·c[Lane] */
+template <int Lane>
+inline F32x4 mulAddLane(F32x4 accumulator, F32x4 v, F32x4 c) {
+    return vmlaq_lane_f32(accumulator, v, halfWithLane<Lane>(c), Lane % 2);
+}
+
+/** (a0 + a1, a2 + a3, b0 + b1, b2 + b3) */
+inline F32x4 addPairs(F32x4 a, F32x4 b) {
+    return vcombine_f32(vpadd_f32(vget_low_f32(a), vget_high_f32(a)),
+                        vpadd_f32(vget_low_f32(b), vget_high_f32(b)));
+}
+
+/** Four reductions at once: lane i is sumLanes of the i-th argument. */
+inline F32x4 sumLanesOfFour(F32x4 a, F32x4 b, F32x4 c, F32x4 d) {
+    return addPairs(addPairs(a, b), addPairs(c, d));
+}
+
 /**
  * The width at which a kernel that works at any width runs best: 32-bit ARM has 32 registers of two
  * lanes but only 16 of four, 64-bit ARM has 32 of four.

@@ -257,6 +257,28 @@ inline void storeZipped(float* to, F32x2 a, F32x2 b) {
     store4(to, zipLow(a.lanes, b.lanes));
 }
 
+/** v·c[Lane], each lane of v by the same lane of c */
+template <int Lane>
+inline F32x4 mulLane(F32x4 v, F32x4 c) {
+    return mul(v, _mm_shuffle_ps(c, c, _MM_SHUFFLE(Lane, Lane, Lane, Lane)));
+}
+
+/** accumulator + v·c[Lane] */
+template <int Lane>
+inline F32x4 mulAddLane(F32x4 accumulator, F32x4 v, F32x4 c) {
+    return mulAdd(accumulator, v, _mm_shuffle_ps(c, c, _MM_SHUFFLE(Lane, Lane, Lane, Lane)));
+}
+
+/** (a0 + a1, a2 + a3, b0 + b1, b2 + b3) */
+inline F32x4 addPairs(F32x4 a, F32x4 b) {
+    return add(evenLanes(a, b), oddLanes(a, b));
+}
+
+/** Four reductions at once: lane i is sumLanes of the i-th argument. */
+inline F32x4 sumLanesOfFour(F32x4 a, F32x4 b, F32x4 c, F32x4 d) {
+    return addPairs(addPairs(a, b), addPairs(c, d));
+}
+
 /** The width at which a kernel that works at any width runs best. */
 #if defined(__AVX512F__)
 constexpr int BestLanes = 16;
