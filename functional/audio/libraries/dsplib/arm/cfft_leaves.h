@@ -187,33 +187,48 @@ inline auto loadAdjacent(const float* from) {
     }
 }
 
-/** All N/8 leaves, in vectors of as many adjacent leaves as divide the N/16 offsets q >= 0. */
+/** One vector of adjacent leaves: from `in`, which belongs to leaf q on, to `at` in their units. */
 template <Direction D, int L>
+inline void leafVector(const LeafPlan& plan, int q, const LeafInput& in, float* y, int at) {
+    const auto load = [](const float* from) { return loadAdjacent<L>(from); };
+    const auto z = transformLeaf<D>(in.load(load), scaleOf<D>(plan.size));
+    constexpr int Adjacent = decltype(z.x0)::Elements;
+    float* to[Adjacent];
+    for (int i = 0; i < Adjacent; ++i) to[i] = plan.unit(y, q + i) + at;
+    storeLeaves(to, z);
+}
+
+/**
+ * All N/8 leaves, in vectors of adjacent ones; `Line` of them and then their partners in turn. Line
+ * divides the N/16 offsets q >= 0.
+ */
+template <Direction D, int L, int Line>
 inline void leafPassOfWidth(const LeafPlan plan, const float* x, float* y) {
     constexpr int Adjacent = decltype(loadAdjacent<L>(x))::Elements;
-    const float scale = scaleOf<D>(plan.size);
-    for (int q = 0; q < plan.partner; q += Adjacent) {
-        float* units[Adjacent];
-        float* partners[Adjacent];
-        for (int i = 0; i < Adjacent; ++i) {
-            units[i] = plan.unit(y, q + i);
-            partners[i] = units[i] + LeafFloats;
+    for (int line = 0; line < plan.partner; line += Line) {
+        for (int q = line; q < line + Line; q += Adjacent) {
+            leafVector<D, L>(plan, q, leafInput(plan, x, q), y, 0);
         }
-        const auto load = [](const float* from) { return loadAdjacent<L>(from); };
-        storeLeaves(units, transformLeaf<D>(leafInput(plan, x, q).load(load), scale));
-        storeLeaves(partners, transformLeaf<D>(partnerInput(plan, x, q).load(load), scale));
+        for (int q = line; q < line + Line; q += Adjacent) {
+            leafVector<D, L>(plan, q, partnerInput(plan, x, q), y, LeafFloats);
+        }
     }
 }
 
 /** The leaf pass of N >= 32 elements on vectors of up to L lanes. */
 template <Direction D, int L>
 inline void leafPass(int N, int log2N, const float* x, float* y) {
+    constexpr int Adjacent = decltype(loadAdjacent<L>(x))::Elements;
     if (N == 32) {
-        leafPassOfWidth<D, (L < 4 ? L : 4)>(LeafPlan(32, 5), x, y);
+        leafPassOfWidth<D, (L < 4 ? L : 4), 2>(LeafPlan(32, 5), x, y);
     } else if (N == 64) {
-        leafPassOfWidth<D, (L < 8 ? L : 8)>(LeafPlan(64, 6), x, y);
+        leafPassOfWidth<D, (L < 8 ? L : 8), (L < 8 ? Adjacent : 4)>(LeafPlan(64, 6), x, y);
+    } else if (N < FFT_MAX) {
+        leafPassOfWidth<D, L, Adjacent>(LeafPlan(N, log2N), x, y);
     } else {
-        leafPassOfWidth<D, L>(LeafPlan(N, log2N), x, y);
+        // The streams of leaves and partners, sixteen in all, compete for one set of a first-level
+        // cache: the leaves that share cache lines, eight of them, come before their partners.
+        leafPassOfWidth<D, L, 8>(LeafPlan(FFT_MAX, 13), x, y);
     }
 }
 

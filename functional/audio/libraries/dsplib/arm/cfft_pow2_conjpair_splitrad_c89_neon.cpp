@@ -32,9 +32,7 @@ void transform(int N, int log2N, const float* x, float* y) {
 
 /** 32 for 0 */
 int trailingZeroBits(int value) {
-    int bits = 0;
-    while (bits < 32 && ((static_cast<std::uint32_t>(value) >> bits) & 1u) == 0) ++bits;
-    return bits;
+    return value == 0 ? 32 : __builtin_ctz(static_cast<unsigned int>(value));
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ using Point = std::complex<double>;
 /** Element k of the block layout. */
 Point inBlocks(const GuardedFloats& data, std::size_t k) {
     const std::size_t at = 4 * (k / 2) + k % 2;
-    return {data[at], data[at + 2]};
+    return {static_cast<double>(data[at]), static_cast<double>(data[at + 2])};
 }
 
 void putInBlocks(GuardedFloats& data, std::size_t k, Point value) {

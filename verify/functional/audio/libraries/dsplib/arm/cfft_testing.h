@@ -60,7 +60,9 @@ inline GuardedFloats noise(int n, unsigned seed, std::size_t offset = 0) {
 
 inline Spectrum widened(const GuardedFloats& x) {
     Spectrum y(x.size() / 2);
-    for (std::size_t k = 0; k < y.size(); ++k) y[k] = {x[2 * k], x[2 * k + 1]};
+    for (std::size_t k = 0; k < y.size(); ++k) {
+        y[k] = {static_cast<double>(x[2 * k]), static_cast<double>(x[2 * k + 1])};
+    }
     return y;
 }
 

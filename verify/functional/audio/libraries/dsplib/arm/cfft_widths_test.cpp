@@ -12,9 +12,9 @@ namespace {
 using namespace cffttest;
 using cfft::Direction;
 
-using Run = void (*)(int, int, const float*, float*);
+using Engine = void (*)(int, int, const float*, float*);
 
-void expectSameBits(const Transform& transform, Run other, const char* what) {
+void expectSameBits(const Transform& transform, Engine other, const char* what) {
     for (int n = 32; n <= FFT_MAX; n *= 2) {
         const GuardedFloats x = noise(n, 71);
         GuardedFloats y(floatsOf(n));
@@ -60,7 +60,7 @@ TEST(ScalarTwin, GivesTheBitsOfTheLibrary) {
 }
 #else
 TEST(ScalarTwin, DiffersFromTheFusedLibraryByRoundingOnly) {
-    const Run twins[] = {scalarForward4, scalarInverse4};
+    const Engine twins[] = {scalarForward4, scalarInverse4};
     for (int n = 32; n <= FFT_MAX; n *= 2) {
         for (std::size_t i = 0; i < 2; ++i) {
             const GuardedFloats x = noise(n, 71);

@@ -105,7 +105,8 @@ TYPED_TEST(EveryWidth, MultiplyAddRoundsTwiceUnlessTheBuildFuses) {
     int told = 0;
     for (int round = 0; round < 8; ++round) {
         const float shift = 0.01f * static_cast<float>(round);
-        const Values<L> c = values<L>(0.37f + shift), a = values<L>(1.1f), b = values<L>(-2.3f);
+        const Values<L> c = values<L>(0.37f + shift), a = values<L>(1.1f + shift);
+        const Values<L> b = values<L>(-2.3f - shift);
         const Values<L> plus = unload<L>(simd::mulAdd(load<L>(c), load<L>(a), load<L>(b)));
         const Values<L> minus = unload<L>(simd::mulSub(load<L>(c), load<L>(a), load<L>(b)));
         for (std::size_t i = 0; i < L; ++i) {
