@@ -1,8 +1,8 @@
 /**
  * The vector layer's 8-lane type: what the 4-lane type does, in each group of four lanes.
  *
- * The functions that move lanes never cross from one group of four to another, except those that
- * have groups in their name.
+ * The functions that move lanes never cross from one group of four to another, except `reversed` and
+ * those that have groups in their name.
  */
 #ifndef DSPLIB_SIMD_SIMD_AVX_H
 #define DSPLIB_SIMD_SIMD_AVX_H
@@ -166,6 +166,12 @@ inline F32x8 zipLow(F32x8 a, F32x8 b) {
 /** (a2, b2, a3, b3) in each group */
 inline F32x8 zipHigh(F32x8 a, F32x8 b) {
     return _mm256_unpackhi_ps(a, b);
+}
+
+/** All eight lanes in reverse order */
+inline F32x8 reversed(F32x8 v) {
+    const F32x8 inGroups = _mm256_permute_ps(v, _MM_SHUFFLE(0, 1, 2, 3));
+    return _mm256_permute2f128_ps(inGroups, inGroups, 0x01);
 }
 
 /** (v0, v2, v1, v3) in each group */

@@ -1,8 +1,8 @@
 /**
  * The vector layer's 16-lane type: what the 4-lane type does, in each group of four lanes.
  *
- * The functions that move lanes never cross from one group of four to another, except those that
- * have groups in their name.
+ * The functions that move lanes never cross from one group of four to another, except `reversed` and
+ * those that have groups in their name.
  */
 #ifndef DSPLIB_SIMD_SIMD_AVX512_H
 #define DSPLIB_SIMD_SIMD_AVX512_H
@@ -176,6 +176,12 @@ inline F32x16 zipLow(F32x16 a, F32x16 b) {
 /** (a2, b2, a3, b3) in each group */
 inline F32x16 zipHigh(F32x16 a, F32x16 b) {
     return _mm512_maskz_unpackhi_ps(AllLanes, a, b);
+}
+
+/** All sixteen lanes in reverse order */
+inline F32x16 reversed(F32x16 v) {
+    const F32x16 inGroups = _mm512_maskz_permute_ps(AllLanes, v, _MM_SHUFFLE(0, 1, 2, 3));
+    return _mm512_maskz_shuffle_f32x4(AllLanes, inGroups, inGroups, _MM_SHUFFLE(0, 1, 2, 3));
 }
 
 /** (v0, v2, v1, v3) in each group */

@@ -186,6 +186,12 @@ inline F32x4 zipHigh(F32x4 a, F32x4 b) {
     return vzipq_f32(a, b).val[1];
 }
 
+/** (v3, v2, v1, v0) */
+inline F32x4 reversed(F32x4 v) {
+    const float32x4_t pairs = vrev64q_f32(v);
+    return vcombine_f32(vget_high_f32(pairs), vget_low_f32(pairs));
+}
+
 /** (v0, v2, v1, v3) */
 inline F32x4 zipHalves(F32x4 v) {
     const float32x2x2_t zipped = vzip_f32(vget_low_f32(v), vget_high_f32(v));
@@ -255,6 +261,11 @@ inline F32x2 mulSub(F32x2 accumulator, F32x2 a, F32x2 b) {
     return vmls_f32(accumulator, a, b);
 }
 
+/** (v1, v0) */
+inline F32x2 reversed(F32x2 v) {
+    return vrev64_f32(v);
+}
+
 /** (a0, b0) */
 inline F32x2 zipLow(F32x2 a, F32x2 b) {
     return vtrn_f32(a, b).val[0];
@@ -263,6 +274,16 @@ inline F32x2 zipLow(F32x2 a, F32x2 b) {
 /** (a1, b1) */
 inline F32x2 zipHigh(F32x2 a, F32x2 b) {
     return vtrn_f32(a, b).val[1];
+}
+
+/** (a0, b0): the even lanes of two vectors, as at four lanes and more */
+inline F32x2 evenLanes(F32x2 a, F32x2 b) {
+    return zipLow(a, b);
+}
+
+/** (a1, b1) */
+inline F32x2 oddLanes(F32x2 a, F32x2 b) {
+    return zipHigh(a, b);
 }
 
 /** a0, b0, a1, b1 in memory */

@@ -172,6 +172,11 @@ inline F32x4 zipHigh(F32x4 a, F32x4 b) {
     return {{a.lane[2], b.lane[2], a.lane[3], b.lane[3]}};
 }
 
+/** (v3, v2, v1, v0) */
+inline F32x4 reversed(F32x4 v) {
+    return {{v.lane[3], v.lane[2], v.lane[1], v.lane[0]}};
+}
+
 /** (v0, v2, v1, v3) */
 inline F32x4 zipHalves(F32x4 v) {
     return {{v.lane[0], v.lane[2], v.lane[1], v.lane[3]}};
@@ -237,6 +242,11 @@ inline F32x2 mulSub(F32x2 accumulator, F32x2 a, F32x2 b) {
     return sub(accumulator, mul(a, b));
 }
 
+/** (v1, v0) */
+inline F32x2 reversed(F32x2 v) {
+    return {{v.lane[1], v.lane[0]}};
+}
+
 /** (a0, b0) */
 inline F32x2 zipLow(F32x2 a, F32x2 b) {
     return {{a.lane[0], b.lane[0]}};
@@ -245,6 +255,16 @@ inline F32x2 zipLow(F32x2 a, F32x2 b) {
 /** (a1, b1) */
 inline F32x2 zipHigh(F32x2 a, F32x2 b) {
     return {{a.lane[1], b.lane[1]}};
+}
+
+/** (a0, b0): the even lanes of two vectors, as at four lanes and more */
+inline F32x2 evenLanes(F32x2 a, F32x2 b) {
+    return zipLow(a, b);
+}
+
+/** (a1, b1) */
+inline F32x2 oddLanes(F32x2 a, F32x2 b) {
+    return zipHigh(a, b);
 }
 
 /** a0, b0, a1, b1 in memory */

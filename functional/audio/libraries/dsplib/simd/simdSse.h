@@ -171,6 +171,11 @@ inline F32x4 zipHigh(F32x4 a, F32x4 b) {
     return _mm_unpackhi_ps(a, b);
 }
 
+/** (v3, v2, v1, v0) */
+inline F32x4 reversed(F32x4 v) {
+    return _mm_shuffle_ps(v, v, _MM_SHUFFLE(0, 1, 2, 3));
+}
+
 /** (v0, v2, v1, v3) */
 inline F32x4 zipHalves(F32x4 v) {
     return _mm_shuffle_ps(v, v, _MM_SHUFFLE(3, 1, 2, 0));
@@ -241,6 +246,11 @@ inline F32x2 mulSub(F32x2 accumulator, F32x2 a, F32x2 b) {
     return {mulSub(accumulator.lanes, a.lanes, b.lanes)};
 }
 
+/** (v1, v0) */
+inline F32x2 reversed(F32x2 v) {
+    return {_mm_shuffle_ps(v.lanes, v.lanes, _MM_SHUFFLE(3, 2, 0, 1))};
+}
+
 /** (a0, b0) */
 inline F32x2 zipLow(F32x2 a, F32x2 b) {
     return {_mm_unpacklo_ps(a.lanes, b.lanes)};
@@ -250,6 +260,16 @@ inline F32x2 zipLow(F32x2 a, F32x2 b) {
 inline F32x2 zipHigh(F32x2 a, F32x2 b) {
     const __m128 zipped = _mm_unpacklo_ps(a.lanes, b.lanes);
     return {_mm_movehl_ps(zipped, zipped)};
+}
+
+/** (a0, b0): the even lanes of two vectors, as at four lanes and more */
+inline F32x2 evenLanes(F32x2 a, F32x2 b) {
+    return zipLow(a, b);
+}
+
+/** (a1, b1) */
+inline F32x2 oddLanes(F32x2 a, F32x2 b) {
+    return zipHigh(a, b);
 }
 
 /** a0, b0, a1, b1 in memory */

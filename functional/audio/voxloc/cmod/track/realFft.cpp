@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "cfft_pow2_conjpair_splitrad_c89_neon.h"
+#include "simdLanes.h"
 #include "sp_fir_neon.h"
 #include "voxloc.h"
 
@@ -17,30 +18,100 @@ const unsigned char BitReverseTable[64] = {
 };
 // clang-format on
 
+namespace {
+
+enum class Direction { Forward, Inverse };
+
+/** Real and imaginary parts of L points; lanes in the order that storeZipped undoes. */
+template <int L>
+struct Points {
+    simd::F32<L> re, im;
+};
+
+template <int L>
+Points<L> loadPoints(const float* from) {
+    const simd::F32<L> a = simd::Lanes<L>::load(from), b = simd::Lanes<L>::load(from + L);
+    return {simd::evenLanes(a, b), simd::oddLanes(a, b)};
+}
+
+/** The L points that end with the one at `last`, last first. */
+template <int L>
+Points<L> loadPointsBackwards(const float* last) {
+    const Points<L> forwards = loadPoints<L>(last - 2 * (L - 1));
+    return {simd::reversed(forwards.re), simd::reversed(forwards.im)};
+}
+
+template <>
+Points<1> loadPoints<1>(const float* from) {
+    return {from[0], from[1]};
+}
+
+template <>
+Points<1> loadPointsBackwards<1>(const float* last) {
+    return {last[0], last[1]};
+}
+
+void storePoints(float* to, Points<1> g) {
+    to[0] = g.re;
+    to[1] = g.im;
+}
+
+template <int L>
+void storePoints(float* to, Points<L> g) {
+    simd::storeZipped(to, g.re, g.im);
+}
+
+/** Z·A + conj(Y)·B forward, Z·conj(A) + conj(Y)·conj(B) inverse; summed from left to right. */
+template <Direction D, int L>
+Points<L> splitPoints(Points<L> z, Points<L> y, Points<L> a, Points<L> b) {
+    const simd::F32<L> re = simd::mul(z.re, a.re), im = simd::mul(z.im, a.re);
+    if constexpr (D == Direction::Forward) {
+        return {simd::mulAdd(simd::mulAdd(simd::mulSub(re, z.im, a.im), y.re, b.re), y.im, b.im),
+                simd::mulSub(simd::mulAdd(simd::mulAdd(im, z.re, a.im), y.re, b.im), y.im, b.re)};
+    } else {
+        return {simd::mulSub(simd::mulAdd(simd::mulAdd(re, z.im, a.im), y.re, b.re), y.im, b.im),
+                simd::mulSub(simd::mulSub(simd::mulSub(im, z.re, a.im), y.re, b.im), y.im, b.re)};
+    }
+}
+
+/**
+ * Points `k` to n-1 as far as whole steps of L go; returns the first left over. A step reads the
+ * points k to k+L-1 of x and both tables and n-k-L+1 to n-k of x, the last of them x's last.
+ */
+template <Direction D, int L>
+int splitInSteps(int k, int n, const float* x, const float* aTable, const float* bTable,
+                 float* out) {
+    for (; k <= n - L; k += L) {
+        const Points<L> z = loadPoints<L>(x + 2 * k);
+        const Points<L> y = loadPointsBackwards<L>(x + 2 * (n - k));
+        storePoints(out + 2 * k, splitPoints<D, L>(z, y, loadPoints<L>(aTable + 2 * k),
+                                                   loadPoints<L>(bTable + 2 * k)));
+    }
+    return k;
+}
+
+template <Direction D>
+void split(int n, const float* x, const float* aTable, const float* bTable, float* out) {
+    const int k = splitInSteps<D, simd::BestLanes>(0, n, x, aTable, bTable, out);
+    splitInSteps<D, 1>(k, n, x, aTable, bTable, out);
+}
+
+}  // namespace
+
+// A split is a pass over memory of its own. Points k and n-k, which it needs together, leave the
+// forward transform's last pass at different times; and the inverse transform writes over the very
+// spectrum that the split reads, so that the split has to be through before.
+
 void splitFft(int n, float* x, const float* aTable, const float* bTable, float* out) {
     x[2 * n] = x[0];
     x[2 * n + 1] = x[1];
-    for (int k = 0; k < n; ++k) {
-        const float zr = x[2 * k], zi = x[2 * k + 1];
-        const float yr = x[2 * (n - k)], yi = x[2 * (n - k) + 1];
-        const float ar = aTable[2 * k], ai = aTable[2 * k + 1];
-        const float br = bTable[2 * k], bi = bTable[2 * k + 1];
-        out[2 * k] = zr * ar - zi * ai + yr * br + yi * bi;
-        out[2 * k + 1] = zi * ar + zr * ai + yr * bi - yi * br;
-    }
+    split<Direction::Forward>(n, x, aTable, bTable, out);
     out[2 * n] = x[0] - x[1];
     out[2 * n + 1] = 0.0f;
 }
 
 void splitIfft(int n, const float* x, const float* aTable, const float* bTable, float* out) {
-    for (int k = 0; k < n; ++k) {
-        const float zr = x[2 * k], zi = x[2 * k + 1];
-        const float yr = x[2 * (n - k)], yi = x[2 * (n - k) + 1];
-        const float ar = aTable[2 * k], ai = aTable[2 * k + 1];
-        const float br = bTable[2 * k], bi = bTable[2 * k + 1];
-        out[2 * k] = zr * ar + zi * ai + yr * br - yi * bi;
-        out[2 * k + 1] = zi * ar - zr * ai - yr * bi - yi * br;
-    }
+    split<Direction::Inverse>(n, x, aTable, bTable, out);
 }
 
 }  // namespace voxloc

@@ -125,6 +125,16 @@ TEST(TwoLanes, ZipTakesOneLaneOfEach) {
     EXPECT_EQ(unload<2>(simd::zipHigh(load<2>(a), load<2>(b))), (Values<2>{2.0f, 4.0f}));
 }
 
+TEST(TwoLanes, EvenAndOddLanesAreTheSameTwo) {
+    const Values<2> a = {1.0f, 2.0f}, b = {3.0f, 4.0f};
+    EXPECT_EQ(unload<2>(simd::evenLanes(load<2>(a), load<2>(b))), (Values<2>{1.0f, 3.0f}));
+    EXPECT_EQ(unload<2>(simd::oddLanes(load<2>(a), load<2>(b))), (Values<2>{2.0f, 4.0f}));
+}
+
+TEST(TwoLanes, ReversedSwapsThem) {
+    EXPECT_EQ(unload<2>(simd::reversed(load<2>({1.0f, 2.0f}))), (Values<2>{2.0f, 1.0f}));
+}
+
 TEST(TwoLanes, StoreZippedInterleaves) {
     const Values<2> a = {1.0f, 2.0f}, b = {3.0f, 4.0f};
     reference::GuardedFloats to(4, 1);
@@ -170,6 +180,12 @@ TYPED_TEST(FourLanesAndMore, MovesOfOneVectorStayInTheirGroup) {
     EXPECT_EQ(unload<L>(simd::zipHalves(load<L>(a))), movedInGroups<L>(a, a, {0, 2, 1, 3}));
     EXPECT_EQ(unload<L>(simd::swapHalves(load<L>(a))), movedInGroups<L>(a, a, {2, 3, 0, 1}));
     EXPECT_EQ(unload<L>(simd::swapPairs(load<L>(a))), movedInGroups<L>(a, a, {1, 0, 3, 2}));
+}
+
+TYPED_TEST(FourLanesAndMore, ReversedTurnsAllLanesRound) {
+    constexpr int L = TypeParam::Count;
+    const Values<L> a = values<L>(1.0f), back = unload<L>(simd::reversed(load<L>(a)));
+    for (std::size_t i = 0; i < L; ++i) EXPECT_EQ(back[i], a[L - 1 - i]);
 }
 
 TYPED_TEST(FourLanesAndMore, NegationsFlipTheSignOfHalfTheLanesZerosToo) {
