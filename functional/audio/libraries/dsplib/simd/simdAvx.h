@@ -106,12 +106,6 @@ inline void storePairs(float* to, F32x8 first, F32x8 second) {
     store8(to + 8, _mm256_permute2f128_ps(low, high, 0x31));
 }
 
-/** (v7, …, v0) */
-inline F32x8 reversed(F32x8 v) {
-    const F32x8 groups = _mm256_permute_ps(v, _MM_SHUFFLE(0, 1, 2, 3));
-    return _mm256_permute2f128_ps(groups, groups, 0x01);
-}
-
 /** The largest lane, of lanes that are numbers */
 inline float largestLane(F32x8 v) {
     return largestLane(larger(_mm256_castps256_ps128(v), _mm256_extractf128_ps(v, 1)));

@@ -102,12 +102,6 @@ inline void storePairs(float* to, F32x16 first, F32x16 second) {
     store16(to + 16, _mm512_permutex2var_ps(first, high, second));
 }
 
-/** (v15, …, v0) */
-inline F32x16 reversed(F32x16 v) {
-    const __m512i order = _mm512_setr_epi32(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
-    return _mm512_maskz_permutexvar_ps(AllLanes, order, v);
-}
-
 /** The lanes of a, then those of b */
 inline F32x16 joined(F32x8 a, F32x8 b) {
     const __m512d low = _mm512_castpd256_pd512(_mm256_castps_pd(a));

@@ -101,12 +101,6 @@ inline void storePairs(float* to, F32x4 first, F32x4 second) {
     vst2q_f32(to, {{first, second}});
 }
 
-/** (v3, v2, v1, v0) */
-inline F32x4 reversed(F32x4 v) {
-    const float32x4_t halves = vrev64q_f32(v);
-    return vcombine_f32(vget_high_f32(halves), vget_low_f32(halves));
-}
-
 /** The largest lane, of lanes that are numbers */
 inline float largestLane(F32x4 v) {
     const float32x2_t pairs = vpmax_f32(vget_low_f32(v), vget_high_f32(v));

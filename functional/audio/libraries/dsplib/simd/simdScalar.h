@@ -98,11 +98,6 @@ inline void storePairs(float* to, F32x4 first, F32x4 second) {
     }
 }
 
-/** (v3, v2, v1, v0) */
-inline F32x4 reversed(F32x4 v) {
-    return {{v.lane[3], v.lane[2], v.lane[1], v.lane[0]}};
-}
-
 /** The largest lane, of lanes that are numbers */
 inline float largestLane(F32x4 v) {
     return std::max(std::max(v.lane[0], v.lane[1]), std::max(v.lane[2], v.lane[3]));

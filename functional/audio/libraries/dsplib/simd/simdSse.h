@@ -84,11 +84,6 @@ inline void storePairs(float* to, F32x4 first, F32x4 second) {
     store4(to + 4, _mm_unpackhi_ps(first, second));
 }
 
-/** (v3, v2, v1, v0) */
-inline F32x4 reversed(F32x4 v) {
-    return _mm_shuffle_ps(v, v, _MM_SHUFFLE(0, 1, 2, 3));
-}
-
 /** The largest lane, of lanes that are numbers */
 inline float largestLane(F32x4 v) {
     const __m128 pairs = _mm_max_ps(v, _mm_movehl_ps(v, v));
