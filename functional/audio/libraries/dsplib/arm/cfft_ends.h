@@ -52,22 +52,25 @@ inline void combine4Ends(int M, float* data, int wanted) {
     combine4Part<D, Out, Z>(M, data, M / 4 - wanted, M / 4);
 }
 
-/**
- * The first and the last FFT_MAX/32 elements of the transform. Each of the two topmost levels needs
- * only the ends of its children; from there down the ends meet, and the nodes are whole.
- */
+/** The ends of a node of M elements whose leaves are stored; where they meet, the whole node. */
+template <Direction D, Orientation O, int L>
+void nodeEnds(int M, float* data, int wanted) {
+    if (M <= 8 * wanted) return noLeaves<D, O, L>(M, data);
+    nodeEnds<D, O, L>(M / 2, data, wanted);
+    nodeEnds<D, Orientation::Positive, L>(M / 4, data + M, wanted);
+    nodeEnds<D, Orientation::Negative, L>(M / 4, data + 3 * M / 2, wanted);
+    combine4Ends<D, Layout::Blocks, Arranged<L>>(M, data, wanted);
+}
+
+/** The first and the last `wanted` elements of the transform; a node's ends need its children's. */
 template <Direction D, int L>
-void transformEnds(const float* x, float* y) {
-    constexpr int N = FFT_MAX, Wanted = N / 32;
-    constexpr Orientation Positive = Orientation::Positive, Negative = Orientation::Negative;
+void transformEnds(const float* x, float* y, int wanted) {
+    constexpr int N = FFT_MAX;
     leafPassOfEnds<D, L>(x, y);
-    noLeaves<D, Positive, L>(N / 4, y);
-    noLeaves<D, Positive, L>(N / 8, y + N / 2);
-    noLeaves<D, Negative, L>(N / 8, y + 3 * N / 4);
-    combine4Ends<D, Layout::Blocks, Arranged<L>>(N / 2, y, Wanted);
-    noLeaves<D, Positive, L>(N / 4, y + N);
-    noLeaves<D, Negative, L>(N / 4, y + 3 * N / 2);
-    combine4Ends<D, Layout::Interleaved, Arranged<L>>(N, y, Wanted);
+    nodeEnds<D, Orientation::Positive, L>(N / 2, y, wanted);
+    nodeEnds<D, Orientation::Positive, L>(N / 4, y + N, wanted);
+    nodeEnds<D, Orientation::Negative, L>(N / 4, y + 3 * N / 2, wanted);
+    combine4Ends<D, Layout::Interleaved, Arranged<L>>(N, y, wanted);
 }
 
 }  // namespace cfft

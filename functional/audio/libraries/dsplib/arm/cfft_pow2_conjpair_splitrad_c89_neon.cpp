@@ -63,6 +63,9 @@ void sp_ifftSPxSP(int N, float* x, const float*, float* y, const unsigned char*,
     cifft_pow2_conjpair_splitrad_c89(N, trailingZeroBits(N), x, y);
 }
 
-void sp_ifft_ends(const float* x, float* y) {
-    cfft::transformEnds<Direction::Inverse, simd::BestLanes>(x, y);
+void sp_ifft_ends(const float* x, float* y, int wanted) {
+    PLATFORM_ASSERT(wanted > 0 && wanted <= FFT_MAX / 32);
+    constexpr int step = 32;
+    const int rounded = (wanted + step - 1) / step * step;
+    cfft::transformEnds<Direction::Inverse, simd::BestLanes>(x, y, rounded);
 }

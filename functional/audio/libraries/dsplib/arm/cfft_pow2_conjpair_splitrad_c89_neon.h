@@ -51,13 +51,14 @@ void sp_ifftSPxSP(int N, float* x, const float* twiddles, float* y, const unsign
  * The ends of the scaled inverse transform of FFT_MAX elements when the middle of its input is zero:
  * a band-limited spectrum whose first and last samples are wanted, in about half the time.
  *
- * @param x  in, 2·FFT_MAX floats, 8-byte aligned; elements 1536 to 6655 are taken to be zero and are
- *           not read
- * @param y  out, 2·FFT_MAX floats, 8-byte aligned, must not overlap x; elements 0 to 255 and 7936
- *           to 8191 are what the whole transform gives, bit for bit (a zero may have the other
- *           sign); all others are overwritten with values of no meaning
+ * @param x       in, 2·FFT_MAX floats, 8-byte aligned; elements 1536 to 6655 are taken to be zero
+ *                and are not read
+ * @param y       out, 2·FFT_MAX floats, 8-byte aligned, must not overlap x; its first and its last
+ *                `wanted` elements are what the whole transform gives, bit for bit (a zero may have
+ *                the other sign); all others are overwritten with values of no meaning
+ * @param wanted  1 to 256 (asserted); the fewer, the faster
  */
-void sp_ifft_ends(const float* x, float* y);
+void sp_ifft_ends(const float* x, float* y, int wanted);
 
 #ifdef __cplusplus
 }

@@ -137,8 +137,29 @@ inline void storeIntegers(std::int16_t* to, F32x16 v) {
     storeIntegers(to + 8, highLanes(v));
 }
 
-/** table[index[0]] to table[index[15]] */
+/**
+ * table[index[0]] to table[index[15]]. Indices that lie within 64 of the smaller end, as those of
+ * neighbouring points of a smooth table do, are picked out of whole vectors; others are loaded one by
+ * one.
+ */
 inline F32x16 gather16(const float* table, const std::int16_t* index) {
+#if defined(__AVX512BW__) && defined(__AVX512VL__)
+    const std::int16_t base = index[0] < index[15] ? index[0] : index[15];
+    const __m256i words = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(index));
+    const __m256i offsets = _mm256_sub_epi16(words, _mm256_set1_epi16(base));
+    const float* const from = table + base;
+    if (_mm256_cmpge_epu16_mask(offsets, _mm256_set1_epi16(32)) == 0) {
+        return _mm512_permutex2var_ps(load16(from), _mm512_maskz_cvtepu16_epi32(AllLanes, offsets),
+                                      load16(from + 16));
+    }
+    if (_mm256_cmpge_epu16_mask(offsets, _mm256_set1_epi16(64)) == 0) {
+        const __m512i lanes = _mm512_maskz_cvtepu16_epi32(AllLanes, offsets);
+        const F32x16 low = _mm512_permutex2var_ps(load16(from), lanes, load16(from + 16));
+        const F32x16 high = _mm512_permutex2var_ps(load16(from + 32), lanes, load16(from + 48));
+        return _mm512_mask_blend_ps(_mm512_cmpge_epi32_mask(lanes, _mm512_set1_epi32(32)), low,
+                                    high);
+    }
+#endif
     return joined(gather8(table, index), gather8(table, index + 8));
 }
 

@@ -12,9 +12,12 @@ namespace voxloc {
 /** The most pairs that one map sums. */
 constexpr int MaxPairsPerMap = 5;
 
+/** Floats past the largest lag that the search may read, and ignores: wide vectors take windows. */
+constexpr int GatherWindow = 64;
+
 /** What one pair adds to a map. */
 struct PairContribution {
-    const float* correlation;
+    const float* correlation;  // readable for GatherWindow floats past the largest lag
     const std::int16_t* lags;  // of each grid point
 };
 

@@ -62,6 +62,12 @@ LoudspeakerZone loudspeakerZone(float firstDistance, float secondDistance) {
             voxloc_distanceToSampleDelay(firstDistance - secondDistance), gain};
 }
 
+int reachInLags(const Position& first, const Position& second) {
+    // A far source's two distances are rounded to 1/16,000 m each: a tenth of a lag.
+    const float reach = std::ceil(voxloc_calculateDistance(&first, &second) * SPEED_FACTOR) + 2.0f;
+    return 2 * toInteger<std::int16_t>(std::ceil(reach / 2.0f));
+}
+
 void lagsOfRow(const Directions& azimuths, int count, float elevation, float range,
                const Position& first, const Position& second, std::int16_t* lags) {
     const float ground = range * std::cos(elevation), height = range * std::sin(elevation);

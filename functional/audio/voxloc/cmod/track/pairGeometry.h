@@ -20,6 +20,9 @@ struct LoudspeakerZone {
 /** The zone of a pair whose microphones are that far (metres) from the loudspeaker. */
 LoudspeakerZone loudspeakerZone(float firstDistance, float secondDistance);
 
+/** Lags that a sound's path to two microphones can differ by, with room for rounding; even. */
+int reachInLags(const Position& first, const Position& second);
+
 /** Sines and cosines of an angle grid. */
 struct Directions {
     const float* sine;

@@ -58,10 +58,10 @@ void whitenAndSplit(const float* crossSpectrum, int begin, int end, const float*
     });
 }
 
-void correlateNear(const float* crossSpectrum, int begin, int end, const float* aTable,
+void correlateNear(const float* crossSpectrum, int begin, int end, int lags, const float* aTable,
                    const float* bTable, float* scratch, float* correlation) {
     whitenAndSplit(crossSpectrum, begin, end, aTable, bTable, scratch);
-    sp_ifft_ends(scratch, correlation);
+    sp_ifft_ends(scratch, correlation, lags / 2);  // two lags an element
 }
 
 }  // namespace voxloc

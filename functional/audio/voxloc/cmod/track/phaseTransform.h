@@ -9,7 +9,7 @@
 
 namespace voxloc {
 
-/** Lags at either end of the correlation that are computed: 512 lags are 0.928 m of path. */
+/** The most lags at either end of the correlation that are computed: 0.928 m of path. */
 constexpr int NearLags = 512;
 
 /** The highest bin count that a pair may use, so that the upsampled spectrum is mostly zero. */
@@ -34,15 +34,16 @@ void whitenAndSplit(const float* crossSpectrum, int begin, int end, const float*
                     const float* bTable, float* out);
 
 /**
- * The correlation at its first and last NearLags lags; what the lags between hold means nothing.
+ * The correlation at its first and last `lags` lags; what the lags between hold means nothing.
  *
  * Lag by lag it is what voxloc_realIfft of the whole whitened spectrum gives, at about half the
  * price: the transform is told which inputs are zero and which lags nobody reads.
  *
+ * @param lags         2 to NearLags, even; the fewer, the faster
  * @param scratch      CorrelationLags floats, overwritten
  * @param correlation  out, CorrelationLags floats
  */
-void correlateNear(const float* crossSpectrum, int begin, int end, const float* aTable,
+void correlateNear(const float* crossSpectrum, int begin, int end, int lags, const float* aTable,
                    const float* bTable, float* scratch, float* correlation);
 
 }  // namespace voxloc

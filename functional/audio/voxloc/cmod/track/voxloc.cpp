@@ -17,6 +17,7 @@
 #include "frequencyDomainVad.h"
 #include "gridSearch.h"
 #include "noiseLevel.h"
+#include "pairGeometry.h"
 #include "phaseTransform.h"
 #include "timeDomainVad.h"
 #include "voxlocState.h"
@@ -91,27 +92,24 @@ void smoothCrossSpectra(SmoothingGate gate) {
     }
 }
 
-/** Leaves the pair's correlation in FftOutput. */
-void correlate(int p) {
-    const MicrophonePair& pair = pairAt(p);
-    // The bin above the highest one takes part: it was smoothed like the others.
-    correlateNear(CurrentNumerator + p * SpectrumFloats, pair.lowerBin, pair.upperBin + 2,
-                  ATableUpsampled, BTableUpsampled, FftInput, FftOutput);
-    if (AttenuateLoudspeaker) attenuateLoudspeaker(pair, FftOutput);
-}
-
 /**
- * Keeps what the lag tables can read of FftOutput while the map's other pairs are correlated.
+ * The pair's correlation at the lags that its microphones can have, kept in a slot while the map's
+ * other pairs are correlated.
  *
  * A kept correlation is addressed by lag, from 0 to 16384, and lies where its first and last lags
  * do; the slots of the pairs overlap in the lags between, which nobody reads.
  */
-const float* keepCorrelation(int slot) {
+const float* correlate(const MicrophonePair& pair, const float* crossSpectrum, int slot) {
+    const int lags =
+        reachInLags(Microphones[pair.firstMicrophone], Microphones[pair.secondMicrophone]);
+    // The bin above the highest one takes part: it was smoothed like the others.
+    correlateNear(crossSpectrum, pair.lowerBin, pair.upperBin + 2, lags, ATableUpsampled,
+                  BTableUpsampled, FftInput, FftOutput);
+    if (AttenuateLoudspeaker) attenuateLoudspeaker(pair, FftOutput);
     float* kept = KeptCorrelations + slot * KeptCorrelationDistance;
-    std::copy_n(FftOutput, NearLags, kept);
-    std::copy_n(FftOutput + CorrelationLags - NearLags,
-                NearLags + CorrelationBufferFloats - CorrelationLags,
-                kept + CorrelationLags - NearLags);
+    std::copy_n(FftOutput, lags, kept);
+    std::copy(FftOutput + CorrelationLags - lags, FftOutput + CorrelationBufferFloats,
+              kept + CorrelationLags - lags);
     return kept;
 }
 
@@ -120,8 +118,9 @@ float sumOverGrid(const MicrophonePair* pairs, int count, int firstPair, int poi
                   float* quality) {
     std::array<PairContribution, MaxPairsPerMap> contributions;
     for (int k = 0; k < count; ++k) {
-        correlate(firstPair + k);
-        contributions[static_cast<std::size_t>(k)] = {keepCorrelation(k), pairs[k].lookupTable};
+        const float* crossSpectrum = CurrentNumerator + (firstPair + k) * SpectrumFloats;
+        contributions[static_cast<std::size_t>(k)] = {correlate(pairs[k], crossSpectrum, k),
+                                                      pairs[k].lookupTable};
     }
     return sumCorrelations(contributions.data(), count, points, sum, quality);
 }

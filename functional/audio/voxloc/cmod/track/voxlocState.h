@@ -19,9 +19,9 @@
 namespace voxloc {
 
 /** Floats from one kept correlation to the next, so that neither end of one reaches another's. */
-constexpr int KeptCorrelationDistance = 2 * NearLags + 64;
+constexpr int KeptCorrelationDistance = 2 * NearLags + GatherWindow;
 constexpr int KeptCorrelationFloats =
-    CorrelationBufferFloats + (MaxPairsPerMap - 1) * KeptCorrelationDistance;
+    CorrelationBufferFloats + (MaxPairsPerMap - 1) * KeptCorrelationDistance + GatherWindow;
 
 // Product
 extern std::int32_t ProductType;

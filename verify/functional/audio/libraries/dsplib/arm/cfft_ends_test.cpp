@@ -40,15 +40,16 @@ std::vector<float> whole(const Spectrum& spectrum) {
     return y;
 }
 
-std::vector<float> ends(const Spectrum& spectrum) {
+std::vector<float> ends(const Spectrum& spectrum, int wanted = Wanted) {
     std::vector<float> y(2 * Points, std::numeric_limits<float>::quiet_NaN());
-    sp_ifft_ends(spectrum.values.data(), y.data());
+    sp_ifft_ends(spectrum.values.data(), y.data(), wanted);
     return y;
 }
 
-void expectSameEnds(const std::vector<float>& expected, const std::vector<float>& found) {
+void expectSameEnds(const std::vector<float>& expected, const std::vector<float>& found,
+                    int wanted = Wanted) {
     for (int i = 0; i < 2 * Points; ++i) {
-        if (i == 2 * Wanted) i = 2 * (Points - Wanted);
+        if (i == 2 * wanted) i = 2 * (Points - wanted);
         const auto at = static_cast<std::size_t>(i);
         ASSERT_EQ(expected[at], found[at]) << "float " << i;
     }
@@ -60,6 +61,21 @@ TEST(FftEnds, EqualTheWholeTransformOnRandomData) {
         const Spectrum spectrum(seed);
         expectSameEnds(whole(spectrum), ends(spectrum));
     }
+}
+
+TEST(FftEnds, OfAnyLengthEqualTheWholeTransform) {
+    const Spectrum spectrum(5);
+    const std::vector<float> expected = whole(spectrum);
+    for (int wanted = 1; wanted <= Wanted; ++wanted) {
+        SCOPED_TRACE(wanted);
+        expectSameEnds(expected, ends(spectrum, wanted), wanted);
+    }
+}
+
+TEST(FftEndsDeathTest, OfMoreElementsThanItServesDie) {
+    const Spectrum spectrum(5);
+    EXPECT_DEATH(ends(spectrum, Wanted + 1), "sp_ifft_ends: Assertion");
+    EXPECT_DEATH(ends(spectrum, 0), "sp_ifft_ends: Assertion");
 }
 
 TEST(FftEnds, TakeInEveryElementOutsideTheMiddle) {

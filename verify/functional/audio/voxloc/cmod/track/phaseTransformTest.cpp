@@ -56,11 +56,12 @@ std::vector<float> wholeCorrelation(const std::vector<float>& bins, int begin, i
     return spectrum;
 }
 
-std::vector<float> nearCorrelation(const std::vector<float>& bins, int begin, int end) {
+std::vector<float> nearCorrelation(const std::vector<float>& bins, int begin, int end,
+                                   int lags = NearLags) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     std::vector<float> scratch(CorrelationLags, nan), correlation(CorrelationLags, nan);
-    correlateNear(bins.data(), begin, end, tables().a.data(), tables().b.data(), scratch.data(),
-                  correlation.data());
+    correlateNear(bins.data(), begin, end, lags, tables().a.data(), tables().b.data(),
+                  scratch.data(), correlation.data());
     return correlation;
 }
 
@@ -72,9 +73,10 @@ constexpr float Tolerance = 1e-6f;  // of correlations up to 0.36: 3000 whitened
 constexpr float Tolerance = 0.0f;
 #endif
 
-void expectSameNearLags(const std::vector<float>& whole, const std::vector<float>& near) {
+void expectSameNearLags(const std::vector<float>& whole, const std::vector<float>& near,
+                        int lags = NearLags) {
     for (int lag = 0; lag < CorrelationLags; ++lag) {
-        if (lag == NearLags) lag = CorrelationLags - NearLags;
+        if (lag == lags) lag = CorrelationLags - lags;
         const auto i = static_cast<std::size_t>(lag);
         ASSERT_LE(std::fabs(whole[i] - near[i]), Tolerance) << "lag " << lag;
     }
@@ -93,6 +95,15 @@ TEST(PhaseTransform, EveryUpperEndUpToTheLimitIsServed) {
         SCOPED_TRACE(end);
         const std::vector<float> bins = randomCrossSpectrum(static_cast<unsigned>(end));
         expectSameNearLags(wholeCorrelation(bins, 99, end), nearCorrelation(bins, 99, end));
+    }
+}
+
+TEST(PhaseTransform, FewerLagsAreTheSameOnes) {
+    const std::vector<float> bins = randomCrossSpectrum(17);
+    const std::vector<float> whole = wholeCorrelation(bins, 99, 1453);
+    for (const int lags : {2, 24, 64, 84, 110, 250, 364, 512}) {
+        SCOPED_TRACE(lags);
+        expectSameNearLags(whole, nearCorrelation(bins, 99, 1453, lags), lags);
     }
 }
 
