@@ -1,0 +1,306 @@
+/**
+ * Cost of a frame and of initialising, for all products, beside the peers in the same run: the
+ * partial frame on FFTW (aster) and the lag tables by their plain formulas.
+ */
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "cpuTime.h"
+#include "fftwFrame.h"
+#include "medians.h"
+#include "plainTables.h"
+#include "quiet.h"
+#include "scenario.h"
+#include "voxloc.h"
+#include "voxlocState.h"
+
+namespace voxloc_bench {
+
+namespace {
+
+constexpr std::size_t ScenarioFrames = 128;   // 5.5 s
+constexpr std::size_t InterleavedFrames = 8;  // of one contender before the other takes its turn
+
+void processFrame(const Scenario& scenario, std::size_t i, TrackerResult& result) {
+    voxloc_calculate(scenario.frame(i), SignificantBits, scenario.flags[i], &result);
+}
+
+void benchFrame(benchmark::State& state, std::int32_t product) {
+    voxloc_initialize(product);
+    const Scenario scenario = mixedScenario(ScenarioFrames);
+    TrackerResult result;
+    double microseconds = 0.0;
+    for (auto _ : state) {
+        const CpuTime time(microseconds);
+        for (std::size_t i = 0; i < scenario.frames(); ++i) processFrame(scenario, i, result);
+    }
+    const double frames = static_cast<double>(state.iterations() * scenario.frames());
+    state.counters["us"] = microseconds / frames;
+    state.counters["realTime"] = FrameMilliseconds * 1000.0 * frames / microseconds;
+    voxloc_destroy();
+}
+
+// --- Against the peer ---------------------------------------------------------------------------
+
+Decisions decisionsOf(const TrackerResult& result) {
+    return {voxloc_getFlag(VOXLOC_FLAG_VOICE, result.flags) != 0,
+            voxloc_getFlag(VOXLOC_FLAG_TD_VOICE, result.flags) != 0,
+            voxloc_getFlag(VOXLOC_FLAG_FAR_END, result.flags) != 0};
+}
+
+bool samePosition(const TrackerResult& result, const PeerPosition& peer) {
+    // Peaks are sums of bins of 1/8192 each; where a bin stands just at a floor, rounding decides
+    // whether it counts.
+    constexpr float qualityTolerance = 16.0f / 8192.0f;
+    return result.azimuth == peer.azimuth && result.elevation == peer.elevation &&
+           result.range == peer.range &&
+           std::fabs(result.quality - peer.quality) <= qualityTolerance;
+}
+
+/** Runs the scenario through both and returns the detectors' decisions; aborts on a difference. */
+std::vector<Decisions> checkPeer(const Scenario& scenario, FftwFrame& peer) {
+    std::vector<Decisions> decisions;
+    for (std::size_t i = 0; i < scenario.frames(); ++i) {
+        TrackerResult result;
+        processFrame(scenario, i, result);
+        decisions.push_back(decisionsOf(result));
+        const PeerPosition position = peer.calculate(scenario.frame(i), decisions.back());
+        if (samePosition(result, position)) continue;
+        std::fprintf(stderr, "frame %zu: module %g° %g° %g m %g, peer %g° %g° %g m %g\n", i,
+                     static_cast<double>(result.azimuth), static_cast<double>(result.elevation),
+                     static_cast<double>(result.range), static_cast<double>(result.quality),
+                     static_cast<double>(position.azimuth), static_cast<double>(position.elevation),
+                     static_cast<double>(position.range), static_cast<double>(position.quality));
+        std::abort();
+    }
+    return decisions;
+}
+
+void benchAgainstPeer(benchmark::State& state) {
+    voxloc_initialize(PRODUCT_ASTER);
+    const Scenario scenario = mixedScenario(ScenarioFrames);
+    FftwFrame peer(*voxloc::findProduct(PRODUCT_ASTER));  // planned once a process
+    const std::vector<Decisions> decisions = checkPeer(scenario, peer);
+    double moduleTime = 0.0, peerTime = 0.0;  // microseconds
+    TrackerResult result;
+    for (auto _ : state) {
+        for (std::size_t from = 0; from < scenario.frames(); from += InterleavedFrames) {
+            const std::size_t to = from + InterleavedFrames;
+            {
+                const CpuTime time(moduleTime);
+                for (std::size_t i = from; i < to; ++i) processFrame(scenario, i, result);
+            }
+            const CpuTime time(peerTime);
+            for (std::size_t i = from; i < to; ++i) {
+                benchmark::DoNotOptimize(peer.calculate(scenario.frame(i), decisions[i]));
+            }
+        }
+    }
+    const double frames = static_cast<double>(state.iterations() * scenario.frames());
+    state.counters["us"] = moduleTime / frames;
+    state.counters["peerUs"] = peerTime / frames;
+    state.counters["ratio"] = peerTime / moduleTime;
+    voxloc_destroy();
+}
+
+// --- Initialise ---------------------------------------------------------------------------------
+
+/** Entries of the module's tables that the plain formulas give another lag. */
+std::int64_t differingLags(const PlainTables& plain) {
+    std::int64_t differing = 0;
+    for (std::size_t i = 0; i < plain.azimuthElevation.size(); ++i) {
+        differing += plain.azimuthElevation[i] != voxloc::AzimuthElevationLookupTable[i];
+    }
+    for (std::size_t i = 0; i < plain.azimuthRange.size(); ++i) {
+        differing += plain.azimuthRange[i] != voxloc::AzimuthRangeLookupTable[i];
+    }
+    return differing;
+}
+
+void benchInitialize(benchmark::State& state, std::int32_t type) {
+    const voxloc::Product& product = *voxloc::findProduct(type);
+    PlainTables plain = plainGrids(product);
+    double moduleTime = 0.0, plainTime = 0.0, hoistedTime = 0.0;  // microseconds
+    std::int64_t differing = 0;
+    for (auto _ : state) {
+        {
+            const CpuTime time(moduleTime);
+            voxloc_initialize(type);
+        }
+        {
+            const CpuTime time(plainTime);
+            fillPlainTables(product, plain);
+        }
+        differing = differingLags(plain);
+        {
+            const CpuTime time(hoistedTime);
+            fillHoistedTables(product, plain);
+        }
+        differing = std::max(differing, differingLags(plain));
+        voxloc_destroy();
+    }
+    const auto runs = static_cast<double>(state.iterations());
+    state.counters["ms"] = moduleTime / runs / 1000.0;
+    state.counters["plainMs"] = plainTime / runs / 1000.0;
+    state.counters["hoistedMs"] = hoistedTime / runs / 1000.0;
+    state.counters["ratio"] = plainTime / moduleTime;
+    state.counters["hoistedRatio"] = hoistedTime / moduleTime;
+    state.counters["differingLags"] = static_cast<double>(differing);
+}
+
+// --- Silence ------------------------------------------------------------------------------------
+
+constexpr std::size_t TalkerFrames = 128;
+
+std::size_t countDifferences(const std::vector<TrackerResult>& a,
+                             const std::vector<TrackerResult>& b) {
+    std::size_t differences = 0;
+    for (std::size_t i = 0; i < std::min(a.size(), b.size()); ++i) {
+        differences += std::memcmp(&a[i], &b[i], sizeof a[i]) != 0;
+    }
+    return differences;
+}
+
+/** Microseconds a frame; the results are appended. */
+double timeFrames(const Scenario& scenario, std::vector<TrackerResult>& results) {
+    double microseconds = 0.0;
+    {
+        const CpuTime time(microseconds);
+        for (std::size_t i = 0; i < scenario.frames(); ++i) {
+            results.emplace_back();
+            processFrame(scenario, i, results.back());
+        }
+    }
+    return microseconds / static_cast<double>(scenario.frames());
+}
+
+struct QuietRun {
+    double speech, median, dear;  // microseconds a frame; dear: the block at the 95th percentile
+    std::vector<TrackerResult> results;
+};
+
+QuietRun runQuiet(const Quiet& kind, bool flushed) {
+    voxloc_initialize(PRODUCT_ASTER);
+    const Scenario talker = talkerScenario(TalkerFrames);
+    QuietFrames quiet(kind);
+    QuietRun run = {};
+    std::vector<double> blocks;
+    timeFrames(talker, run.results);  // settles
+    run.speech = timeFrames(talker, run.results);
+    for (std::size_t i = 0; i < quiet.blocks(); ++i) {
+        const Scenario& block = quiet.next();
+        const FlushedDenormals flushing(flushed);
+        blocks.push_back(timeFrames(block, run.results));
+    }
+    voxloc_destroy();
+    std::sort(blocks.begin(), blocks.end());
+    run.median = blocks[blocks.size() / 2];
+    run.dear = blocks[blocks.size() * 95 / 100];
+    return run;
+}
+
+void benchQuiet(benchmark::State& state, const Quiet& kind) {
+    for (auto _ : state) {
+        const QuietRun plain = runQuiet(kind, false);
+        const QuietRun flushed = runQuiet(kind, true);
+        state.counters["us"] = plain.median;
+        state.counters["ratio"] = plain.median / plain.speech;
+        state.counters["dearRatio"] = plain.dear / plain.speech;
+        state.counters["flushedRatio"] = flushed.median / flushed.speech;
+        state.counters["flushedDearRatio"] = flushed.dear / flushed.speech;
+        state.counters["otherResults"] =
+            static_cast<double>(countDifferences(plain.results, flushed.results));
+    }
+}
+
+std::string quietName(const Quiet& kind) {
+    return std::string("quiet/") + kind.name;
+}
+
+// --- Tables -------------------------------------------------------------------------------------
+
+std::string nameFor(const char* what, const Product& product) {
+    return std::string(what) + "/" + product.name;
+}
+
+void printProducts(const Medians& medians) {
+    std::printf("%-10s %9s %10s   %8s %8s %6s %10s %6s %8s\n", "product", "frame us", "real time",
+                "init ms", "plain ms", "ratio", "hoisted ms", "ratio", "lags off");
+    for (const Product& product : Products) {
+        const auto frame = medians.find(nameFor("frame", product));
+        const auto init = medians.find(nameFor("initialize", product));
+        if (frame == medians.end() && init == medians.end()) continue;
+        std::printf("%-10s", product.name);
+        if (frame != medians.end()) {
+            std::printf(" %9.1f %9.0fx", frame->second.at("us"), frame->second.at("realTime"));
+        }
+        if (init != medians.end()) {
+            const auto& figures = init->second;
+            std::printf("   %8.2f %8.2f %5.2fx %10.2f %5.2fx %8.0f", figures.at("ms"),
+                        figures.at("plainMs"), figures.at("ratio"), figures.at("hoistedMs"),
+                        figures.at("hoistedRatio"), figures.at("differingLags"));
+        }
+        std::printf("\n");
+    }
+}
+
+void printPeer(const Medians& medians) {
+    const auto peer = medians.find("frame_peer/aster");
+    if (peer == medians.end()) return;
+    std::printf(
+        "\naster, whole frame with detectors: %.1f us; partial frame on FFTW: %.1f us; "
+        "ratio %.2fx\n",
+        peer->second.at("us"), peer->second.at("peerUs"), peer->second.at("ratio"));
+}
+
+void printQuiet(const Medians& medians) {
+    std::printf(
+        "\naster, minutes of silence after a talker, relative to the talker's frames\n"
+        "%-12s %9s %7s %8s   denormals flushed: %7s %8s %14s\n",
+        "", "median us", "median", "95 %", "median", "95 %", "other results");
+    for (const Quiet& kind : QuietKinds) {
+        const auto found = medians.find(quietName(kind));
+        if (found == medians.end()) continue;
+        const auto& figures = found->second;
+        std::printf("%-12s %9.1f %6.2fx %7.2fx %26.2fx %7.2fx %14.0f\n", kind.name,
+                    figures.at("us"), figures.at("ratio"), figures.at("dearRatio"),
+                    figures.at("flushedRatio"), figures.at("flushedDearRatio"),
+                    figures.at("otherResults"));
+    }
+}
+
+void printTables(const Medians& medians) {
+    printProducts(medians);
+    printPeer(medians);
+    printQuiet(medians);
+}
+
+void registerBenchmarks() {
+    for (const Product& product : Products) {
+        benchmark::RegisterBenchmark(nameFor("frame", product).c_str(), benchFrame, product.type);
+        benchmark::RegisterBenchmark(nameFor("initialize", product).c_str(), benchInitialize,
+                                     product.type);
+    }
+    benchmark::RegisterBenchmark("frame_peer/aster", benchAgainstPeer);
+    for (const Quiet& kind : QuietKinds) {
+        benchmark::RegisterBenchmark(quietName(kind).c_str(), benchQuiet, kind)
+            ->Iterations(1)
+            ->Repetitions(5);
+    }
+}
+
+}  // namespace
+
+}  // namespace voxloc_bench
+
+int main(int argc, char** argv) {
+    voxloc_bench::registerBenchmarks();
+    return voxloc_bench::runInterleaved(argc, argv, voxloc_bench::printTables);
+}

@@ -1,0 +1,42 @@
+#include "quiet.h"
+
+#include <cmath>
+
+#ifdef __SSE2__
+#include <immintrin.h>
+#endif
+
+namespace voxloc_bench {
+
+QuietFrames::QuietFrames(const Quiet& quiet)
+    : kind(quiet), unitNoise(noiseScenario(BlockFrames)), block(unitNoise), gain(quiet.amplitude) {}
+
+std::size_t QuietFrames::blocks() const {
+    const double frames = kind.minutes * 60000.0 / FrameMilliseconds;
+    return static_cast<std::size_t>(frames) / BlockFrames;
+}
+
+const Scenario& QuietFrames::next() {
+    const double decayPerFrame =
+        std::pow(10.0, -kind.decayDbPerSecond * FrameMilliseconds / 1000.0 / 20.0);
+    for (std::size_t i = 0; i < block.samples.size(); ++i) {
+        if (i % block.frameSamples == 0) gain *= decayPerFrame;
+        block.samples[i] = static_cast<float>(static_cast<double>(unitNoise.samples[i]) * gain);
+    }
+    return block;
+}
+
+#ifdef __SSE2__
+FlushedDenormals::FlushedDenormals(bool on) : saved(_mm_getcsr()) {
+    constexpr unsigned denormalsAreZero = 1u << 6, flushToZero = 1u << 15;
+    if (on) _mm_setcsr(saved | denormalsAreZero | flushToZero);
+}
+FlushedDenormals::~FlushedDenormals() {
+    _mm_setcsr(saved);
+}
+#else
+FlushedDenormals::FlushedDenormals(bool) : saved(0) {}
+FlushedDenormals::~FlushedDenormals() {}
+#endif
+
+}  // namespace voxloc_bench

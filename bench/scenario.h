@@ -1,0 +1,45 @@
+/** What the frame benchmarks listen to: frames prepared beforehand, the same ones on every run. */
+#ifndef VOXLOC_BENCH_SCENARIO_H
+#define VOXLOC_BENCH_SCENARIO_H
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace voxloc_bench {
+
+constexpr std::uint32_t SignificantBits = 24;
+constexpr double FrameMilliseconds = 2048.0 / 48.0;
+
+struct Product {
+    const char* name;
+    std::int32_t type;  // PRODUCT_...
+};
+constexpr Product Products[] = {{"aster", 0},    {"bramble", 1},  {"cinder", 2}, {"elmwood", 4},
+                                {"dovetail", 5}, {"foxglove", 6}, {"gannet", 7}};
+
+/** Frames of the product that the module is initialised for, laid out as voxloc_calculate reads. */
+struct Scenario {
+    std::size_t frameSamples;          // channels·FRAME_SAMPLES
+    std::vector<float> samples;        // frame after frame
+    std::vector<std::uint32_t> flags;  // VOXLOC_INPUT_... of each frame
+
+    std::size_t frames() const { return flags.size(); }
+    const float* frame(std::size_t i) const { return samples.data() + i * frameSamples; }
+};
+
+/**
+ * Room noise, a talker who walks, silence, the talker while the far end is active, noise again, and
+ * the talker at another place, in fixed shares of the frame count.
+ */
+Scenario mixedScenario(std::size_t frames);
+
+/** The talker alone, walking. */
+Scenario talkerScenario(std::size_t frames);
+
+/** Seeded uniform noise at full scale, an independent one in each channel. */
+Scenario noiseScenario(std::size_t frames);
+
+}  // namespace voxloc_bench
+
+#endif
