@@ -47,10 +47,11 @@ require_packages() {
 packages_of_preset() {
     echo g++ cmake ninja-build googletest
     case "$1" in
+        release) echo valgrind ;;
         clang) echo clang ;;
         armhf*) echo g++-arm-linux-gnueabihf qemu-user-static ;;
         aarch64) echo g++-aarch64-linux-gnu qemu-user-static ;;
-        bench*) echo libbenchmark-dev libfftw3-dev libkissfft-dev pkg-config ;;
+        bench*) echo libbenchmark-dev libfftw3-dev libkissfft-dev pkg-config jq ;;
     esac
 }
 
