@@ -46,7 +46,8 @@ constexpr int BlockVectors = 8;
 
 /**
  * Adds Taps terms to one of the four sums of Vectors vectors of outputs; x and h point at the
- * first of the terms, which lie four apart. Start: the sums have no terms yet. Reads h[0, 4, ..] and x[0 .. Count·Vectors+4·(Taps-1)-1].
+ * first of the terms, which lie four apart. Start: the sums have no terms yet. Reads h[0, 4, ..]
+ * and x[0 .. Count·Vectors+4·(Taps-1)-1].
  *
  * Successive vectors overlap after every Count/4 terms, so a load serves several of them: the loop
  * walks the loads, and a front of vectors, each a term behind the one before, moves along. More

@@ -127,6 +127,21 @@ TEST(BlockFilter, AddsInAnOrderThatDependsOnTheTapsAlone) {
     }
 }
 
+TEST(BlockFilter, SumsOfNegativeZerosAreNegativeZeros) {
+    // Any +0 that a kernel adds beside the products, for a missing tap say, turns the sign.
+    const std::vector<float> x(200, -0.0f);
+    for (int nh = 1; nh <= 70; ++nh) {
+        const std::vector<float> h(sizeOf(nh), 1.0f);
+        for (const int ny : {1, 2, 3, 4, 7, 15, 32, 67, 130}) {
+            std::vector<float> y(sizeOf(ny));
+            sp_fir_gen(x.data(), h.data(), y.data(), nh, ny);
+            ASSERT_TRUE(std::all_of(y.begin(), y.end(),
+                                    [](float v) { return reference::sameValue(v, -0.0f); }))
+                << "taps " << nh << ", outputs " << ny;
+        }
+    }
+}
+
 TEST(BlockFilter, EveryKernelGivesTheSameBits) {
     const std::vector<float> x = noise(400, 9u);
     for (int nh = 1; nh <= 70; ++nh) {
