@@ -4,7 +4,7 @@
  * is the fastest of the repetitions, in processor time. On a machine that does other things too,
  * let the repetitions of all cases take turns:
  *
- *     bench_fir --benchmark_enable_random_interleaving=true [--benchmark_filter=<regex>]
+ *     bench/fir --benchmark_enable_random_interleaving=true [--benchmark_filter=<regex>]
  */
 #include <benchmark/benchmark.h>
 
