@@ -98,7 +98,8 @@ inline F32x4Pairs loadPairs4(const float* from) {
 }
 
 inline void storePairs(float* to, F32x4 first, F32x4 second) {
-    vst2q_f32(to, {{first, second}});
+    const float32x4x2_t pairs = {{first, second}};
+    vst2q_f32(to, pairs);
 }
 
 /** The largest lane, of lanes that are numbers */
@@ -218,7 +219,8 @@ inline F32x4 negateOddLanes(F32x4 v) {
 
 /** a0, b0, a1, b1, a2, b2, a3, b3 in memory */
 inline void storeZipped(float* to, F32x4 a, F32x4 b) {
-    vst2q_f32(to, float32x4x2_t{{a, b}});
+    const float32x4x2_t pairs = {{a, b}};
+    vst2q_f32(to, pairs);
 }
 
 inline F32x2 load2(const float* from) {
@@ -282,7 +284,8 @@ inline F32x2 oddLanes(F32x2 a, F32x2 b) {
 
 /** a0, b0, a1, b1 in memory */
 inline void storeZipped(float* to, F32x2 a, F32x2 b) {
-    vst2_f32(to, float32x2x2_t{{a, b}});
+    const float32x2x2_t pairs = {{a, b}};
+    vst2_f32(to, pairs);
 }
 
 /** The half of c that holds its lane Lane: 32-bit instructions multiply by a lane of two only. */

@@ -93,34 +93,52 @@ void smoothCrossSpectra(SmoothingGate gate) {
 }
 
 /**
- * The pair's correlation at the lags that its microphones can have, kept in a slot while the map's
- * other pairs are correlated.
+ * Where a pair's correlation is kept while the others are computed.
  *
  * A kept correlation is addressed by lag, from 0 to 16384, and lies where its first and last lags
  * do; the slots of the pairs overlap in the lags between, which nobody reads.
  */
-const float* correlate(const MicrophonePair& pair, const float* crossSpectrum, int slot) {
+float* keptCorrelation(int p) {
+    return KeptCorrelations + p * KeptCorrelationDistance;
+}
+
+void correlate(int p) {
+    const MicrophonePair& pair = pairAt(p);
     const int lags =
         reachInLags(Microphones[pair.firstMicrophone], Microphones[pair.secondMicrophone]);
     // The bin above the highest one takes part: it was smoothed like the others.
-    correlateNear(crossSpectrum, pair.lowerBin, pair.upperBin + 2, lags, ATableUpsampled,
-                  BTableUpsampled, FftInput, FftOutput);
+    correlateNear(CurrentNumerator + p * SpectrumFloats, pair.lowerBin, pair.upperBin + 2, lags,
+                  ATableUpsampled, BTableUpsampled, FftInput, FftOutput);
     if (AttenuateLoudspeaker) attenuateLoudspeaker(pair, FftOutput);
-    float* kept = KeptCorrelations + slot * KeptCorrelationDistance;
+    float* kept = keptCorrelation(p);
     std::copy_n(FftOutput, lags, kept);
     std::copy(FftOutput + CorrelationLags - lags, FftOutput + CorrelationBufferFloats,
               kept + CorrelationLags - lags);
-    return kept;
 }
 
-/** One map from the pairs that add to it; returns its largest sum. firstPair counts pair blocks. */
-float sumOverGrid(const MicrophonePair* pairs, int count, int firstPair, int points, float* sum,
-                  float* quality) {
+/**
+ * The first pair block of the same two microphones. A pair may serve both maps; all that goes into
+ * its correlation is then the same, and computed once.
+ */
+int firstOfSameMicrophones(int p) {
+    const MicrophonePair& pair = pairAt(p);
+    for (int q = 0; q < p; ++q) {
+        if (pairAt(q).firstMicrophone == pair.firstMicrophone &&
+            pairAt(q).secondMicrophone == pair.secondMicrophone) {
+            return q;
+        }
+    }
+    return p;
+}
+
+/** One map from the pairs that add to it; returns its largest sum. `begin` counts pair blocks. */
+float sumOverGrid(int begin, int count, int points, float* sum, float* quality) {
     std::array<PairContribution, MaxPairsPerMap> contributions;
     for (int k = 0; k < count; ++k) {
-        const float* crossSpectrum = CurrentNumerator + (firstPair + k) * SpectrumFloats;
-        contributions[static_cast<std::size_t>(k)] = {correlate(pairs[k], crossSpectrum, k),
-                                                      pairs[k].lookupTable};
+        const int source = firstOfSameMicrophones(begin + k);
+        if (source == begin + k) correlate(source);
+        contributions[static_cast<std::size_t>(k)] = {keptCorrelation(source),
+                                                      pairAt(begin + k).lookupTable};
     }
     return sumCorrelations(contributions.data(), count, points, sum, quality);
 }
@@ -133,13 +151,11 @@ struct Peaks {
 Peaks searchGrids() {
     // Without elevation pairs the map is never written and stays what it is.
     const float largestElevation =
-        NumberOfElevationPairs > 0
-            ? sumOverGrid(ElevationPairs, NumberOfElevationPairs, 0, AzimuthElevationPoints,
-                          AzimuthElevationResult, ElevationQuality)
-            : largestOf(AzimuthElevationResult, AzimuthElevationPoints);
-    const float largestRange =
-        sumOverGrid(AzimuthPairs, NumberOfAzimuthPairs, NumberOfElevationPairs, AzimuthRangePoints,
-                    AzimuthRangeResult, AzimuthQuality);
+        NumberOfElevationPairs > 0 ? sumOverGrid(0, NumberOfElevationPairs, AzimuthElevationPoints,
+                                                 AzimuthElevationResult, ElevationQuality)
+                                   : largestOf(AzimuthElevationResult, AzimuthElevationPoints);
+    const float largestRange = sumOverGrid(NumberOfElevationPairs, NumberOfAzimuthPairs,
+                                           AzimuthRangePoints, AzimuthRangeResult, AzimuthQuality);
     return {firstMaximum(AzimuthElevationResult, AzimuthElevationPoints, largestElevation),
             firstMaximum(AzimuthRangeResult, AzimuthRangePoints, largestRange)};
 }

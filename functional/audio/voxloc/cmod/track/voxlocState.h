@@ -14,6 +14,7 @@
 #include "grids.h"
 #include "microphonePair.h"
 #include "phaseTransform.h"
+#include "products.h"
 #include "voxloc.h"
 
 namespace voxloc {
@@ -21,7 +22,8 @@ namespace voxloc {
 /** Floats from one kept correlation to the next, so that neither end of one reaches another's. */
 constexpr int KeptCorrelationDistance = 2 * NearLags + GatherWindow;
 constexpr int KeptCorrelationFloats =
-    CorrelationBufferFloats + (MaxPairsPerMap - 1) * KeptCorrelationDistance + GatherWindow;
+    CorrelationBufferFloats + (MaxElevationPairs + MaxAzimuthPairs - 1) * KeptCorrelationDistance +
+    GatherWindow;
 
 // Product
 extern std::int32_t ProductType;
@@ -57,7 +59,7 @@ extern float BTableUpsampled[CorrelationLags];
 // Audio, spectra and correlations
 extern float FftInput[CorrelationBufferFloats];
 extern float FftOutput[CorrelationBufferFloats];
-extern float KeptCorrelations[KeptCorrelationFloats];  // of one map's pairs
+extern float KeptCorrelations[KeptCorrelationFloats];  // of all pairs
 extern float* InputAudio;                              // [channels][AnalysisSamples]
 extern float* RawAudioInput1;                          // [channels][FRAME_SAMPLES]
 extern float* RawAudioInput2;                          // [channels][FRAME_SAMPLES]
