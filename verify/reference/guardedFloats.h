@@ -40,7 +40,8 @@ class GuardedFloats {
     }
 
     bool sameBitsAs(const GuardedFloats& other) const {
-        return size_ == other.size_ && std::memcmp(data(), other.data(), size_ * sizeof(float)) == 0;
+        return size_ == other.size_ &&
+               std::memcmp(data(), other.data(), size_ * sizeof(float)) == 0;
     }
 
   private:

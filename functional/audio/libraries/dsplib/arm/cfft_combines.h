@@ -174,8 +174,7 @@ inline void combineLeaves64(float* data) {
         joinLeaves<D, O>(x.x0, x.x1, t);
         joinLeaves<D, Orientation::Positive>(x.x4, x.x5, t);
         joinLeaves<D, Orientation::Negative>(x.x6, x.x7, t);
-        butterfly8<D>(x, At::loadTwiddle(twiddlesOf(32) + k),
-                      At::loadTwiddle(twiddlesOf(64) + k),
+        butterfly8<D>(x, At::loadTwiddle(twiddlesOf(32) + k), At::loadTwiddle(twiddlesOf(64) + k),
                       At::loadTwiddle(twiddlesOf(64) + 16 + k));
         storeEighths<Out>(data + k, 16, x);
     }

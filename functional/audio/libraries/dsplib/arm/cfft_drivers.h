@@ -1,4 +1,4 @@
-/** The order in which the complex FFT combines: nodes whose leaves are stored, and the top level. */
+/** The order in which the complex FFT combines: nodes from stored leaves, and the top level. */
 #ifndef DSPLIB_CFFT_DRIVERS_H
 #define DSPLIB_CFFT_DRIVERS_H
 

@@ -57,10 +57,14 @@ inline Leaf<Z> transformLeaf(const Leaf<Z>& x, float scale) {
     const Z turned1 = addQuarterTurn<D>(u, v), turned3 = subQuarterTurn<D>(u, v);
     const float factor = scale * SqrtHalf;
 
-    return {even0 + odd0, addScaled(even1, turned1, factor),
-            addQuarterTurn<D>(even2, odd2), subScaled(even3, turned3, factor),
-            even0 - odd0, subScaled(even1, turned1, factor),
-            subQuarterTurn<D>(even2, odd2), addScaled(even3, turned3, factor)};
+    return {even0 + odd0,
+            addScaled(even1, turned1, factor),
+            addQuarterTurn<D>(even2, odd2),
+            subScaled(even3, turned3, factor),
+            even0 - odd0,
+            subScaled(even1, turned1, factor),
+            subQuarterTurn<D>(even2, odd2),
+            addScaled(even3, turned3, factor)};
 }
 
 /** Where the leaves of one size lie in the input and in the output buffer. */
@@ -88,10 +92,10 @@ struct LeafPlan {
 /** Floats that one leaf takes in the output buffer */
 constexpr int LeafFloats = 16;
 
-/** Floats from q = 0 on that step m of a leaf's eight elements reads from. */
+/** Where the eight elements of the adjacent leaves of one vector begin in the input. */
 struct LeafInput {
-    const float* first;    // element 0
-    const float* second;   // element 1; the others follow at the stride
+    const float* first;     // element 0
+    const float* second;    // element 1; the others follow at the stride
     std::ptrdiff_t stride;  // in floats
 
     template <class Load>
@@ -168,9 +172,9 @@ inline void storeLeafOfEachGroup(float* const* to, simd::F32x16 v0, simd::F32x16
  */
 template <int L>
 inline void storeLeaves(float* const* to, const Leaf<Interleaved<L>>& z) {
-    storeLeafOfEachGroup(
-        to, simd::zipLow(z.x0.lanes, z.x1.lanes), simd::zipLow(z.x2.lanes, z.x3.lanes),
-        simd::zipLow(z.x4.lanes, z.x5.lanes), simd::zipLow(z.x6.lanes, z.x7.lanes));
+    storeLeafOfEachGroup(to, simd::zipLow(z.x0.lanes, z.x1.lanes),
+                         simd::zipLow(z.x2.lanes, z.x3.lanes), simd::zipLow(z.x4.lanes, z.x5.lanes),
+                         simd::zipLow(z.x6.lanes, z.x7.lanes));
     storeLeafOfEachGroup(
         to + 1, simd::zipHigh(z.x0.lanes, z.x1.lanes), simd::zipHigh(z.x2.lanes, z.x3.lanes),
         simd::zipHigh(z.x4.lanes, z.x5.lanes), simd::zipHigh(z.x6.lanes, z.x7.lanes));

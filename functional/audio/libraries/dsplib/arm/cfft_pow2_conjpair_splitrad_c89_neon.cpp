@@ -2,8 +2,8 @@
  * Entry points of the complex FFT: a conjugate-pair split-radix transform with 8-point leaves.
  *
  * Leaves first, straight from the input to their final places in the output buffer (cfft_leaves.h),
- * then combine passes in place (cfft_combines.h) in the order of the tree (cfft_drivers.h). There is
- * no reordering pass, no allocation, no trigonometry: the tables are constants (cfft_tables.h).
+ * then combine passes in place (cfft_combines.h) in the order of the tree (cfft_drivers.h). There
+ * is no reordering pass, no allocation, no trigonometry: the tables are constants (cfft_tables.h).
  */
 #include "cfft_pow2_conjpair_splitrad_c89_neon.h"
 

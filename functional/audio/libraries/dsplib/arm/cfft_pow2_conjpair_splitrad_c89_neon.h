@@ -48,8 +48,8 @@ void sp_ifftSPxSP(int N, float* x, const float* twiddles, float* y, const unsign
                   int radix, int offset, int size);
 
 /**
- * The ends of the scaled inverse transform of FFT_MAX elements when the middle of its input is zero:
- * a band-limited spectrum whose first and last samples are wanted, in about half the time.
+ * The ends of the scaled inverse transform of FFT_MAX elements when the middle of its input is
+ * zero: a band-limited spectrum whose first and last samples are wanted, in about half the time.
  *
  * @param x       in, 2·FFT_MAX floats, 8-byte aligned; elements 1536 to 6655 are taken to be zero
  *                and are not read

@@ -63,7 +63,7 @@ inline void transform8(const float* x, float* y) {
     store(y, 7, z.x7);
 }
 
-/** Outputs k and k+8 of a 16-point transform from even and odd elements; `turned` has its twiddle. */
+/** Outputs k and k+8 of 16 points from an even and an odd one; `turned` has its twiddle. */
 inline void store16(float* y, int k, Element even, Element turned) {
     store(y, k, even + turned);
     store(y, k + 8, even - turned);

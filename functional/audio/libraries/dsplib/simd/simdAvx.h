@@ -1,7 +1,7 @@
 /**
  * The vector layer's 8-lane type: what the 4-lane type does, in each group of four lanes.
  *
- * The functions that move lanes never cross from one group of four to another, except `reversed` and
+ * Moves of lanes never cross from one group of four to another, except `reversed`, the pairs and
  * those that have groups in their name.
  */
 #ifndef DSPLIB_SIMD_SIMD_AVX_H
@@ -132,16 +132,6 @@ inline F32x8 gather8(const float* table, const std::int16_t* index) {
     return joined(gather4(table, index), gather4(table, index + 4));
 }
 
-/** (a0, a2, b0, b2) in each group */
-inline F32x8 evenLanes(F32x8 a, F32x8 b) {
-    return _mm256_shuffle_ps(a, b, _MM_SHUFFLE(2, 0, 2, 0));
-}
-
-/** (a1, a3, b1, b3) in each group */
-inline F32x8 oddLanes(F32x8 a, F32x8 b) {
-    return _mm256_shuffle_ps(a, b, _MM_SHUFFLE(3, 1, 3, 1));
-}
-
 /** (a0, a1, b0, b1) in each group */
 inline F32x8 lowHalves(F32x8 a, F32x8 b) {
     return _mm256_shuffle_ps(a, b, _MM_SHUFFLE(1, 0, 1, 0));
@@ -193,12 +183,6 @@ inline F32x8 negateHighHalf(F32x8 v) {
 inline F32x8 negateOddLanes(F32x8 v) {
     const F32x8 signs = _mm256_setr_ps(0.0f, -0.0f, 0.0f, -0.0f, 0.0f, -0.0f, 0.0f, -0.0f);
     return _mm256_xor_ps(v, signs);
-}
-
-/** zipLow, then zipHigh, in memory */
-inline void storeZipped(float* to, F32x8 a, F32x8 b) {
-    store8(to, zipLow(a, b));
-    store8(to + 8, zipHigh(a, b));
 }
 
 /** (first group of a, first group of b) */

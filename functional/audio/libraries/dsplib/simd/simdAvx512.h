@@ -1,7 +1,7 @@
 /**
  * The vector layer's 16-lane type: what the 4-lane type does, in each group of four lanes.
  *
- * The functions that move lanes never cross from one group of four to another, except `reversed` and
+ * Moves of lanes never cross from one group of four to another, except `reversed`, the pairs and
  * those that have groups in their name.
  */
 #ifndef DSPLIB_SIMD_SIMD_AVX512_H
@@ -163,16 +163,6 @@ inline F32x16 gather16(const float* table, const std::int16_t* index) {
     return joined(gather8(table, index), gather8(table, index + 8));
 }
 
-/** (a0, a2, b0, b2) in each group */
-inline F32x16 evenLanes(F32x16 a, F32x16 b) {
-    return _mm512_maskz_shuffle_ps(AllLanes, a, b, _MM_SHUFFLE(2, 0, 2, 0));
-}
-
-/** (a1, a3, b1, b3) in each group */
-inline F32x16 oddLanes(F32x16 a, F32x16 b) {
-    return _mm512_maskz_shuffle_ps(AllLanes, a, b, _MM_SHUFFLE(3, 1, 3, 1));
-}
-
 /** (a0, a1, b0, b1) in each group */
 inline F32x16 lowHalves(F32x16 a, F32x16 b) {
     return _mm512_maskz_shuffle_ps(AllLanes, a, b, _MM_SHUFFLE(1, 0, 1, 0));
@@ -228,12 +218,6 @@ inline F32x16 negateHighHalf(F32x16 v) {
 /** (v0, -v1, v2, -v3) in each group */
 inline F32x16 negateOddLanes(F32x16 v) {
     return flipSigns(v, _mm512_setr4_ps(0.0f, -0.0f, 0.0f, -0.0f));
-}
-
-/** zipLow, then zipHigh, in memory */
-inline void storeZipped(float* to, F32x16 a, F32x16 b) {
-    store16(to, zipLow(a, b));
-    store16(to + 16, zipHigh(a, b));
 }
 
 /** (groups 0 and 1 of a, groups 0 and 1 of b) */

@@ -217,12 +217,6 @@ inline F32x4 negateOddLanes(F32x4 v) {
     return flipSigns(v, vreinterpretq_u32_u64(vdupq_n_u64(0x8000000000000000u)));
 }
 
-/** a0, b0, a1, b1, a2, b2, a3, b3 in memory */
-inline void storeZipped(float* to, F32x4 a, F32x4 b) {
-    const float32x4x2_t pairs = {{a, b}};
-    vst2q_f32(to, pairs);
-}
-
 inline F32x2 load2(const float* from) {
     return vld1_f32(from);
 }
@@ -257,11 +251,6 @@ inline F32x2 mulSub(F32x2 accumulator, F32x2 a, F32x2 b) {
     return vmls_f32(accumulator, a, b);
 }
 
-/** (v1, v0) */
-inline F32x2 reversed(F32x2 v) {
-    return vrev64_f32(v);
-}
-
 /** (a0, b0) */
 inline F32x2 zipLow(F32x2 a, F32x2 b) {
     return vtrn_f32(a, b).val[0];
@@ -270,16 +259,6 @@ inline F32x2 zipLow(F32x2 a, F32x2 b) {
 /** (a1, b1) */
 inline F32x2 zipHigh(F32x2 a, F32x2 b) {
     return vtrn_f32(a, b).val[1];
-}
-
-/** (a0, b0): the even lanes of two vectors, as at four lanes and more */
-inline F32x2 evenLanes(F32x2 a, F32x2 b) {
-    return zipLow(a, b);
-}
-
-/** (a1, b1) */
-inline F32x2 oddLanes(F32x2 a, F32x2 b) {
-    return zipHigh(a, b);
 }
 
 /** a0, b0, a1, b1 in memory */

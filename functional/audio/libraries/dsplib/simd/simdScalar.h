@@ -197,12 +197,6 @@ inline F32x4 negateOddLanes(F32x4 v) {
     return {{v.lane[0], -v.lane[1], v.lane[2], -v.lane[3]}};
 }
 
-/** a0, b0, a1, b1, a2, b2, a3, b3 in memory */
-inline void storeZipped(float* to, F32x4 a, F32x4 b) {
-    store4(to, zipLow(a, b));
-    store4(to + 4, zipHigh(a, b));
-}
-
 inline F32x2 load2(const float* from) {
     return loadLanes<2>(from);
 }
@@ -237,11 +231,6 @@ inline F32x2 mulSub(F32x2 accumulator, F32x2 a, F32x2 b) {
     return sub(accumulator, mul(a, b));
 }
 
-/** (v1, v0) */
-inline F32x2 reversed(F32x2 v) {
-    return {{v.lane[1], v.lane[0]}};
-}
-
 /** (a0, b0) */
 inline F32x2 zipLow(F32x2 a, F32x2 b) {
     return {{a.lane[0], b.lane[0]}};
@@ -250,16 +239,6 @@ inline F32x2 zipLow(F32x2 a, F32x2 b) {
 /** (a1, b1) */
 inline F32x2 zipHigh(F32x2 a, F32x2 b) {
     return {{a.lane[1], b.lane[1]}};
-}
-
-/** (a0, b0): the even lanes of two vectors, as at four lanes and more */
-inline F32x2 evenLanes(F32x2 a, F32x2 b) {
-    return zipLow(a, b);
-}
-
-/** (a1, b1) */
-inline F32x2 oddLanes(F32x2 a, F32x2 b) {
-    return zipHigh(a, b);
 }
 
 /** a0, b0, a1, b1 in memory */

@@ -196,12 +196,6 @@ inline F32x4 negateOddLanes(F32x4 v) {
     return _mm_xor_ps(v, _mm_setr_ps(0.0f, -0.0f, 0.0f, -0.0f));
 }
 
-/** a0, b0, a1, b1, a2, b2, a3, b3 in memory */
-inline void storeZipped(float* to, F32x4 a, F32x4 b) {
-    store4(to, zipLow(a, b));
-    store4(to + 4, zipHigh(a, b));
-}
-
 /** Two lanes in the lower half of a register; what the upper half holds means nothing. */
 struct F32x2 {
     __m128 lanes;
@@ -241,11 +235,6 @@ inline F32x2 mulSub(F32x2 accumulator, F32x2 a, F32x2 b) {
     return {mulSub(accumulator.lanes, a.lanes, b.lanes)};
 }
 
-/** (v1, v0) */
-inline F32x2 reversed(F32x2 v) {
-    return {_mm_shuffle_ps(v.lanes, v.lanes, _MM_SHUFFLE(3, 2, 0, 1))};
-}
-
 /** (a0, b0) */
 inline F32x2 zipLow(F32x2 a, F32x2 b) {
     return {_mm_unpacklo_ps(a.lanes, b.lanes)};
@@ -255,16 +244,6 @@ inline F32x2 zipLow(F32x2 a, F32x2 b) {
 inline F32x2 zipHigh(F32x2 a, F32x2 b) {
     const __m128 zipped = _mm_unpacklo_ps(a.lanes, b.lanes);
     return {_mm_movehl_ps(zipped, zipped)};
-}
-
-/** (a0, b0): the even lanes of two vectors, as at four lanes and more */
-inline F32x2 evenLanes(F32x2 a, F32x2 b) {
-    return zipLow(a, b);
-}
-
-/** (a1, b1) */
-inline F32x2 oddLanes(F32x2 a, F32x2 b) {
-    return zipHigh(a, b);
 }
 
 /** a0, b0, a1, b1 in memory */

@@ -22,7 +22,7 @@ namespace {
 
 enum class Direction { Forward, Inverse };
 
-/** Real and imaginary parts of L points; lanes in the order that storeZipped undoes. */
+/** Real and imaginary parts of L points. */
 template <int L>
 struct Points {
     simd::F32<L> re, im;
@@ -30,8 +30,8 @@ struct Points {
 
 template <int L>
 Points<L> loadPoints(const float* from) {
-    const simd::F32<L> a = simd::Lanes<L>::load(from), b = simd::Lanes<L>::load(from + L);
-    return {simd::evenLanes(a, b), simd::oddLanes(a, b)};
+    const auto points = simd::Lanes<L>::loadPairs(from);
+    return {points.first, points.second};
 }
 
 /** The L points that end with the one at `last`, last first. */
@@ -39,26 +39,6 @@ template <int L>
 Points<L> loadPointsBackwards(const float* last) {
     const Points<L> forwards = loadPoints<L>(last - 2 * (L - 1));
     return {simd::reversed(forwards.re), simd::reversed(forwards.im)};
-}
-
-template <>
-Points<1> loadPoints<1>(const float* from) {
-    return {from[0], from[1]};
-}
-
-template <>
-Points<1> loadPointsBackwards<1>(const float* last) {
-    return {last[0], last[1]};
-}
-
-void storePoints(float* to, Points<1> g) {
-    to[0] = g.re;
-    to[1] = g.im;
-}
-
-template <int L>
-void storePoints(float* to, Points<L> g) {
-    simd::storeZipped(to, g.re, g.im);
 }
 
 /** Z·A + conj(Y)·B forward, Z·conj(A) + conj(Y)·conj(B) inverse; summed from left to right. */
@@ -75,25 +55,18 @@ Points<L> splitPoints(Points<L> z, Points<L> y, Points<L> a, Points<L> b) {
 }
 
 /**
- * Points `k` to n-1 as far as whole steps of L go; returns the first left over. A step reads the
- * points k to k+L-1 of x and both tables and n-k-L+1 to n-k of x, the last of them x's last.
+ * Points 0 to n-1. A step of L from k on reads the points k to k+L-1 of x and of both tables and,
+ * backwards, the points n-k to n-k-L+1 of x: never past the n+1 points that x has.
  */
-template <Direction D, int L>
-int splitInSteps(int k, int n, const float* x, const float* aTable, const float* bTable,
-                 float* out) {
-    for (; k <= n - L; k += L) {
-        const Points<L> z = loadPoints<L>(x + 2 * k);
-        const Points<L> y = loadPointsBackwards<L>(x + 2 * (n - k));
-        storePoints(out + 2 * k, splitPoints<D, L>(z, y, loadPoints<L>(aTable + 2 * k),
-                                                   loadPoints<L>(bTable + 2 * k)));
-    }
-    return k;
-}
-
 template <Direction D>
 void split(int n, const float* x, const float* aTable, const float* bTable, float* out) {
-    const int k = splitInSteps<D, simd::BestLanes>(0, n, x, aTable, bTable, out);
-    splitInSteps<D, 1>(k, n, x, aTable, bTable, out);
+    simd::forLanes(0, n, [=](int k, auto width) {
+        constexpr int L = decltype(width)::value;
+        const Points<L> g =
+            splitPoints<D, L>(loadPoints<L>(x + 2 * k), loadPointsBackwards<L>(x + 2 * (n - k)),
+                              loadPoints<L>(aTable + 2 * k), loadPoints<L>(bTable + 2 * k));
+        simd::storePairs(out + 2 * k, g.re, g.im);
+    });
 }
 
 }  // namespace

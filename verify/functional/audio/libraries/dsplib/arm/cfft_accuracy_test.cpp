@@ -29,8 +29,8 @@ TEST_P(Accuracy, NoiseStaysWithinTheRmsLimit) {
     double worst = 0.0;
     for (unsigned seed = 1; seed <= 4; ++seed) {
         const GuardedFloats x = noise(n, seed);
-        const double error = reference::relativeRmsError(
-            widened(transformed(transform, n, x)), expected(transform, x, n <= 2048));
+        const double error = reference::relativeRmsError(widened(transformed(transform, n, x)),
+                                                         expected(transform, x, n <= 2048));
         EXPECT_LE(error, RmsLimit) << "seed " << seed;
         worst = std::max(worst, error);
     }

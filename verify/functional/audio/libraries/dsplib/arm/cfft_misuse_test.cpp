@@ -21,7 +21,8 @@ std::string literally(const std::string& text) {
 }
 
 std::string report(const Transform& transform, const std::string& expression) {
-    return literally("functional/audio/libraries/dsplib/arm/cfft_pow2_conjpair_splitrad_c89_neon:") +
+    return literally(
+               "functional/audio/libraries/dsplib/arm/cfft_pow2_conjpair_splitrad_c89_neon:") +
            "[0-9]+: " +
            literally(std::string(transform.name) + ": Assertion `" + expression + "' failed.");
 }

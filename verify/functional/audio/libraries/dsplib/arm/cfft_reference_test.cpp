@@ -14,8 +14,8 @@ TEST(Reference, FastTransformIsTheDirectOneUpTo2048) {
     for (int n = 1; n <= 2048; n *= 2) {
         const Spectrum x = widened(noise(n, 7u + static_cast<unsigned>(n)));
         for (const int sign : {-1, 1}) {
-            const double error =
-                reference::relativeRmsError(reference::fastDft(x, sign), reference::directDft(x, sign));
+            const double error = reference::relativeRmsError(reference::fastDft(x, sign),
+                                                             reference::directDft(x, sign));
             EXPECT_LE(error, DoubleLimit) << n << " " << sign;
         }
     }

@@ -91,7 +91,8 @@ bool divides(int divisor, int value) {
     return value % divisor == 0;
 }
 
-/** Descends the conjugate-pair tree for one residue, where the table is made by a walk of it all. */
+/** Descends the conjugate-pair tree for one residue, where the table is made by a walk of it all.
+ */
 int positionOf(int residue) {
     int size = FFT_MAX, offset = 0, stride = 1, position = 0;
     while (size > 16) {

@@ -75,8 +75,8 @@ inline GuardedFloats transformed(const Transform& transform, int n, const Guarde
 /** The double-precision transform, scale included. */
 inline Spectrum expected(const Transform& transform, const GuardedFloats& x, bool direct) {
     const Spectrum in = widened(x);
-    Spectrum y = direct ? reference::directDft(in, transform.sign)
-                        : reference::fastDft(in, transform.sign);
+    Spectrum y =
+        direct ? reference::directDft(in, transform.sign) : reference::fastDft(in, transform.sign);
     for (auto& bin : y) bin *= transform.scale(static_cast<int>(y.size()));
     return y;
 }

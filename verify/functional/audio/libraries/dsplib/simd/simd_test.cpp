@@ -5,6 +5,8 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <limits>
 #include <vector>
 
 #include "guardedFloats.h"
@@ -52,6 +54,9 @@ class EveryWidth : public testing::Test {};
 template <class Width>
 class FourLanesAndMore : public testing::Test {};
 
+template <class Width>
+class StreamWidth : public testing::Test {};
+
 template <int L>
 struct Width {
     static constexpr int Count = L;
@@ -60,15 +65,19 @@ struct Width {
 #ifdef DSPLIB_SIMD_SIMD_AVX512_H
 using AllWidths = testing::Types<Width<1>, Width<2>, Width<4>, Width<8>, Width<16>>;
 using WideWidths = testing::Types<Width<4>, Width<8>, Width<16>>;
+using StreamWidths = testing::Types<Width<1>, Width<4>, Width<8>, Width<16>>;
 #elif defined(DSPLIB_SIMD_SIMD_AVX_H)
 using AllWidths = testing::Types<Width<1>, Width<2>, Width<4>, Width<8>>;
 using WideWidths = testing::Types<Width<4>, Width<8>>;
+using StreamWidths = testing::Types<Width<1>, Width<4>, Width<8>>;
 #else
 using AllWidths = testing::Types<Width<1>, Width<2>, Width<4>>;
 using WideWidths = testing::Types<Width<4>>;
+using StreamWidths = testing::Types<Width<1>, Width<4>>;
 #endif
 TYPED_TEST_SUITE(EveryWidth, AllWidths, );
 TYPED_TEST_SUITE(FourLanesAndMore, WideWidths, );
+TYPED_TEST_SUITE(StreamWidth, StreamWidths, );
 
 TYPED_TEST(EveryWidth, LoadsAndStoresAtAnyFloatAndNothingBeside) {
     constexpr int L = TypeParam::Count;
@@ -125,16 +134,6 @@ TEST(TwoLanes, ZipTakesOneLaneOfEach) {
     EXPECT_EQ(unload<2>(simd::zipHigh(load<2>(a), load<2>(b))), (Values<2>{2.0f, 4.0f}));
 }
 
-TEST(TwoLanes, EvenAndOddLanesAreTheSameTwo) {
-    const Values<2> a = {1.0f, 2.0f}, b = {3.0f, 4.0f};
-    EXPECT_EQ(unload<2>(simd::evenLanes(load<2>(a), load<2>(b))), (Values<2>{1.0f, 3.0f}));
-    EXPECT_EQ(unload<2>(simd::oddLanes(load<2>(a), load<2>(b))), (Values<2>{2.0f, 4.0f}));
-}
-
-TEST(TwoLanes, ReversedSwapsThem) {
-    EXPECT_EQ(unload<2>(simd::reversed(load<2>({1.0f, 2.0f}))), (Values<2>{2.0f, 1.0f}));
-}
-
 TEST(TwoLanes, StoreZippedInterleaves) {
     const Values<2> a = {1.0f, 2.0f}, b = {3.0f, 4.0f};
     reference::GuardedFloats to(4, 1);
@@ -166,8 +165,6 @@ TYPED_TEST(FourLanesAndMore, MovesOfTwoVectorsStayInTheirGroup) {
     constexpr int L = TypeParam::Count;
     const Values<L> a = values<L>(1.0f), b = values<L>(50.0f);
     const simd::F32<L> va = load<L>(a), vb = load<L>(b);
-    EXPECT_EQ(unload<L>(simd::evenLanes(va, vb)), movedInGroups<L>(a, b, {0, 2, 4, 6}));
-    EXPECT_EQ(unload<L>(simd::oddLanes(va, vb)), movedInGroups<L>(a, b, {1, 3, 5, 7}));
     EXPECT_EQ(unload<L>(simd::lowHalves(va, vb)), movedInGroups<L>(a, b, {0, 1, 4, 5}));
     EXPECT_EQ(unload<L>(simd::highHalves(va, vb)), movedInGroups<L>(a, b, {2, 3, 6, 7}));
     EXPECT_EQ(unload<L>(simd::zipLow(va, vb)), movedInGroups<L>(a, b, {0, 4, 1, 5}));
@@ -180,12 +177,6 @@ TYPED_TEST(FourLanesAndMore, MovesOfOneVectorStayInTheirGroup) {
     EXPECT_EQ(unload<L>(simd::zipHalves(load<L>(a))), movedInGroups<L>(a, a, {0, 2, 1, 3}));
     EXPECT_EQ(unload<L>(simd::swapHalves(load<L>(a))), movedInGroups<L>(a, a, {2, 3, 0, 1}));
     EXPECT_EQ(unload<L>(simd::swapPairs(load<L>(a))), movedInGroups<L>(a, a, {1, 0, 3, 2}));
-}
-
-TYPED_TEST(FourLanesAndMore, ReversedTurnsAllLanesRound) {
-    constexpr int L = TypeParam::Count;
-    const Values<L> a = values<L>(1.0f), back = unload<L>(simd::reversed(load<L>(a)));
-    for (std::size_t i = 0; i < L; ++i) EXPECT_EQ(back[i], a[L - 1 - i]);
 }
 
 TYPED_TEST(FourLanesAndMore, NegationsFlipTheSignOfHalfTheLanesZerosToo) {
@@ -203,16 +194,184 @@ TYPED_TEST(FourLanesAndMore, NegationsFlipTheSignOfHalfTheLanesZerosToo) {
     }
 }
 
-TYPED_TEST(FourLanesAndMore, StoreZippedIsZipLowThenZipHigh) {
+// The functions of kernels that walk through arrays, at one lane too.
+
+TYPED_TEST(StreamWidth, DivisionAndRootAreThoseOfEachLane) {
     constexpr int L = TypeParam::Count;
-    const simd::F32<L> a = load<L>(values<L>(1.0f)), b = load<L>(values<L>(50.0f));
-    reference::GuardedFloats zipped(2 * L, 3), stored(2 * L, 1);
-    Lanes<L>::store(zipped.data(), simd::zipLow(a, b));
-    Lanes<L>::store(zipped.data() + L, simd::zipHigh(a, b));
-    simd::storeZipped(stored.data(), a, b);
-    EXPECT_TRUE(stored.sameBitsAs(zipped));
-    EXPECT_TRUE(stored.intact());
+    const Values<L> a = values<L>(1.1f), b = values<L>(-2.3f);
+    const Values<L> quotient = unload<L>(simd::div(load<L>(a), load<L>(b)));
+    const Values<L> root = unload<L>(simd::squareRoot(simd::mul(load<L>(a), load<L>(a))));
+    for (std::size_t i = 0; i < L; ++i) {
+        EXPECT_EQ(quotient[i], a[i] / b[i]);
+        EXPECT_EQ(root[i], std::sqrt(a[i] * a[i]));
+    }
 }
+
+TYPED_TEST(StreamWidth, ComparisonsTakeTheSecondWhereALaneIsNoNumber) {
+    constexpr int L = TypeParam::Count;
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    for (std::size_t at = 0; at < L; ++at) {  // NaN in each lane in turn, numbers in the others
+        Values<L> a = values<L>(1.1f), b = values<L>(-2.3f);
+        b[L - 1] = a[L - 1];  // equal lanes
+        a[at] = nan;
+        const Values<L> x = values<L>(20.0f), y = values<L>(-20.0f);
+        const Values<L> least = unload<L>(simd::smaller(load<L>(a), load<L>(b)));
+        const Values<L> most = unload<L>(simd::larger(load<L>(a), load<L>(b)));
+        const Values<L> chosen =
+            unload<L>(simd::selectLess(load<L>(a), load<L>(b), load<L>(x), load<L>(y)));
+        const Values<L> turned =
+            unload<L>(simd::selectLess(load<L>(b), load<L>(a), load<L>(x), load<L>(y)));
+        for (std::size_t i = 0; i < L; ++i) {
+            EXPECT_EQ(least[i], a[i] < b[i] ? a[i] : b[i]) << i;
+            EXPECT_EQ(most[i], a[i] > b[i] ? a[i] : b[i]) << i;
+            EXPECT_EQ(chosen[i], a[i] < b[i] ? x[i] : y[i]) << i;
+            EXPECT_EQ(turned[i], b[i] < a[i] ? x[i] : y[i]) << i;
+        }
+    }
+}
+
+TYPED_TEST(StreamWidth, PairsComeApartAndGoTogetherInOrder) {
+    constexpr int L = TypeParam::Count;
+    reference::GuardedFloats from(2 * L, 1), to(2 * L, 3);
+    for (std::size_t i = 0; i < 2 * L; ++i) from[i] = static_cast<float>(i) + 0.5f;
+    const auto pairs = Lanes<L>::loadPairs(from.data());
+    const Values<L> first = unload<L>(pairs.first), second = unload<L>(pairs.second);
+    for (std::size_t i = 0; i < L; ++i) {
+        EXPECT_EQ(first[i], from[2 * i]);
+        EXPECT_EQ(second[i], from[2 * i + 1]);
+    }
+    simd::storePairs(to.data(), pairs.first, pairs.second);
+    EXPECT_TRUE(to.sameBitsAs(from) && to.intact());
+}
+
+TYPED_TEST(StreamWidth, ReversedTurnsAllLanesRound) {
+    constexpr int L = TypeParam::Count;
+    const Values<L> a = values<L>(1.0f), back = unload<L>(simd::reversed(load<L>(a)));
+    for (std::size_t i = 0; i < L; ++i) EXPECT_EQ(back[i], a[L - 1 - i]);
+}
+
+TYPED_TEST(StreamWidth, LargestLaneIsFoundInEveryPlace) {
+    constexpr int L = TypeParam::Count;
+    for (std::size_t at = 0; at < L; ++at) {
+        Values<L> a;
+        a.fill(-5.0f);
+        a[at] = -4.5f;
+        EXPECT_EQ(simd::largestLane(load<L>(a)), -4.5f) << at;
+    }
+}
+
+TYPED_TEST(StreamWidth, BytesLoadAndStoreTheirWholeRange) {
+    constexpr int L = TypeParam::Count;
+    for (int first = 0; first + L <= 256; first += L) {
+        std::array<std::uint8_t, L + 2> from, to;
+        to.fill(77);
+        for (std::size_t i = 0; i < from.size(); ++i) {
+            from[i] = static_cast<std::uint8_t>(static_cast<std::size_t>(first) + i);
+        }
+        const Values<L> widened = unload<L>(Lanes<L>::loadBytes(from.data()));
+        for (std::size_t i = 0; i < L; ++i) EXPECT_EQ(widened[i], static_cast<float>(from[i]));
+        simd::storeBytes(to.data() + 1, load<L>(widened));
+        for (std::size_t i = 0; i < L; ++i) EXPECT_EQ(to[i + 1], from[i]);
+        EXPECT_TRUE(to[0] == 77 && to[L + 1] == 77);
+    }
+}
+
+TYPED_TEST(StreamWidth, IntegersAreTruncated) {
+    constexpr int L = TypeParam::Count;
+    const float samples[] = {0.0f, 0.99f, 1.0f, 1.5f, 2.5f, 255.9f, 256.0f, 8191.99f, 32766.5f};
+    for (const float sample : samples) {
+        std::array<std::int16_t, L + 2> to;
+        to.fill(-7);
+        simd::storeIntegers(to.data() + 1, Lanes<L>::splat(sample));
+        for (std::size_t i = 0; i < L; ++i) {
+            EXPECT_EQ(to[i + 1], static_cast<std::int16_t>(sample)) << sample;
+        }
+        EXPECT_TRUE(to[0] == -7 && to[L + 1] == -7);
+    }
+}
+
+TYPED_TEST(StreamWidth, GatherReadsWhatEachIndexNames) {
+    constexpr int L = TypeParam::Count;
+    std::vector<float> table(1000);
+    for (std::size_t i = 0; i < table.size(); ++i) table[i] = static_cast<float>(i) * 0.25f;
+    std::array<std::int16_t, L> index;
+    for (std::size_t i = 0; i < L; ++i) index[i] = static_cast<std::int16_t>(999 - 37 * i);
+    const Values<L> gathered = unload<L>(Lanes<L>::gather(table.data(), index.data()));
+    for (std::size_t i = 0; i < L; ++i) {
+        EXPECT_EQ(gathered[i], table[static_cast<std::size_t>(index[i])]);
+    }
+}
+
+TEST(ForLanes, VisitsEachElementOnceWithWholeStepsFirst) {
+    for (const int begin : {0, 3}) {
+        for (int count = 0; count <= 2 * simd::StreamLanes + 1; ++count) {
+            std::vector<int> visits(static_cast<std::size_t>(begin + count), 0);
+            int single = 0;
+            simd::forLanes(begin, begin + count, [&](int first, auto width) {
+                single += width == 1;
+                for (int i = first; i < first + width; ++i) ++visits[static_cast<std::size_t>(i)];
+            });
+            for (int i = 0; i < begin + count; ++i) {
+                EXPECT_EQ(visits[static_cast<std::size_t>(i)], i >= begin ? 1 : 0);
+            }
+            EXPECT_EQ(single, count % simd::StreamLanes) << count;
+        }
+    }
+}
+
+TEST(FourLanes, EvenAndOddLanesComeApart) {
+    const simd::F32x4 a = load<4>({0.0f, 1.0f, 2.0f, 3.0f}), b = load<4>({4.0f, 5.0f, 6.0f, 7.0f});
+    EXPECT_EQ(unload<4>(simd::evenLanes(a, b)), (Values<4>{0.0f, 2.0f, 4.0f, 6.0f}));
+    EXPECT_EQ(unload<4>(simd::oddLanes(a, b)), (Values<4>{1.0f, 3.0f, 5.0f, 7.0f}));
+}
+
+TEST(FourLanes, AddPairsAndSumLanesOfFourReduceInTheOrderOfSumLanes) {
+    const Values<4> v[] = {values<4>(1.1f), values<4>(-2.3f), values<4>(0.37f), values<4>(1e8f)};
+    EXPECT_EQ(
+        unload<4>(simd::addPairs(load<4>(v[0]), load<4>(v[1]))),
+        (Values<4>{v[0][0] + v[0][1], v[0][2] + v[0][3], v[1][0] + v[1][1], v[1][2] + v[1][3]}));
+    const Values<4> sums =
+        unload<4>(simd::sumLanesOfFour(load<4>(v[0]), load<4>(v[1]), load<4>(v[2]), load<4>(v[3])));
+    for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(sums[i], simd::sumLanes(load<4>(v[i]))) << i;
+}
+
+/** mulLane and mulAddLane with one lane of c; c is the same in each group of four. */
+template <int Lane, int L>
+void expectProductsWithLane() {
+    const Values<L> v = values<L>(1.1f), sum = values<L>(0.37f), factors = values<L>(-2.3f);
+    Values<L> c, splat;
+    for (std::size_t i = 0; i < L; ++i) c[i] = factors[i % 4];
+    splat.fill(factors[Lane]);
+    EXPECT_EQ(unload<L>(simd::mulLane<Lane>(load<L>(v), load<L>(c))),
+              unload<L>(simd::mul(load<L>(v), load<L>(splat))));
+    EXPECT_EQ(unload<L>(simd::mulAddLane<Lane>(load<L>(sum), load<L>(v), load<L>(c))),
+              unload<L>(simd::mulAdd(load<L>(sum), load<L>(v), load<L>(splat))));
+}
+
+template <int L>
+void expectProductsWithEachLane() {
+    expectProductsWithLane<0, L>();
+    expectProductsWithLane<1, L>();
+    expectProductsWithLane<2, L>();
+    expectProductsWithLane<3, L>();
+}
+
+TEST(FourLanes, ProductsWithOneLaneAreThoseWithItsSplat) {
+    expectProductsWithEachLane<4>();
+}
+
+#ifdef DSPLIB_SIMD_SIMD_AVX_H
+TEST(EightLanes, ProductsWithOneLaneAreThoseWithItsSplat) {
+    expectProductsWithEachLane<8>();
+}
+
+TEST(EightLanes, FourValuesLoadTwiceAndRegistersKeepTheirs) {
+    const Values<8> a = values<8>(1.0f);
+    const Values<8> twice = unload<8>(simd::load4Twice(a.data()));
+    for (std::size_t i = 0; i < 8; ++i) EXPECT_EQ(twice[i], a[i % 4]);
+    EXPECT_EQ(unload<8>(simd::inRegister(load<8>(a))), a);
+}
+#endif
 
 /** Group g of the result is group from[g] of a, or of b where from[g] counts on past a. */
 template <int L>
