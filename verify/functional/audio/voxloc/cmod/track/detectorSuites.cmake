@@ -1,0 +1,13 @@
+# The suites of the real transform, the detectors, the generator and its clips.
+
+function(voxloc_add_track_suite name)
+  cmake_parse_arguments(arg "" "" "SOURCES;LINKS" ${ARGN})
+  list(TRANSFORM arg_SOURCES PREPEND "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/")
+  voxloc_add_suite(${name}
+    SOURCES ${arg_SOURCES}
+    LINKS voxloc::voxloc ${arg_LINKS}
+    PRIVATE_INCLUDES functional/audio/voxloc/cmod/track
+                     verify/functional/audio/voxloc/cmod/track)
+endfunction()
+
+voxloc_add_track_suite(realFft SOURCES realFftTest.cpp)

@@ -1,0 +1,137 @@
+/** What the checks of the detectors, the real transform and the generator share. */
+#ifndef VERIFY_TRACK_SUPPORT_H
+#define VERIFY_TRACK_SUPPORT_H
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "grids.h"
+#include "gtest/gtest.h"
+
+namespace trackSupport {
+
+constexpr double Epsilon = std::numeric_limits<float>::epsilon();
+
+inline std::uint32_t bitsOf(float value) {
+    std::uint32_t bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    return bits;
+}
+
+inline float floatFromBits(std::uint32_t bits) {
+    float value = 0;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+}
+
+inline float next(float value) {
+    return std::nextafter(value, std::numeric_limits<float>::infinity());
+}
+
+inline float previous(float value) {
+    return std::nextafter(value, -std::numeric_limits<float>::infinity());
+}
+
+/** Index of the first float whose bits differ; count when there is none. */
+inline std::size_t firstDifference(const float* a, const float* b, std::size_t count) {
+    std::size_t i = 0;
+    while (i < count && bitsOf(a[i]) == bitsOf(b[i])) i++;
+    return i;
+}
+
+/**
+ * An 8-byte aligned buffer between guards of NaNs with a pattern of their own: what reads over an
+ * end computes NaN, what writes over an end changes the pattern. The buffer starts as NaNs, too.
+ */
+class GuardedFloats {
+  public:
+    explicit GuardedFloats(std::size_t count)
+        : count_(count), memory_(count + 2 * Guard, floatFromBits(Pattern)) {}
+    explicit GuardedFloats(const std::vector<float>& content) : GuardedFloats(content.size()) {
+        std::copy(content.begin(), content.end(), begin());
+    }
+
+    float* data() { return memory_.data() + Guard; }
+    const float* data() const { return memory_.data() + Guard; }
+    float* begin() { return data(); }
+    float* end() { return data() + count_; }
+    std::size_t size() const { return count_; }
+    float& operator[](std::size_t i) { return data()[i]; }
+    float operator[](std::size_t i) const { return data()[i]; }
+    std::vector<float> content() const { return {data(), data() + count_}; }
+
+    bool isUntouched(std::size_t i) const { return bitsOf(data()[i]) == Pattern; }
+
+    bool areGuardsIntact() const {
+        for (std::size_t i = 0; i < Guard; i++) {
+            if (bitsOf(memory_[i]) != Pattern) return false;
+            if (bitsOf(memory_[Guard + count_ + i]) != Pattern) return false;
+        }
+        return true;
+    }
+
+  private:
+    static constexpr std::size_t Guard = 16;  // floats; even: the alignment of the memory stays
+    static constexpr std::uint32_t Pattern = 0x7fc5a5a5;
+
+    std::size_t count_;
+    std::vector<float> memory_;
+};
+
+inline std::vector<float> randomFloats(std::size_t count, unsigned seed, float scale = 1.0f) {
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<float> uniform(-scale, scale);
+    std::vector<float> result(count);
+    for (float& value : result) value = uniform(random);
+    return result;
+}
+
+/** Spectra of some channels as the detectors are handed them, all bins 0, guarded. */
+class Spectra {
+  public:
+    explicit Spectra(std::size_t channels)
+        : floats_(std::vector<float>(channels * voxloc::SpectrumFloats)) {}
+
+    void set(unsigned channel, int bin, float real, float imaginary = 0) {
+        const std::size_t at = static_cast<std::size_t>(channel) * voxloc::SpectrumFloats +
+                               2 * static_cast<std::size_t>(bin);
+        floats_[at] = real;
+        floats_[at + 1] = imaginary;
+    }
+    void fill(float value) { std::fill(floats_.begin(), floats_.end(), value); }
+    void clear() { fill(0); }
+    float* channel(unsigned index) {
+        return floats_.data() + static_cast<std::size_t>(index) * voxloc::SpectrumFloats;
+    }
+    const float* data() const { return floats_.data(); }
+    GuardedFloats& floats() { return floats_; }
+
+    /** |X|² of a bin in double. */
+    double power(unsigned channel, int bin) const {
+        const float* x = floats_.data() +
+                         static_cast<std::size_t>(channel) * voxloc::SpectrumFloats +
+                         2 * static_cast<std::size_t>(bin);
+        return double{x[0]} * double{x[0]} + double{x[1]} * double{x[1]};
+    }
+
+  private:
+    GuardedFloats floats_;
+};
+
+/** What a call writes to standard error. */
+template <class Call>
+std::string logOf(Call call) {
+    testing::internal::CaptureStderr();
+    call();
+    return testing::internal::GetCapturedStderr();
+}
+
+}  // namespace trackSupport
+
+#endif
