@@ -11,3 +11,4 @@ function(voxloc_add_track_suite name)
 endfunction()
 
 voxloc_add_track_suite(realFft SOURCES realFftTest.cpp)
+voxloc_add_track_suite(noiseLevel SOURCES noiseLevelTest.cpp)
