@@ -12,3 +12,5 @@ endfunction()
 
 voxloc_add_track_suite(realFft SOURCES realFftTest.cpp)
 voxloc_add_track_suite(noiseLevel SOURCES noiseLevelTest.cpp)
+voxloc_add_track_suite(frequencyDomainVad SOURCES frequencyDomainVadTest.cpp)
+voxloc_add_track_suite(timeDomainVad SOURCES timeDomainVadTest.cpp)
