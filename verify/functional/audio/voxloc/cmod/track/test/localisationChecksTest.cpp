@@ -251,6 +251,8 @@ TEST_F(AsterQualityTest, LiesInItsBounds) {
     EXPECT_EQ(run(0.87f, 0.6699f), 1u);
     EXPECT_EQ(run(0.87f, 0.6801f), 1u);
     EXPECT_EQ(run(0, 0), 2u);
+    const float notANumber = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_EQ(run(notANumber, notANumber), 2u);
 }
 
 TEST_F(AsterQualityTest, ReportEndsInABackspace) {
@@ -268,8 +270,11 @@ TEST_F(AsterQualityTest, WrongPositionsAndQualitiesAreFourErrors) {
 TEST(OtherQualities, AreNotExamined) {
     for (const Geometry& geometry : Geometries) {
         if (geometry.product == PRODUCT_ASTER) continue;
-        recordedModule::start(finding(geometry.first, geometry.second, 0, 100));
-        EXPECT_EQ(geometry.test(), 0u) << geometry.name;
+        const float notANumber = std::numeric_limits<float>::quiet_NaN();
+        for (const float quality : {0.0f, 100.0f, notANumber}) {
+            recordedModule::start(finding(geometry.first, geometry.second, quality, quality));
+            EXPECT_EQ(logOf([&] { EXPECT_EQ(geometry.test(), 0u) << geometry.name; }), "");
+        }
     }
 }
 
