@@ -426,6 +426,14 @@ TEST_F(NoiseLevelTest, SlowAdaptationRisesBy2ToTheMinus22AndSinksBy2ToTheMinus18
     EXPECT_EQ(NoiseLevel[2048], 56 * 0x1p-22f);
 }
 
+TEST_F(NoiseLevelTest, SinkingRateIsExactly2ToTheMinus18) {
+    // No amplitude is negative; but only from 0 does a step that small survive the rounding whole.
+    setSlowSumTo56();
+    SlowLevel[600] = -64;
+    calculate();
+    EXPECT_EQ(NoiseLevel[600], -56 * 0x1p-18f);
+}
+
 TEST_F(NoiseLevelTest, StaysAsItIsAtTheLevel) {
     NoiseLevel[600] = 56;
     SlowLevel[600] = 64;

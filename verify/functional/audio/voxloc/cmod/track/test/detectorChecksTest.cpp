@@ -167,6 +167,25 @@ TEST(TimeDomainVadTest, ClickIsTheLargestSampleOfChannel2TimesFive) {
     EXPECT_NE(frame.samples, frame.generated);
 }
 
+TEST(TimeDomainVadTest, ClickIsTheFirstOfEquallyLargeSamples) {
+    for (const std::vector<std::size_t>& places :
+         {std::vector<std::size_t>{0}, {2047}, {0, 2047}, {700, 2047}, {0, 1, 2}}) {
+        recordedModule::Script script = answering({});
+        script.changeGenerated = [&](std::size_t frame, float* samples) {
+            if (frame != 16) return;
+            float sign = -1;
+            for (const std::size_t place : places)
+                samples[2 * Frame + place] = (sign = -sign) * 9e6f;
+        };
+        recordedModule::start(script);
+        logOf([] { timeDomainVadTest(); });
+        for (const std::size_t place : places) {
+            EXPECT_EQ(std::fabs(frames[15].samples[2 * Frame + place]),
+                      place == places[0] ? 45e6f : 9e6f);
+        }
+    }
+}
+
 TEST(SoundActivityTest, ChecksSpeechAndThreeSilentFrames) {
     expectChecks(soundActivityTest, {{{10, 2}, 1}, {{13, 2}, 0}}, 13);
     for (std::size_t i = 0; i < 10; i++) expectSpeech(frames[i]);
@@ -413,7 +432,8 @@ TEST_F(SignalEnergyTest, EachChannelMayBe0Point3Off) {
         for (const float sign : {-1.0f, 1.0f}) {
             EXPECT_EQ(runWith(c, sign * 0.3f), 0u) << c;
             EXPECT_EQ(runWith(c, sign * 0.2999f), 0u) << c;
-            EXPECT_EQ(runWith(c, sign * 0.3001f), 1u) << c;
+            const float roundings = 4 * static_cast<float>(Epsilon) * Energies[c];
+            EXPECT_EQ(runWith(c, sign * (0.3f + roundings)), 1u) << c;
         }
     }
 }

@@ -69,6 +69,7 @@ void __wrap_voxloc_destroy(void) {
 
 float* __wrap_getNextFrame(const float position[3], int clipId, AudioGenerator* generator) {
     float* frame = __real_getNextFrame(position, clipId, generator);
+    if (script_.changeGenerated) script_.changeGenerated(frames.size() + 1, frame);
     generated.assign(frame, frame + samplesOfFrame());
     std::copy(position, position + 3, source.begin());
     clip = clipId;

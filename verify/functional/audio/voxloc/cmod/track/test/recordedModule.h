@@ -45,6 +45,8 @@ struct Script {
     std::function<TrackerResult(std::size_t)> result;  // of a frame, counted from 1
     std::array<float, VOXLOC_MAX_CHANNELS> energies;
     float ultraSoundLevel;
+    // Changes what the generator made of the frame that is processed next, counted from 1.
+    std::function<void(std::size_t, float*)> changeGenerated = {};
 };
 
 /** Forgets what was recorded and answers as scripted from here on. */

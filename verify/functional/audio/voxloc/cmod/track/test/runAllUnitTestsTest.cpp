@@ -27,6 +27,7 @@ class RunAllUnitTestsTest : public testing::Test {
     RunAllUnitTestsTest() {
         stubTests::called.clear();
         for (Stub& stub : stubs) stub.errors = 0;
+        stubTests::effect = voxloc_tests::tearDown;  // as every test does
     }
     ~RunAllUnitTestsTest() override { voxloc_tests::tearDown(); }
 

@@ -36,6 +36,7 @@ std::vector<Stub> stubs = {
     {"cinderElevationTest", "test__voxloc__cinder_elevation", 91, "cinder elevation test",
      "cinder elevation test", 0}};
 
+std::function<void()> effect = [] {};
 std::vector<std::string> called;
 
 }  // namespace stubTests
@@ -46,6 +47,7 @@ namespace {
 
 unsigned run(const std::string& function) {
     stubTests::called.push_back(function);
+    stubTests::effect();
     for (const stubTests::Stub& stub : stubTests::stubs) {
         if (stub.function == function) return stub.errors;
     }

@@ -2,6 +2,7 @@
 #ifndef VERIFY_TRACK_TEST_STUB_TESTS_H
 #define VERIFY_TRACK_TEST_STUB_TESTS_H
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,9 @@ struct Stub {
 
 /** In the order of registration. */
 extern std::vector<Stub> stubs;
+
+/** What every stub does. */
+extern std::function<void()> effect;
 
 /** The test functions called since the last clear, in order. */
 extern std::vector<std::string> called;
