@@ -406,7 +406,7 @@ struct Model {
         double total = 0, band = 0, noisePower = 0, speech = 0;
         for (int b = 0; b <= 1193; b++) {
             const double power = 0.5 * (spectra.power(0, b) + spectra.power(1, b));
-            const double level = double{noise[static_cast<std::size_t>(b)]};
+            const double level = wide(noise[static_cast<std::size_t>(b)]);
             total += b < 8 ? power / 100 : power;
             if (b >= 13 && b <= 511) band += power;
             if (b >= 13 && b <= 511) noisePower += level * level;

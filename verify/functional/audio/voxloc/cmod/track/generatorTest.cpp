@@ -160,8 +160,8 @@ TEST_F(GeneratorTest, DelaysAreRoundedDistancesAt348MetresASecond) {
         microphones[1].x = -0.0011f * static_cast<float>(step);
         // In double; a distance so near to half a sample that single precision may differ is left
         // out.
-        const double first = double{source[2]} * 48000 / 348;
-        const double second = (double{source[2]} - double{microphones[1].x}) * 48000 / 348;
+        const double first = wide(source[2]) * 48000 / 348;
+        const double second = (wide(source[2]) - wide(microphones[1].x)) * 48000 / 348;
         const double nearest = std::min(std::fabs(first - std::floor(first) - 0.5),
                                         std::fabs(second - std::floor(second) - 0.5));
         if (nearest < 8 * Epsilon * second) continue;
@@ -173,11 +173,11 @@ TEST_F(GeneratorTest, DelaysAreRoundedDistancesAt348MetresASecond) {
 }
 
 TEST_F(GeneratorTest, DelayFactorIs137Point93103) {
-    // From 50 km on, a factor whose last bit is different gives a delay off by 0.5 or more; the
-    // arithmetic is single precision, as the generator's.
+    // From 51 km on, a factor of one float more or less gives another delay. The arithmetic is
+    // single precision, as the generator's.
     const float factor = 137.93103f;
     const Position origin{0, 0, 0};
-    for (const float distance : {4000.0f, 4000.25f, 50000.0f, 90000.0f, 100000.0f}) {
+    for (const float distance : {4000.0f, 50000.0f, 51000.0f, 53000.0f, 55000.0f}) {
         generator->position = 0;
         microphones[1] = {-distance, 0, 0};
         source[2] = 1;

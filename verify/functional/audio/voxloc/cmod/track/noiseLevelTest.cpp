@@ -179,8 +179,8 @@ TEST_F(NoiseLevelTest, ConstantAmplitudeSettlesAtFourOverPi) {
     // Three roundings a frame, summed up by the slow average's memory of 8 frames; 1/π is rounded.
     const double level = 3 * 4 / M_PI, limit = 16 * Epsilon * level;
     for (const int b : {0, 100, 2048}) {
-        EXPECT_TRUE(std::fabs(double{FastLevel[b]} - level) <= limit) << FastLevel[b];
-        EXPECT_TRUE(std::fabs(double{SlowLevel[b]} - level) <= limit) << SlowLevel[b];
+        EXPECT_TRUE(std::fabs(wide(FastLevel[b]) - level) <= limit) << FastLevel[b];
+        EXPECT_TRUE(std::fabs(wide(SlowLevel[b]) - level) <= limit) << SlowLevel[b];
     }
 }
 
@@ -595,13 +595,13 @@ TEST_F(NoiseLevelTest, AgreesWithTheModelOverALongRun) {
             const double estimate = averages + (1.5 * 16 + 0.5 * model.slowFrames) * Epsilon;
             const double tiny = 1e-44;  // the spacing of the smallest floats
             for (size_t b = 0; b < static_cast<size_t>(SpectrumBins); b++) {
-                ASSERT_TRUE(std::fabs(double{FastLevel[b]} - model.fast[b]) <=
+                ASSERT_TRUE(std::fabs(wide(FastLevel[b]) - model.fast[b]) <=
                             averages * model.fast[b] + tiny)
                     << b;
-                ASSERT_TRUE(std::fabs(double{SlowLevel[b]} - model.slow[b]) <=
+                ASSERT_TRUE(std::fabs(wide(SlowLevel[b]) - model.slow[b]) <=
                             averages * model.slow[b] + tiny)
                     << b;
-                ASSERT_TRUE(std::fabs(double{NoiseLevel[b]} - model.noise[b]) <=
+                ASSERT_TRUE(std::fabs(wide(NoiseLevel[b]) - model.noise[b]) <=
                             estimate * std::max(model.noise[b], model.slow[b]) + tiny)
                     << b << ": " << NoiseLevel[b] << ", model " << model.noise[b];
             }

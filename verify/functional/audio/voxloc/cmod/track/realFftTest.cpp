@@ -88,8 +88,8 @@ void expectSameSplit(const std::vector<float>& expected, const std::vector<float
     ASSERT_EQ(actual.size(), expected.size());
     for (std::size_t i = 0; i < expected.size(); i++) {
         if (MayFuse) {
-            const double error = std::fabs(double{actual[i]} - double{expected[i]});
-            EXPECT_TRUE(error <= 3.5 * Epsilon * double{terms[i]}) << "float " << i;
+            const double error = std::fabs(wide(actual[i]) - wide(expected[i]));
+            EXPECT_TRUE(error <= 3.5 * Epsilon * wide(terms[i])) << "float " << i;
         } else {
             EXPECT_EQ(bitsOf(actual[i]), bitsOf(expected[i])) << "float " << i;
         }
@@ -181,7 +181,7 @@ TEST(SplitIfft, UndoesTheForwardSplit) {
         // (second pass): 3.5 epsilon of each term and one more for the tables' own rounding.
         const double limit = 4.5 * Epsilon * (4 + 4 * 4);
         for (std::size_t i = 0; i < x.size(); i++) {
-            EXPECT_TRUE(std::fabs(double{output[i]} - double{x[i]}) <= limit) << "float " << i;
+            EXPECT_TRUE(std::fabs(wide(output[i]) - wide(x[i])) <= limit) << "float " << i;
         }
     }
 }
@@ -217,9 +217,11 @@ TEST(AbTables, AreWithinOneRoundingOfTheExactValues) {
             const float actual[4] = {tables.a[at], tables.a[at + 1], tables.b[at],
                                      tables.b[at + 1]};
             for (int part = 0; part < 4; part++) {
-                const long double error = std::fabs(actual[part] - exact[part]);
+                const long double error =
+                    std::fabs(static_cast<long double>(actual[part]) - exact[part]);
                 // Half an epsilon of the value, and a few roundings of the angle in double.
-                EXPECT_TRUE(error <= 0.5L * Epsilon * std::fabs(exact[part]) + 4e-16L)
+                EXPECT_TRUE(error <=
+                            static_cast<long double>(Epsilon) / 2 * std::fabs(exact[part]) + 4e-16L)
                     << "entry " << k << " part " << part;
             }
         }
@@ -355,9 +357,9 @@ TEST(RealFft, AgreesWithTheDirectTransform) {
         ASSERT_EQ(actual.size(), 2 * expected.size());
 
         double terms = 0, squaredError = 0, squared = 0;
-        for (const float sample : signal) terms += std::fabs(double{sample});
+        for (const float sample : signal) terms += std::fabs(wide(sample));
         for (std::size_t k = 0; k < expected.size(); k++) {
-            const Complex bin(double{actual[2 * k]}, double{actual[2 * k + 1]});
+            const Complex bin(wide(actual[2 * k]), wide(actual[2 * k + 1]));
             const double error = std::abs(bin - expected[k]);
             EXPECT_TRUE(error <= levels(size) * terms) << "bin " << k;
             squaredError += error * error;
@@ -395,8 +397,8 @@ TEST(RealFft, FirstAndLastBinAreReal) {
         const std::vector<float> bins = realFft(randomFloats(4096, seed));
         EXPECT_EQ(bitsOf(bins[4097]), 0u) << "seed " << seed;
         // The first bin's imaginary part is four terms of halves of z0's parts that cancel.
-        EXPECT_TRUE(std::fabs(double{bins[1]}) <=
-                    2 * Epsilon * (std::fabs(double{bins[0]}) + std::fabs(double{bins[4096]})))
+        EXPECT_TRUE(std::fabs(wide(bins[1])) <=
+                    2 * Epsilon * (std::fabs(wide(bins[0])) + std::fabs(wide(bins[4096]))))
             << "seed " << seed;
     }
 }
@@ -410,8 +412,8 @@ TEST(RealFft, CosineAndSineOfOneBinHaveTheForwardSign) {
     const std::vector<float> bins = realFft(signal);
     // e^(-i...): a cosine of amplitude 1 gives size/2, a sine of amplitude 2 gives -i·size.
     const double limit = levels(64) * 64 * 3;
-    EXPECT_TRUE(std::fabs(double{bins[10]} - 32) <= limit);
-    EXPECT_TRUE(std::fabs(double{bins[11]} + 64) <= limit);
+    EXPECT_TRUE(std::fabs(wide(bins[10]) - 32) <= limit);
+    EXPECT_TRUE(std::fabs(wide(bins[11]) + 64) <= limit);
 }
 
 TEST(RealFft, LeavesItsInputAsItWas) {
@@ -443,7 +445,7 @@ TEST(DoubleReference, FastInverseAgreesWithTheDirectSum) {
         const std::vector<float> parts = randomFloats(size + 2, 11);
         std::vector<Complex> bins(size / 2 + 1);
         for (std::size_t k = 0; k < bins.size(); k++) {
-            bins[k] = {double{parts[2 * k]}, double{parts[2 * k + 1]}};
+            bins[k] = {wide(parts[2 * k]), wide(parts[2 * k + 1])};
         }
         bins.front().imag(0);
         bins.back().imag(0);
@@ -463,14 +465,14 @@ TEST(RealIfft, AgreesWithTheDoubleReference) {
         spectrum[size + 1] = 0;
         std::vector<Complex> bins(size / 2 + 1);
         for (std::size_t k = 0; k < bins.size(); k++) {
-            bins[k] = {double{spectrum[2 * k]}, double{spectrum[2 * k + 1]}};
+            bins[k] = {wide(spectrum[2 * k]), wide(spectrum[2 * k + 1])};
         }
         const std::vector<double> expected = transformReference::fastInverse(bins, size);
         const std::vector<float> actual = realIfft(spectrum);
 
         double squaredError = 0, squared = 0;
         for (std::size_t n = 0; n < size; n++) {
-            const double error = double{actual[n]} - expected[n];
+            const double error = wide(actual[n]) - expected[n];
             squaredError += error * error;
             squared += expected[n] * expected[n];
         }
@@ -484,8 +486,8 @@ TEST(RealIfft, FlatSpectrumGivesOneImpulse) {
     for (std::size_t k = 0; k <= 16384; k += 2) spectrum[k] = 1;
     const std::vector<float> signal = realIfft(spectrum);
     const double limit = levels(16384);
-    EXPECT_TRUE(std::fabs(double{signal[0]} - 1) <= limit);
-    for (std::size_t n = 1; n < 16384; n++) EXPECT_TRUE(std::fabs(double{signal[n]}) <= limit) << n;
+    EXPECT_TRUE(std::fabs(wide(signal[0]) - 1) <= limit);
+    for (std::size_t n = 1; n < 16384; n++) EXPECT_TRUE(std::fabs(wide(signal[n])) <= limit) << n;
 }
 
 TEST(RealIfft, ReturnsTheInputOfTheForwardTransform) {
@@ -495,9 +497,9 @@ TEST(RealIfft, ReturnsTheInputOfTheForwardTransform) {
         const std::vector<float> back = realIfft(realFft(signal));
         double squaredError = 0, squared = 0;
         for (std::size_t n = 0; n < size; n++) {
-            const double error = double{back[n]} - double{signal[n]};
+            const double error = wide(back[n]) - wide(signal[n]);
             squaredError += error * error;
-            squared += double{signal[n]} * double{signal[n]};
+            squared += wide(signal[n]) * wide(signal[n]);
         }
         EXPECT_TRUE(std::sqrt(squaredError / squared) <= 2 * levels(size));
     }

@@ -42,8 +42,8 @@ std::vector<Bounded> filter(const std::vector<Bounded>& x, const std::vector<flo
     std::vector<Bounded> y(x.size() - h.size() + 1);
     for (std::size_t i = 0; i < y.size(); i++) {
         for (std::size_t j = 0; j < h.size(); j++) {
-            y[i].value += double{h[j]} * x[i + j].value;
-            y[i].magnitude += std::fabs(double{h[j]}) * x[i + j].magnitude;
+            y[i].value += wide(h[j]) * x[i + j].value;
+            y[i].magnitude += std::fabs(wide(h[j])) * x[i + j].magnitude;
         }
     }
     return y;
@@ -62,7 +62,7 @@ class History {
     std::vector<Bounded> envelope() const {
         std::vector<Bounded> x;
         for (std::size_t i = 2005; i <= 4139; i++) {
-            x.push_back({double{samples_[i]}, std::fabs(double{samples_[i]})});
+            x.push_back({wide(samples_[i]), std::fabs(wide(samples_[i]))});
         }
         std::vector<Bounded> band = filter(filter(x, LowPass), HighPass);
         for (Bounded& sample : band) sample.value = std::fabs(sample.value);
@@ -79,7 +79,7 @@ class History {
 void expectEnvelope(const std::vector<Bounded>& expected) {
     ASSERT_EQ(expected.size(), Frame);
     for (std::size_t i = 0; i < Frame; i++) {
-        const double error = std::fabs(double{EnvelopeOutput[i]} - expected[i].value);
+        const double error = std::fabs(wide(EnvelopeOutput[i]) - expected[i].value);
         ASSERT_TRUE(error <= 88 * Epsilon * expected[i].magnitude)
             << "sample " << i << ": " << EnvelopeOutput[i] << ", expected " << expected[i].value;
     }
@@ -180,7 +180,7 @@ TEST_F(TimeDomainVadTest, SilenceIsVoiceFromTheFirstFrameOn) {
     for (int i = 0; i < 10; i++) {
         EXPECT_EQ(detectSilence(), 1);
         for (const float median : MedianOutput) {
-            ASSERT_TRUE(std::fabs(double{median}) <= 3e-12);
+            ASSERT_TRUE(std::fabs(wide(median)) <= 3e-12);
         }
     }
 }
@@ -234,7 +234,7 @@ TEST_F(TimeDomainVadTest, FirstSampleHeardIs43BeforeTheFrame) {
         detectSilence();
         detectSilence();
         const double tail = at == 2007 ? 0.0012 * 0.0013 / 32 : 0;
-        EXPECT_TRUE(std::fabs(double{EnvelopeOutput[0]} - tail) <= 4 * Epsilon * tail)
+        EXPECT_TRUE(std::fabs(wide(EnvelopeOutput[0]) - tail) <= 4 * Epsilon * tail)
             << EnvelopeOutput[0];
         EXPECT_EQ(EnvelopeOutput[1], 0.0f);
     }
@@ -250,7 +250,7 @@ TEST_F(TimeDomainVadTest, EveryTapIsWhatItShouldBe) {
     x[1000 + 43] = {1, 1};
     const std::vector<Bounded> expected = filter(filter(x, LowPass), HighPass);
     for (std::size_t i = 0; i < 2080; i++) {
-        const double error = std::fabs(double{FilterInput[i]} - std::fabs(expected[i].value));
+        const double error = std::fabs(wide(FilterInput[i]) - std::fabs(expected[i].value));
         ASSERT_TRUE(error <= 56 * Epsilon * expected[i].magnitude) << i;
     }
 }
@@ -259,15 +259,15 @@ TEST_F(TimeDomainVadTest, ConstantAndHighestFrequencyAreFilteredOut) {
     // The sum of the high-pass is 0.0017, that of the low-pass with alternating signs 0.0011.
     double low = 0, high = 0;
     for (std::size_t j = 0; j < LowPass.size(); j++) {
-        low += double{LowPass[j]} * (j % 2 == 0 ? 1 : -1);
+        low += wide(LowPass[j]) * (j % 2 == 0 ? 1 : -1);
     }
-    for (const float tap : HighPass) high += double{tap};
+    for (const float tap : HighPass) high += wide(tap);
     for (const bool alternating : {false, true}) {
         initializeTimeDomainActivityDetector();
         for (std::size_t i = 0; i < Frame; i++) frame[i] = alternating && i % 2 == 1 ? -1 : 1;
         for (int i = 0; i < 3; i++) detect();
         const double limit = alternating ? 5 * std::fabs(low) : 2 * std::fabs(high);
-        EXPECT_TRUE(double{EnvelopeOutput[1000]} <= limit) << EnvelopeOutput[1000];
+        EXPECT_TRUE(wide(EnvelopeOutput[1000]) <= limit) << EnvelopeOutput[1000];
         EXPECT_LT(EnvelopeOutput[1000], 0.02f);
     }
 }

@@ -2,6 +2,7 @@
 #ifndef VERIFY_TRACK_SUPPORT_H
 #define VERIFY_TRACK_SUPPORT_H
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -16,7 +17,11 @@
 
 namespace trackSupport {
 
-constexpr double Epsilon = std::numeric_limits<float>::epsilon();
+constexpr double wide(float value) {
+    return static_cast<double>(value);
+}
+
+constexpr double Epsilon = wide(std::numeric_limits<float>::epsilon());
 
 inline std::uint32_t bitsOf(float value) {
     std::uint32_t bits = 0;
@@ -117,7 +122,7 @@ class Spectra {
         const float* x = floats_.data() +
                          static_cast<std::size_t>(channel) * voxloc::SpectrumFloats +
                          2 * static_cast<std::size_t>(bin);
-        return double{x[0]} * double{x[0]} + double{x[1]} * double{x[1]};
+        return wide(x[0]) * wide(x[0]) + wide(x[1]) * wide(x[1]);
     }
 
   private:
@@ -130,6 +135,27 @@ std::string logOf(Call call) {
     testing::internal::CaptureStderr();
     call();
     return testing::internal::GetCapturedStderr();
+}
+
+/** text with every number that has a decimal point replaced by N. */
+inline std::string withoutDecimals(const std::string& text) {
+    const std::string digits = "0123456789";
+    std::string result;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t sign = text[at] == '-' ? 1 : 0;
+        const std::size_t point = text.find_first_not_of(digits, at + sign);
+        if (point == std::string::npos || point == at + sign || text[point] != '.') {
+            // Not the beginning of such a number; nor are the digits that follow.
+            const std::size_t end =
+                std::max(point == std::string::npos ? text.size() : point, at + 1);
+            result += text.substr(at, end - at);
+            at = end;
+            continue;
+        }
+        result += 'N';
+        at = std::min(text.find_first_not_of(digits, point + 1), text.size());
+    }
+    return result;
 }
 
 }  // namespace trackSupport

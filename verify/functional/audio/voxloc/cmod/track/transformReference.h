@@ -28,7 +28,7 @@ inline std::vector<Complex> directForward(const std::vector<float>& signal) {
     std::vector<Complex> bins(size / 2 + 1);
     for (std::size_t k = 0; k < bins.size(); k++) {
         for (std::size_t n = 0; n < size; n++) {
-            bins[k] += double{signal[n]} * roots[k * n % size];
+            bins[k] += static_cast<double>(signal[n]) * roots[k * n % size];
         }
     }
     return bins;

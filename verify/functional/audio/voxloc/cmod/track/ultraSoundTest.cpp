@@ -44,12 +44,12 @@ const float StaticLevel_dB = MaxUltraSoundLevel_dB;
 const float StaticLastLevel_dB = LastMaxUltraSoundLevel_dB;
 
 float decibels(float power) {
-    return static_cast<float>(10 * std::log10(double{power}) - 60.75550079345703);
+    return static_cast<float>(10 * std::log10(wide(power)) - 60.75550079345703);
 }
 
 // The highest power of at most that level.
 float powerOf(float level) {
-    auto power = static_cast<float>(std::pow(10.0, (double{level} + 60.7555) / 10) * 1.00001);
+    auto power = static_cast<float>(std::pow(10.0, (wide(level) + 60.7555) / 10) * 1.00001);
     while (decibels(power) > level) power = previous(power);
     return power;
 }
@@ -91,15 +91,15 @@ class UltraSoundTest : public testing::Test {
 
     void setBandPower(unsigned channel, int bin, float power) {
         // Some bins whose squares add up to the float exactly.
-        double rest = double{power};
+        double rest = wide(power);
         for (; rest > 0; bin++) {
             const auto root = static_cast<float>(std::sqrt(rest));
             float amplitude = floatFromBits(bitsOf(root) & 0xfffff000u);  // its square is exact
-            if (double{amplitude} * double{amplitude} > rest) amplitude = previous(amplitude);
+            if (wide(amplitude) * wide(amplitude) > rest) amplitude = previous(amplitude);
             if (amplitude == 0) break;
             spectra.set(channel, bin, amplitude);
-            rest -= double{amplitude} * double{amplitude};
-            if (rest < double{power} * 1e-9) break;
+            rest -= wide(amplitude) * wide(amplitude);
+            if (rest < wide(power) * 1e-9) break;
         }
     }
 
@@ -351,7 +351,7 @@ TEST_F(UltraSoundTest, AgreesWithAModelOverALongRun) {
     std::mt19937 random(5);
     std::uniform_real_distribution<float> uniform(-1, 1);
     std::vector<double> ultraSound(Channels), neighbor(Channels);
-    const double smoothing = double{floatFromBits(0x3D782A00)};
+    const double smoothing = wide(floatFromBits(0x3D782A00));
     float scale = 1, contrast = 1;
     double last = -100;
     int distortedFrames = 0, keptFrames = 0;
@@ -394,7 +394,7 @@ TEST_F(UltraSoundTest, AgreesWithAModelOverALongRun) {
             distortedFrames += distorted;
             // Sums of up to 170 positive terms and 20 frames of smoothing: at most 110 epsilon of
             // the power, 4.34 times that in dB, and the rounding of a float of up to 128.
-            ASSERT_TRUE(std::fabs(double{voxloc_getUltraSoundLevel()} - U) <=
+            ASSERT_TRUE(std::fabs(wide(voxloc_getUltraSoundLevel()) - U) <=
                         (110 * 4.35 + 64) * Epsilon)
                 << frame;
             std::fill(ultraSound.begin(), ultraSound.end(), 0.0);

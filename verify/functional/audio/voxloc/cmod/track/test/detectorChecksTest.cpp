@@ -23,6 +23,7 @@ using trackSupport::Epsilon;
 using trackSupport::logOf;
 using trackSupport::next;
 using trackSupport::previous;
+using trackSupport::wide;
 
 constexpr std::size_t Frame = FRAME_SAMPLES;
 
@@ -73,7 +74,7 @@ void expectChecks(unsigned (*test)(), const Checks& checks, std::size_t count) {
 void expectSource(const ProcessedFrame& frame, double azimuth, double elevation, float range) {
     const double radians[2] = {azimuth * M_PI / 180, elevation * M_PI / 180};
     for (std::size_t i = 0; i < 2; i++) {
-        EXPECT_TRUE(std::fabs(double{frame.source[i]} - radians[i]) <=
+        EXPECT_TRUE(std::fabs(wide(frame.source[i]) - radians[i]) <=
                     1.5 * Epsilon * std::fabs(radians[i]))
             << frame.source[i];
     }
@@ -262,7 +263,7 @@ void expectTone(const ProcessedFrame& frame, double step) {
         }
         const double phase = static_cast<double>(i % Frame) * step;
         const double limit = 529321.2 * Epsilon * (phase + 2);
-        ASSERT_TRUE(std::fabs(double{frame.samples[i]} - 529321.2 * std::sin(phase)) <= limit) << i;
+        ASSERT_TRUE(std::fabs(wide(frame.samples[i]) - 529321.2 * std::sin(phase)) <= limit) << i;
     }
     EXPECT_EQ(frame.samples[3 * Frame], 0.0f);
 }
@@ -289,7 +290,7 @@ TEST(UltraSoundLevelTest, HearsRoomNoiseFor24Frames) {
     ASSERT_EQ(frames.size(), 24u);
     for (const ProcessedFrame& frame : frames) {
         expectSpeechOrNoise(frame, 1, 0);
-        expectSource(frame, -1, -7.4f, 6);
+        expectSource(frame, -1, -7.4, 6);
         EXPECT_EQ(frame.samples, frame.generated);
     }
     EXPECT_EQ(lifetime, OneSetUp);
@@ -347,7 +348,7 @@ TEST_F(FarEndVadTest, TellsTheModuleThatTheFarEndTalksForTwoFrames) {
     ASSERT_EQ(frames.size(), 12u);
     for (std::size_t i = 0; i < 12; i++) {
         expectSpeechOrNoise(frames[i], 0, i < 10 ? 0 : 1);
-        expectSource(frames[i], -1, -7.4f, 6);
+        expectSource(frames[i], -1, -7.4, 6);
         EXPECT_EQ(frames[i].samples, frames[i].generated);
     }
     EXPECT_EQ(lifetime, OneSetUp);
@@ -406,7 +407,7 @@ TEST_F(SignalEnergyTest, MeasuresSixChannelsOfASine) {
     for (std::size_t i = 0; i < 6 * Frame; i++) {
         const double amplitude = static_cast<double>(i / Frame + 1) * 838860.8;
         const double phase = static_cast<double>(i % Frame) * 0.1308997;
-        ASSERT_TRUE(std::fabs(double{frame[i]} - amplitude * std::sin(phase)) <=
+        ASSERT_TRUE(std::fabs(wide(frame[i]) - amplitude * std::sin(phase)) <=
                     amplitude * Epsilon * (phase + 2))
             << i;
     }

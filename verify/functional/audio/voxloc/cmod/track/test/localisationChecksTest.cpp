@@ -20,6 +20,7 @@ using trackSupport::Epsilon;
 using trackSupport::logOf;
 using trackSupport::next;
 using trackSupport::previous;
+using trackSupport::wide;
 
 constexpr float DegreesPerRadian = 57.295776f;
 
@@ -113,10 +114,10 @@ const Geometry Geometries[] = {
 
 void expectSource(const recordedModule::ProcessedFrame& frame, const Degrees& expected) {
     // A degree is rounded to a float, and so are the factor and the product.
-    const double radians[2] = {double{expected.azimuth} * M_PI / 180,
-                               double{expected.elevation} * M_PI / 180};
+    const double radians[2] = {wide(expected.azimuth) * M_PI / 180,
+                               wide(expected.elevation) * M_PI / 180};
     for (std::size_t i = 0; i < 2; i++) {
-        EXPECT_TRUE(std::fabs(double{frame.source[i]} - radians[i]) <=
+        EXPECT_TRUE(std::fabs(wide(frame.source[i]) - radians[i]) <=
                     1.5 * Epsilon * std::fabs(radians[i]))
             << frame.source[i];
     }
