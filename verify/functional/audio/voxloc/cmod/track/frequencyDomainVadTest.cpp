@@ -37,8 +37,8 @@ class FrequencyDomainVadTest : public testing::Test {
         EXPECT_EQ(result, voice);
         EXPECT_LE(voice, 1);
         EXPECT_LE(sound, 1);
-        EXPECT_TRUE(spectra.floats().areGuardsIntact());
-        EXPECT_TRUE(noise.areGuardsIntact());
+        EXPECT_TRUE(spectra.floats().intact());
+        EXPECT_TRUE(noise.intact());
         return voice;
     }
 

@@ -37,7 +37,7 @@ class NoiseLevelTest : public testing::Test {
 
     const float* calculate(unsigned freeze = 0) {
         const float* result = calculateNoiseLevel(spectra.data(), freeze);
-        EXPECT_TRUE(spectra.floats().areGuardsIntact());
+        EXPECT_TRUE(spectra.floats().intact());
         return result;
     }
 

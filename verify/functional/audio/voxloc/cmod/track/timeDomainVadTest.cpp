@@ -126,7 +126,7 @@ class TimeDomainVadTest : public testing::Test {
         std::uint8_t result = 0xee;
         const std::vector<float> before = frame.content();
         detectTimeDomainActivity(frame.data(), &result);
-        EXPECT_TRUE(frame.areGuardsIntact());
+        EXPECT_TRUE(frame.intact());
         EXPECT_EQ(firstDifference(frame.data(), before.data(), before.size()), before.size());
         EXPECT_LE(result, 1);
         return result;

@@ -14,6 +14,7 @@
 
 #include "grids.h"
 #include "gtest/gtest.h"
+#include "guardedFloats.h"
 
 namespace trackSupport {
 
@@ -50,43 +51,22 @@ inline std::size_t firstDifference(const float* a, const float* b, std::size_t c
     return i;
 }
 
-/**
- * An 8-byte aligned buffer between guards of NaNs with a pattern of their own: what reads over an
- * end computes NaN, what writes over an end changes the pattern. The buffer starts as NaNs, too.
- */
-class GuardedFloats {
+/** A guarded buffer from a vector, or of NaNs of a pattern by which a float never written shows. */
+class GuardedFloats : public reference::GuardedFloats {
   public:
     explicit GuardedFloats(std::size_t count)
-        : count_(count), memory_(count + 2 * Guard, floatFromBits(Pattern)) {}
+        : reference::GuardedFloats(count, 0, floatFromBits(Unwritten)) {}
     explicit GuardedFloats(const std::vector<float>& content) : GuardedFloats(content.size()) {
         std::copy(content.begin(), content.end(), begin());
     }
 
-    float* data() { return memory_.data() + Guard; }
-    const float* data() const { return memory_.data() + Guard; }
     float* begin() { return data(); }
-    float* end() { return data() + count_; }
-    std::size_t size() const { return count_; }
-    float& operator[](std::size_t i) { return data()[i]; }
-    float operator[](std::size_t i) const { return data()[i]; }
-    std::vector<float> content() const { return {data(), data() + count_}; }
-
-    bool isUntouched(std::size_t i) const { return bitsOf(data()[i]) == Pattern; }
-
-    bool areGuardsIntact() const {
-        for (std::size_t i = 0; i < Guard; i++) {
-            if (bitsOf(memory_[i]) != Pattern) return false;
-            if (bitsOf(memory_[Guard + count_ + i]) != Pattern) return false;
-        }
-        return true;
-    }
+    float* end() { return data() + size(); }
+    std::vector<float> content() const { return {data(), data() + size()}; }
+    bool isUntouched(std::size_t i) const { return bitsOf(data()[i]) == Unwritten; }
 
   private:
-    static constexpr std::size_t Guard = 16;  // floats; even: the alignment of the memory stays
-    static constexpr std::uint32_t Pattern = 0x7fc5a5a5;
-
-    std::size_t count_;
-    std::vector<float> memory_;
+    static constexpr std::uint32_t Unwritten = 0x7fc5a5a5;
 };
 
 inline std::vector<float> randomFloats(std::size_t count, unsigned seed, float scale = 1.0f) {

@@ -72,7 +72,7 @@ class UltraSoundTest : public testing::Test {
     int detect() {
         std::uint8_t distorted = 0xee;
         detectUltraSoundDistortion(spectra.data(), &distorted);
-        EXPECT_TRUE(spectra.floats().areGuardsIntact());
+        EXPECT_TRUE(spectra.floats().intact());
         EXPECT_LE(distorted, 1);
         return distorted;
     }
