@@ -64,8 +64,9 @@ typedef struct Position {
 
 /** What voxloc_calculate finds out about a frame. */
 typedef struct TrackerResult {
-    float azimuth;   /**< degrees, positive towards +y */
-    float elevation; /**< degrees, positive up */
+    float azimuth;   /**< degrees, positive towards +y; PRODUCT_GANNET: NaN in silence and straight
+                          ahead, where the columns of its grid beyond 90 degrees win */
+    float elevation; /**< degrees, positive up; means nothing for PRODUCT_FOXGLOVE */
     float range;     /**< metres, 0.5 to 9.9 */
     float quality;   /**< sum of the two correlation peaks; near 0 when nobody talks */
     uint32_t flags;  /**< VOXLOC_FLAG_... by bit position; see voxloc_getFlag */
@@ -80,7 +81,10 @@ typedef struct TrackerResult {
  */
 void voxloc_initialize(int32_t productType);
 
-/** Frees what voxloc_initialize allocated and ends a recording; does nothing when there is none. */
+/**
+ * Frees what voxloc_initialize allocated and ends a recording. Does nothing, and leaves a recording
+ * open, when the module is not initialised.
+ */
 void voxloc_destroy(void);
 
 /** Microphone channels of the selected product. */
@@ -101,11 +105,13 @@ const Position* voxloc_getMicrophoneCoordinates(uint32_t channel);
  * @param flags   VOXLOC_INPUT_... by bit position
  * @param result  out, written last; must not overlap frame
  *
- * The module must be initialised. Any sample value is safe. A NaN, an infinity or a value whose
- * square overflows stays in the recursive averages of the bins that it reached: those bins no
- * longer contribute to the position, and the voice and sound flags read 0 once the noise level
- * holds it. The process is unharmed; voxloc_destroy followed by voxloc_initialize restores
- * everything.
+ * The module must be initialised. Any sample value is safe: the process is unharmed. A NaN, an
+ * infinity or a value whose square overflows stays in the noise power of the bins that it reached,
+ * as a rule all bins of its channel. They are not updated any more and drop out of the position: at
+ * once, or where they still hold an earlier value after 35 frames at most. When the noise level
+ * takes it in, too, the sound flag reads 0 from then on and the voice flag from the end of its
+ * hangover on (34 frames at most). The other flags recover by themselves. voxloc_destroy followed
+ * by voxloc_initialize restores everything.
  */
 void voxloc_calculate(const float* frame, uint32_t bits, uint32_t flags, TrackerResult* result);
 
@@ -148,7 +154,8 @@ void voxloc_calculateSignalEnergy(const float* frame, uint32_t bits, int32_t nch
  * frames go by are ignored: the tracker goes on unharmed.
  *
  * @return 0 when the file cannot be opened (nothing is recorded then), else what writing the last
- *         header byte returned: the channel count, or a negative value
+ *         header byte returned: the channel count (0 before the first voxloc_initialize), or a
+ *         negative value
  */
 int voxloc_record_start(const char* path);
 
