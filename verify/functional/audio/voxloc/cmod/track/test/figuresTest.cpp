@@ -201,11 +201,9 @@ TEST(Independence, EachTestHasTheSameOutcomeAloneAndInAnyOrder) {
         EXPECT_EQ(alone[Tests[i]].errors, 0u) << "test " << i << ": " << alone[Tests[i]].log;
     }
 
-    std::vector<std::vector<TestFunction>> orders(4, Tests);
-    std::reverse(orders[1].begin(), orders[1].end());
-    for (unsigned seed = 2; seed < 4; seed++) {
-        std::shuffle(orders[seed].begin(), orders[seed].end(), std::mt19937(seed));
-    }
+    std::vector<std::vector<TestFunction>> orders(2, Tests);
+    std::reverse(orders[0].begin(), orders[0].end());
+    std::shuffle(orders[1].begin(), orders[1].end(), std::mt19937(2));
     for (std::size_t order = 0; order < orders.size(); order++) {
         for (std::size_t i = 0; i < Tests.size(); i++) {
             const TestFunction test = orders[order][i];
