@@ -1,5 +1,6 @@
 # One step of the package test; see CMakeLists.txt here for the settings.
 
+separate_arguments(EMULATOR UNIX_COMMAND "${EMULATOR}")
 set(prefix "${WORK_DIR}/prefix")
 set(headers voxloc.h sp_fir_neon.h cfft_pow2_conjpair_splitrad_c89_neon.h audunittest.h console.h
   eventlog.h audtime.h unittestGenerator.h)
