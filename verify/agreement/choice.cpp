@@ -49,11 +49,10 @@ float marginOfRange(int peak) {
 Choice choiceOfFrame() {
     const int elevationPeak = peakOf(AzimuthElevationResult, AzimuthElevationPoints);
     const int azimuthPeak = peakOf(AzimuthRangeResult, AzimuthRangePoints);
-    const Margins margins = {
-        marginOfPeak(AzimuthElevationResult, AzimuthElevationPoints, elevationPeak, ElevationPairs,
-                     NumberOfElevationPairs),
-        marginOfPeak(AzimuthRangeResult, AzimuthRangePoints, azimuthPeak, AzimuthPairs,
-                     NumberOfAzimuthPairs),
-        marginOfRange(azimuthPeak)};
+    const Margins margins = {marginOfPeak(AzimuthElevationResult, AzimuthElevationPoints,
+                                          elevationPeak, ElevationPairs, NumberOfElevationPairs),
+                             marginOfPeak(AzimuthRangeResult, AzimuthRangePoints, azimuthPeak,
+                                          AzimuthPairs, NumberOfAzimuthPairs),
+                             marginOfRange(azimuthPeak)};
     return {elevationPeak / AzimuthCount, azimuthPeak % AzimuthCount, margins};
 }

@@ -36,7 +36,8 @@ bool readsLookupTables(const std::string& name) {
     return name == "AzimuthElevationResult" || name == "AzimuthRangeResult";
 }
 
-/** Equal; two that are not a number, as the angles outside a product's reach are, count as equal. */
+/** Equal; two that are not a number, as the angles outside a product's reach are, count as equal.
+ */
 bool sameValue(float a, float b) {
     return a == b || (std::isnan(a) && std::isnan(b));
 }
@@ -55,7 +56,8 @@ bool isTiny(const std::string& name) {
 }
 
 /** No more apart than a flushed operand or result for each of the few hundred operations makes. */
-bool differByFlushingOnly(const std::vector<std::uint32_t>& a, const std::vector<std::uint32_t>& b) {
+bool differByFlushingOnly(const std::vector<std::uint32_t>& a,
+                          const std::vector<std::uint32_t>& b) {
     constexpr float bound = 512.0f * FLT_MIN;
     return std::equal(a.begin(), a.end(), b.begin(), [](std::uint32_t x, std::uint32_t y) {
         return std::fabs(floatOf(x) - floatOf(y)) <= bound;
@@ -154,9 +156,9 @@ class Comparer {
             elevationSteps == 0 ||
             (elevationSteps == 1 && isTie(a.elevationMargin, b.elevationMargin));
         const bool rangeOk =
-            a.range == b.range || (std::fabs(a.range - b.range) <= 1.001f * GridStepOfRange &&
-                                   (isTie(a.azimuthMargin, b.azimuthMargin) ||
-                                    isTie(a.rangeMargin, b.rangeMargin)));
+            a.range == b.range ||
+            (std::fabs(a.range - b.range) <= 1.001f * GridStepOfRange &&
+             (isTie(a.azimuthMargin, b.azimuthMargin) || isTie(a.rangeMargin, b.rangeMargin)));
         if (azimuthOk && elevationOk && rangeOk) {
             ++result_.framesOnATie;
             result_.notes.push_back(name + ": on a tie");
@@ -203,7 +205,7 @@ class Comparer {
     }
 
     const char* causeOf(const Key& key, const Print& a, const Print& b) const {
-        if (a.withoutDenormals == b.withoutDenormals) return Denormals;
+        if (a.withoutTiny == b.withoutTiny) return Denormals;
         if (a_.fused != b_.fused) return Fused;
         if (readsLookupTables(a.name) && otherAngles_.count(key.first) != 0) return Arcsine;
         if (differs_.count(key.first) != 0) return Carried;
@@ -241,7 +243,7 @@ class Comparer {
     const MachineDump& b_;
     Comparison result_;
     std::set<int> otherAngles_;  // products whose angle or lag tables differ
-    std::set<int> differs_;          // products that have differed before
+    std::set<int> differs_;      // products that have differed before
 };
 
 }  // namespace

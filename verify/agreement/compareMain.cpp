@@ -18,16 +18,17 @@ constexpr std::size_t MostFailuresShown = 20;
 void printHeader() {
     std::printf("%-20s %6s %6s %15s %7s %12s %12s\n", "", "frames", "on a", "largest quality",
                 "other", "other bits", "other FFT or");
-    std::printf("%-20s %6s %6s %15s %7s %12s %12s\n", "machines", "", "tie", "difference", "results",
-                "on the way", "FIR outputs");
+    std::printf("%-20s %6s %6s %15s %7s %12s %12s\n", "machines", "", "tie", "difference",
+                "results", "on the way", "FIR outputs");
 }
 
 void print(const Comparison& pair) {
-    std::printf("%-20s %6d %6d %15.1e %7d %12d %6d / %d\n", (pair.first + ":" + pair.second).c_str(),
-                pair.frames, pair.framesOnATie, pair.largestQualityDifference,
-                pair.framesWithOtherResults, pair.framesWithOtherStages, pair.vectorsThatDiffer,
-                pair.vectors);
-    for (const auto& [cause, count] : pair.causes) std::printf("    %6d %s\n", count, cause.c_str());
+    std::printf("%-20s %6d %6d %15.1e %7d %12d %6d / %d\n",
+                (pair.first + ":" + pair.second).c_str(), pair.frames, pair.framesOnATie,
+                pair.largestQualityDifference, pair.framesWithOtherResults,
+                pair.framesWithOtherStages, pair.vectorsThatDiffer, pair.vectors);
+    for (const auto& [cause, count] : pair.causes)
+        std::printf("    %6d %s\n", count, cause.c_str());
     for (const std::string& note : pair.notes) std::printf("    %s\n", note.c_str());
     for (std::size_t i = 0; i < pair.failures.size() && i < MostFailuresShown; ++i) {
         std::printf("    FAILED: %s\n", pair.failures[i].c_str());

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <stdexcept>
 
+#include "fingerprint.h"
 #include "scenario.h"
 
 namespace {
@@ -194,6 +195,29 @@ TEST_F(Agreement, twoEmptyDumpsFail) {
     EXPECT_FALSE(agree());
 }
 
+TEST(Fingerprint, changesWithOneBitOfAnyValue) {
+    const float values[] = {1.0f, 0.0f, 0x1p-140f};
+    const float lastBit[] = {1.0f + 0x1p-23f, 0.0f, 0x1p-140f};
+    const float otherZero[] = {1.0f, -0.0f, 0x1p-140f};
+    EXPECT_NE(fingerprint(values, 3).exact, fingerprint(lastBit, 3).exact);
+    EXPECT_NE(fingerprint(values, 3).withoutTiny, fingerprint(lastBit, 3).withoutTiny);
+    EXPECT_NE(fingerprint(values, 3).exact, fingerprint(otherZero, 3).exact);
+    EXPECT_NE(fingerprint(values, 3).exact, fingerprint(values, 2).exact);
+}
+
+TEST(Fingerprint, takesNumbersBelowTwoToTheMinusHundredForZeroWhereAsked) {
+    const float denormal[] = {0x1p-140f, -0x1.8p-101f}, zero[] = {0.0f, 0.0f};
+    const float small[] = {0x1p-100f, 0.0f};
+    EXPECT_NE(fingerprint(denormal, 2).exact, fingerprint(zero, 2).exact);
+    EXPECT_EQ(fingerprint(denormal, 2).withoutTiny, fingerprint(zero, 2).withoutTiny);
+    EXPECT_NE(fingerprint(small, 2).withoutTiny, fingerprint(zero, 2).withoutTiny);
+}
+
+TEST(Fingerprint, knowsOneNotANumberOnly) {
+    const float positive = NAN, negative = -NAN;
+    EXPECT_EQ(fingerprint(&positive, 1).exact, fingerprint(&negative, 1).exact);
+}
+
 class DumpFile : public testing::Test {
   protected:
     const std::string path = testing::TempDir() + "agreement-dumpFileTest";
@@ -214,7 +238,7 @@ TEST_F(DumpFile, isReadBack) {
     EXPECT_EQ(dump.machine, "board");
     EXPECT_TRUE(dump.fused);
     EXPECT_EQ(dump.tables.at(2).at(0).name, "Ranges");
-    EXPECT_EQ(dump.tables.at(2).at(0).withoutDenormals, 0x2fu);
+    EXPECT_EQ(dump.tables.at(2).at(0).withoutTiny, 0x2fu);
     const FrameDump& frame = dump.frames.at({2, 11});
     EXPECT_EQ(frame.content, 3u);
     EXPECT_EQ(frame.azimuth, 1.0f);

@@ -8,10 +8,10 @@
  * A line is a kind, a key, and words:
  *
  *     machine  NAME  fused|unfused
- *     table    PRODUCT NAME         fingerprint fingerprint-without-denormals
+ *     table    PRODUCT NAME         fingerprint fingerprint-without-tiny-numbers
  *     frame    PRODUCT FRAME        content azimuth elevation range quality flags, then
  *                                   azimuth index, elevation index and the three margins
- *     stage    PRODUCT FRAME NAME   fingerprint fingerprint-without-denormals
+ *     stage    PRODUCT FRAME NAME   fingerprint fingerprint-without-tiny-numbers
  *     vector   NAME                 the floats of one FFT's or FIR filter's output; the inputs of
  *                                   those named tiny-... make denormal numbers on the way
  *     end
@@ -22,8 +22,8 @@
 #include <vector>
 
 #include "cfft_pow2_conjpair_splitrad_c89_neon.h"
-#include "fingerprint.h"
 #include "choice.h"
+#include "fingerprint.h"
 #include "noiseLevel.h"
 #include "scenario.h"
 #include "sp_fir_neon.h"
@@ -35,8 +35,8 @@ namespace {
 
 using namespace voxloc;
 
-constexpr std::int32_t Products[] = {PRODUCT_ASTER,    PRODUCT_BRAMBLE,  PRODUCT_CINDER,
-                                     PRODUCT_ELMWOOD,  PRODUCT_DOVETAIL, PRODUCT_FOXGLOVE,
+constexpr std::int32_t Products[] = {PRODUCT_ASTER,   PRODUCT_BRAMBLE,  PRODUCT_CINDER,
+                                     PRODUCT_ELMWOOD, PRODUCT_DOVETAIL, PRODUCT_FOXGLOVE,
                                      PRODUCT_GANNET};
 
 std::FILE* Dump;
@@ -59,7 +59,7 @@ void dumpStage(const char* kind, std::int32_t product, int frame, const Stage& s
     std::fprintf(Dump, "%s %d", kind, product);
     if (frame >= 0) std::fprintf(Dump, " %d", frame);
     std::fprintf(Dump, " %s %016" PRIx64 " %016" PRIx64 "\n", stage.name, print.exact,
-                 print.withoutDenormals);
+                 print.withoutTiny);
 }
 
 void dumpTables(std::int32_t product) {

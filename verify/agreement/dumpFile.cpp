@@ -22,7 +22,7 @@ Print print(std::istream& line) {
     Print result;
     line >> result.name;
     result.exact = word(line);
-    result.withoutDenormals = word(line);
+    result.withoutTiny = word(line);
     return result;
 }
 
@@ -89,7 +89,8 @@ MachineDump readDump(const std::string& path) {
             line.setstate(std::ios::failbit);
         }
         if (line.fail()) {
-            throw std::runtime_error(path + ":" + std::to_string(number) + ": not a line of a dump");
+            throw std::runtime_error(path + ":" + std::to_string(number) +
+                                     ": not a line of a dump");
         }
     }
     if (!ended) throw std::runtime_error(path + ": missing or not complete");

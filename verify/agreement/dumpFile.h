@@ -11,7 +11,7 @@
 /** A named array's fingerprints; see fingerprint.h. */
 struct Print {
     std::string name;
-    std::uint64_t exact, withoutDenormals;
+    std::uint64_t exact, withoutTiny;
 };
 
 struct FrameDump {
@@ -25,10 +25,10 @@ struct FrameDump {
 
 struct MachineDump {
     std::string machine;
-    bool fused = false;  // kernels round a product and a sum once
-    std::map<int, std::vector<Print>> tables;                          // by product
-    std::map<std::pair<int, int>, FrameDump> frames;                   // by product and frame
-    std::map<std::string, std::vector<std::uint32_t>> vectors;         // outputs, bits
+    bool fused = false;                               // kernels round a product and a sum once
+    std::map<int, std::vector<Print>> tables;         // by product
+    std::map<std::pair<int, int>, FrameDump> frames;  // by product and frame
+    std::map<std::string, std::vector<std::uint32_t>> vectors;  // outputs, bits
 };
 
 /** Throws std::runtime_error, naming file and line, for anything that is not a complete dump. */

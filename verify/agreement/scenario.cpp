@@ -35,7 +35,7 @@ struct Oscillator {
 };
 
 constexpr std::int64_t FixedPointOne = std::int64_t{1} << 30;
-constexpr Oscillator KiloHertz = {2129111628, 0, 1 << 18};     // 2·cos(2π/48)
+constexpr Oscillator KiloHertz = {2129111628, 0, 1 << 18};    // 2·cos(2π/48)
 constexpr Oscillator UltraSound = {-1984016189, 0, 1 << 18};  // 2·cos(2π·21/48)
 
 struct State {
@@ -117,8 +117,8 @@ void addTone(int first, int end) {
 }  // namespace
 
 const char* nameOf(Content content) {
-    constexpr const char* names[] = {"speech", "silence", "noise",      "faint noise",
-                                     "clicks", "tone",    "ultrasound", "far end",
+    constexpr const char* names[] = {"speech",     "silence",        "noise",      "faint noise",
+                                     "clicks",     "tone",           "ultrasound", "far end",
                                      "noise flag", "speech in noise"};
     return names[static_cast<int>(content)];
 }
@@ -145,11 +145,20 @@ ScenarioFrame nextScenarioFrame() {
     std::uint32_t flags = 0;
     Run.samples.fill(0.0f);
     switch (content) {
-        case Content::Speech: addClip(0, frame); break;
-        case Content::Silence: break;
-        case Content::Noise: addNoise(static_cast<unsigned>(16 + frame % 7)); break;
-        case Content::FaintNoise: addNoise(2); break;
-        case Content::Clicks: addClicks(); break;
+        case Content::Speech:
+            addClip(0, frame);
+            break;
+        case Content::Silence:
+            break;
+        case Content::Noise:
+            addNoise(static_cast<unsigned>(16 + frame % 7));
+            break;
+        case Content::FaintNoise:
+            addNoise(2);
+            break;
+        case Content::Clicks:
+            addClicks();
+            break;
         case Content::Tone:
             if (begins) Run.tone = KiloHertz;
             addTone(0, channels());
