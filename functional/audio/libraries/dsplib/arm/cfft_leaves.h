@@ -184,8 +184,8 @@ inline void storeLeaves(float* const* to, const Leaf<Interleaved<L>>& z) {
 template <int L>
 inline auto loadAdjacent(const float* from) {
     if constexpr (L == 2) {
-        const simd::F32x2 a = simd::load2(from), b = simd::load2(from + 2);
-        return Split<2>{simd::zipLow(a, b), simd::zipHigh(a, b)};
+        const simd::F32x2Zipped elements = simd::loadZipped(from);
+        return Split<2>{elements.a, elements.b};
     } else {
         return Interleaved<L>{simd::Lanes<L>::load(from)};
     }

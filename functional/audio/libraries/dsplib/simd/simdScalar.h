@@ -231,6 +231,11 @@ inline F32x2 mulSub(F32x2 accumulator, F32x2 a, F32x2 b) {
     return sub(accumulator, mul(a, b));
 }
 
+/** Two vectors that take turns in memory, lane by lane. */
+struct F32x2Zipped {
+    F32x2 a, b;
+};
+
 /** (a0, b0) */
 inline F32x2 zipLow(F32x2 a, F32x2 b) {
     return {{a.lane[0], b.lane[0]}};
@@ -245,6 +250,12 @@ inline F32x2 zipHigh(F32x2 a, F32x2 b) {
 inline void storeZipped(float* to, F32x2 a, F32x2 b) {
     store2(to, zipLow(a, b));
     store2(to + 2, zipHigh(a, b));
+}
+
+/** What storeZipped stored */
+inline F32x2Zipped loadZipped(const float* from) {
+    const F32x2 first = load2(from), second = load2(from + 2);
+    return {zipLow(first, second), zipHigh(first, second)};
 }
 
 /** v·c[Lane], each lane of v by the same lane of c */

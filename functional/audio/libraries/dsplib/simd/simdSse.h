@@ -235,6 +235,11 @@ inline F32x2 mulSub(F32x2 accumulator, F32x2 a, F32x2 b) {
     return {mulSub(accumulator.lanes, a.lanes, b.lanes)};
 }
 
+/** Two vectors that take turns in memory, lane by lane. */
+struct F32x2Zipped {
+    F32x2 a, b;
+};
+
 /** (a0, b0) */
 inline F32x2 zipLow(F32x2 a, F32x2 b) {
     return {_mm_unpacklo_ps(a.lanes, b.lanes)};
@@ -249,6 +254,12 @@ inline F32x2 zipHigh(F32x2 a, F32x2 b) {
 /** a0, b0, a1, b1 in memory */
 inline void storeZipped(float* to, F32x2 a, F32x2 b) {
     store4(to, zipLow(a.lanes, b.lanes));
+}
+
+/** What storeZipped stored */
+inline F32x2Zipped loadZipped(const float* from) {
+    const F32x2 first = load2(from), second = load2(from + 2);
+    return {zipLow(first, second), zipHigh(first, second)};
 }
 
 /** v·c[Lane], each lane of v by the same lane of c */
