@@ -73,9 +73,22 @@ inline F32x4 squareRoot(F32x4 a) {
 
 #endif
 
+/** All bits of a lane where a < b, none elsewhere and where either is a NaN */
+inline uint32x4_t isLess(F32x4 a, F32x4 b) {
+#if defined(__aarch64__) || defined(__clang__)
+    return vcltq_f32(a, b);
+#else
+    // GCC makes four scalar comparisons of the intrinsic, because the vector comparison of 32-bit
+    // ARM takes denormal operands for zeros; so does all other vector arithmetic there.
+    uint32x4_t less;
+    asm("vcgt.f32 %q0, %q1, %q2" : "=w"(less) : "w"(b), "w"(a));
+    return less;
+#endif
+}
+
 /** x where a < b, else y, which a NaN makes it */
 inline F32x4 selectLess(F32x4 a, F32x4 b, F32x4 x, F32x4 y) {
-    return vbslq_f32(vcltq_f32(a, b), x, y);
+    return vbslq_f32(isLess(a, b), x, y);
 }
 
 /** a where a < b, else b, which a NaN makes it */
