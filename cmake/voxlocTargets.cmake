@@ -46,6 +46,9 @@ function(voxloc_add_library name)
     PRIVATE ${arg_PRIVATE_INCLUDES})
   target_link_libraries(${target} PUBLIC ${arg_LINKS} m)
   target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti>)
+  if(VOXLOC_CALL_GRAPH)
+    target_compile_options(${target} PRIVATE -fcallgraph-info=su)
+  endif()
   voxloc_compile_strictly(${target})
   install(TARGETS ${target} EXPORT voxlocTargets
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}

@@ -49,7 +49,7 @@ packages_of_preset() {
     case "$1" in
         release) echo valgrind ;;
         clang) echo clang ;;
-        armhf*) echo g++-arm-linux-gnueabihf qemu-user-static ;;
+        armhf*) echo g++-arm-linux-gnueabihf qemu-user-static python3 ;;
         aarch64) echo g++-aarch64-linux-gnu qemu-user-static ;;
         bench*) echo libbenchmark-dev libfftw3-dev libkissfft-dev pkg-config jq ;;
     esac
