@@ -63,46 +63,55 @@ def reached(graph, root):
 
 
 def name_of(graph, symbol):
-    """The function's name without result and parameters."""
+    """The function's name without result, parameters and anonymous namespaces."""
     label = graph[symbol].name if symbol in graph else symbol
-    label = re.sub(r" \[with .*", "", label)
-    label = re.sub(r"\(.*", "", label.replace("{anonymous}", "{}").replace("(anonymous)", "{}"))
-    return label.split(" ")[-1].replace("{}::", "")
+    label = re.sub(r"(\{anonymous\}|\(anonymous( namespace)?\))::", "", label)
+    return re.sub(r"( \[with .*|\(.*)", "", label).split(" ")[-1]
+
+
+def _components(graph, root):
+    """The functions below root, callees first, those that call each other together (Tarjan)."""
+    number, lowest, stack, found = {}, {}, [], []
+
+    def visit(symbol):
+        number[symbol] = lowest[symbol] = len(number)
+        stack.append(symbol)
+        for callee in sorted(graph[symbol].calls & graph.keys()):
+            if callee not in number:
+                visit(callee)
+                lowest[symbol] = min(lowest[symbol], lowest[callee])
+            elif callee in stack:
+                lowest[symbol] = min(lowest[symbol], number[callee])
+        if lowest[symbol] == number[symbol]:
+            component = stack[stack.index(symbol):]
+            del stack[stack.index(symbol):]
+            found.append(component)
+
+    visit(root)
+    return found
 
 
 def deepest(graph, root, recursion):
     """The largest sum of frames from root down, and the chain that has it.
 
-    `recursion` maps names to how many frames of a function that calls itself there are at most.
-    A function outside the graph counts 0.
+    `recursion` says of functions that call themselves or each other, by name, how many of their
+    frames there are at most at a time. A function outside the graph counts 0.
     """
-    done = {}
-
-    def visit(symbol, above):
-        if symbol in done:
-            return done[symbol]
-        node = graph.get(symbol)
-        if node is None or node.frame is None:
-            return 0, []
-        if not node.is_bounded:
-            raise SystemExit(f"{name_of(graph, symbol)}: the frame's size is not bounded")
-        name = name_of(graph, symbol)
-        frames = recursion.get(name, 1)
-        best = (0, [])
-        for callee in node.calls:
-            if callee in above or callee == symbol:
-                if name_of(graph, callee) not in recursion:
-                    raise SystemExit(f"{name}: recursion to {callee} without a bound")
-                continue
-            best = max(best, visit(callee, above | {symbol}), key=lambda way: way[0])
-        result = (node.frame * frames + best[0], [(name, node.frame, frames)] + best[1])
-        if not above & _cycle(graph, symbol):
-            done[symbol] = result
-        return result
-
-    return visit(root, frozenset())
-
-
-def _cycle(graph, symbol):
-    return {other for other in graph.get(symbol, Node("")).calls
-            if symbol in graph.get(other, Node("")).calls}
+    best = {}
+    for component in _components(graph, root):
+        names = {name_of(graph, symbol) for symbol in component}
+        calls = set().union(*(graph[symbol].calls for symbol in component))
+        frames = 1
+        if calls & set(component):
+            if len(names) != 1 or not names <= recursion.keys():
+                raise SystemExit(f"recursion without a bound: {', '.join(sorted(names))}")
+            frames = recursion[min(names)]
+        if not all(graph[symbol].is_bounded for symbol in component):
+            raise SystemExit(f"a frame without a bound: {', '.join(sorted(names))}")
+        below = max((best[callee] for callee in calls - set(component) if callee in best),
+                    key=lambda way: way[0], default=(0, []))
+        frame = max(graph[symbol].frame or 0 for symbol in component)
+        step = [(min(names), frame, frames)] if frame else []
+        for symbol in component:
+            best[symbol] = (frame * frames + below[0], step + below[1])
+    return best[root]
