@@ -13,6 +13,7 @@
 #include "cfft_tables.h"
 
 namespace cfft {
+inline namespace SP_SIMD_TARGET {
 
 /** Whether the offset of a 16-point unit is that of its first leaf (>= 0) or of its second. */
 enum class Orientation { Positive, Negative };
@@ -180,6 +181,7 @@ inline void combineLeaves64(float* data) {
     }
 }
 
+}  // namespace SP_SIMD_TARGET
 }  // namespace cfft
 
 #endif

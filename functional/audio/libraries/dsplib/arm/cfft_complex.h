@@ -18,6 +18,7 @@
 #include "simdLanes.h"
 
 namespace cfft {
+inline namespace SP_SIMD_TARGET {
 
 enum class Direction { Forward, Inverse };
 
@@ -257,6 +258,7 @@ struct CombineArrangement<2> {
     using Type = Split<2>;
 };
 
+}  // namespace SP_SIMD_TARGET
 }  // namespace cfft
 
 #endif

@@ -6,6 +6,7 @@
 #include "cfft_leaves.h"
 
 namespace cfft {
+inline namespace SP_SIMD_TARGET {
 
 template <int L>
 using Arranged = typename CombineArrangement<L>::Type;
@@ -109,6 +110,7 @@ inline void ifft_noleaves_odd(int M, float* data) {
     noLeaves<Direction::Inverse, Orientation::Negative, simd::BestLanes>(M, data);
 }
 
+}  // namespace SP_SIMD_TARGET
 }  // namespace cfft
 
 #endif

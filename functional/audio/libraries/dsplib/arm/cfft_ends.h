@@ -11,6 +11,7 @@
 #include "cfft_drivers.h"
 
 namespace cfft {
+inline namespace SP_SIMD_TARGET {
 
 /** Input elements from 3/16 of the size up to 13/16 are zero; nothing else of a leaf is read. */
 template <int L>
@@ -73,6 +74,7 @@ void transformEnds(const float* x, float* y, int wanted) {
     combine4Ends<D, Layout::Interleaved, Arranged<L>>(N, y, wanted);
 }
 
+}  // namespace SP_SIMD_TARGET
 }  // namespace cfft
 
 #endif

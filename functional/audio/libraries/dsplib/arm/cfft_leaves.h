@@ -12,6 +12,7 @@
 #include "cfft_tables.h"
 
 namespace cfft {
+inline namespace SP_SIMD_TARGET {
 
 /** √½ rounded to single precision: 0x3f3504f3 */
 constexpr float SqrtHalf = 0.70710677f;
@@ -236,6 +237,7 @@ inline void leafPass(int N, int log2N, const float* x, float* y) {
     }
 }
 
+}  // namespace SP_SIMD_TARGET
 }  // namespace cfft
 
 #endif

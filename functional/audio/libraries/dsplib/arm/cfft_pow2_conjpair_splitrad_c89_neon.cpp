@@ -10,8 +10,7 @@
 #include <cstdint>
 
 #include "assertion.h"
-#include "cfft_drivers.h"
-#include "cfft_ends.h"
+#include "cfft_kernels.h"
 #include "cfft_small.h"
 
 namespace {
@@ -21,13 +20,13 @@ using cfft::Direction;
 constexpr char SourcePath[] =
     "functional/audio/libraries/dsplib/arm/cfft_pow2_conjpair_splitrad_c89_neon";
 
-template <Direction D>
-void transform(int N, int log2N, const float* x, float* y) {
-    if (N <= 16) {
-        cfft::transformSmall<D>(N, x, y);
-    } else {
-        cfft::transform<D, simd::BestLanes>(N, log2N, x, y);
-    }
+/** The widest that this machine has. */
+const cfft::Kernels& kernels() {
+#ifdef SP_CFFT_WIDER_VECTORS
+    if (__builtin_cpu_supports("avx512f")) return cfft::Avx512Kernels;
+    if (__builtin_cpu_supports("avx")) return cfft::AvxKernels;
+#endif
+    return cfft::OwnKernels;
 }
 
 /** 32 for 0 */
@@ -43,7 +42,8 @@ void cfft_pow2_conjpair_splitrad_c89(int N, int log2_N, const float* x, float* y
     PLATFORM_ASSERT((uintptr_t)x % 8 == 0);
     PLATFORM_ASSERT((uintptr_t)y % 8 == 0);
     if (N <= 0) return;
-    transform<Direction::Forward>(N, log2_N, x, y);
+    if (N <= 16) return cfft::transformSmall<Direction::Forward>(N, x, y);
+    kernels().forward(N, log2_N, x, y);
 }
 
 void cifft_pow2_conjpair_splitrad_c89(int N, int log2_N, const float* x, float* y) {
@@ -52,7 +52,8 @@ void cifft_pow2_conjpair_splitrad_c89(int N, int log2_N, const float* x, float* 
     PLATFORM_ASSERT((uintptr_t)x % 8 == 0);
     PLATFORM_ASSERT((uintptr_t)y % 8 == 0);
     if (N <= 0) return;
-    transform<Direction::Inverse>(N, log2_N, x, y);
+    if (N <= 16) return cfft::transformSmall<Direction::Inverse>(N, x, y);
+    kernels().inverse(N, log2_N, x, y);
 }
 
 void sp_fftSPxSP(int N, float* x, const float*, float* y, const unsigned char*, int, int, int) {
@@ -67,5 +68,5 @@ void sp_ifft_ends(const float* x, float* y, int wanted) {
     PLATFORM_ASSERT(wanted > 0 && wanted <= FFT_MAX / 32);
     constexpr int step = 32;
     const int rounded = (wanted + step - 1) / step * step;
-    cfft::transformEnds<Direction::Inverse, simd::BestLanes>(x, y, rounded);
+    kernels().inverseEnds(x, y, rounded);
 }

@@ -5,6 +5,7 @@
 #include "cfft_leaves.h"
 
 namespace cfft {
+inline namespace SP_SIMD_TARGET {
 
 /** cos π/8 and sin π/8 rounded to single precision: 0x3f6c835e, 0x3ec3ef15 */
 constexpr float CosPi8 = 0.92387953f;
@@ -101,6 +102,7 @@ inline void transformSmall(int N, const float* x, float* y) {
     }
 }
 
+}  // namespace SP_SIMD_TARGET
 }  // namespace cfft
 
 #endif

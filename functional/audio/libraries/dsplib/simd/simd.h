@@ -12,13 +12,28 @@
 #ifndef DSPLIB_SIMD_SIMD_H
 #define DSPLIB_SIMD_SIMD_H
 
+/*
+ * SP_SIMD_TARGET names what an object is compiled for. The layer, and every template built on it,
+ * lives in an inline namespace of that name: objects for several machines can stand in one program,
+ * and the linker never takes one's function for the other's.
+ */
 #if defined(SP_SIMD_SCALAR)
+#define SP_SIMD_TARGET scalar
 #include "simdScalar.h"
 #elif defined(__ARM_NEON)
+#define SP_SIMD_TARGET neon
 #include "simdNeon.h"
+#elif defined(__AVX512F__)
+#define SP_SIMD_TARGET avx512
+#include "simdSse.h"
+#elif defined(__AVX__)
+#define SP_SIMD_TARGET avx
+#include "simdSse.h"
 #elif defined(__SSE2__)
+#define SP_SIMD_TARGET sse
 #include "simdSse.h"
 #else
+#define SP_SIMD_TARGET scalar
 #include "simdScalar.h"
 #endif
 

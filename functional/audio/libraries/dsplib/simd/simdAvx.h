@@ -14,6 +14,7 @@
 #include <immintrin.h>
 
 namespace simd {
+inline namespace SP_SIMD_TARGET {
 
 using F32x8 = __m256;
 
@@ -222,6 +223,7 @@ inline F32x8 inRegister(F32x8 v) {
     return v;
 }
 
+}  // namespace SP_SIMD_TARGET
 }  // namespace simd
 
 #endif

@@ -14,6 +14,7 @@
 #include <immintrin.h>
 
 namespace simd {
+inline namespace SP_SIMD_TARGET {
 
 using F32x16 = __m512;
 
@@ -47,14 +48,22 @@ inline F32x16 mul(F32x16 a, F32x16 b) {
     return _mm512_mul_ps(a, b);
 }
 
-/** accumulator + a·b, fused */
+/** accumulator + a·b */
 inline F32x16 mulAdd(F32x16 accumulator, F32x16 a, F32x16 b) {
+#ifdef __FMA__
     return _mm512_fmadd_ps(a, b, accumulator);
+#else
+    return _mm512_add_ps(accumulator, _mm512_mul_ps(a, b));
+#endif
 }
 
-/** accumulator - a·b, fused */
+/** accumulator - a·b */
 inline F32x16 mulSub(F32x16 accumulator, F32x16 a, F32x16 b) {
+#ifdef __FMA__
     return _mm512_fnmadd_ps(a, b, accumulator);
+#else
+    return _mm512_sub_ps(accumulator, _mm512_mul_ps(a, b));
+#endif
 }
 
 inline F32x16 div(F32x16 a, F32x16 b) {
@@ -240,6 +249,7 @@ inline F32x16 oddGroups(F32x16 a, F32x16 b) {
     return _mm512_maskz_shuffle_f32x4(AllLanes, a, b, _MM_SHUFFLE(3, 1, 3, 1));
 }
 
+}  // namespace SP_SIMD_TARGET
 }  // namespace simd
 
 #endif

@@ -15,6 +15,7 @@
 #include "simd.h"
 
 namespace simd {
+inline namespace SP_SIMD_TARGET {
 
 template <int L>
 struct Lanes;
@@ -175,6 +176,7 @@ inline void forLanes(int begin, int end, Step step) {
     for (int i = whole; i < end; ++i) step(i, std::integral_constant<int, 1>());
 }
 
+}  // namespace SP_SIMD_TARGET
 }  // namespace simd
 
 #endif

@@ -14,6 +14,7 @@
 #include <cstring>
 
 namespace simd {
+inline namespace SP_SIMD_TARGET {
 
 using F32x2 = float32x2_t;
 using F32x4 = float32x4_t;
@@ -336,6 +337,7 @@ constexpr int BestLanes = 4;
 constexpr int BestLanes = 2;
 #endif
 
+}  // namespace SP_SIMD_TARGET
 }  // namespace simd
 
 #endif

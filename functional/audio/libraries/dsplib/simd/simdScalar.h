@@ -9,6 +9,7 @@
 #include <cstdint>
 
 namespace simd {
+inline namespace SP_SIMD_TARGET {
 
 template <std::size_t Lanes>
 struct Lanewise {
@@ -283,6 +284,7 @@ inline F32x4 sumLanesOfFour(F32x4 a, F32x4 b, F32x4 c, F32x4 d) {
 /** The width at which a kernel that works at any width runs: that of the host's baseline. */
 constexpr int BestLanes = 4;
 
+}  // namespace SP_SIMD_TARGET
 }  // namespace simd
 
 #endif

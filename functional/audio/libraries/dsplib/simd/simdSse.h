@@ -12,6 +12,7 @@
 #include <cstring>
 
 namespace simd {
+inline namespace SP_SIMD_TARGET {
 
 using F32x4 = __m128;
 
@@ -293,6 +294,7 @@ constexpr int BestLanes = 8;
 constexpr int BestLanes = 4;
 #endif
 
+}  // namespace SP_SIMD_TARGET
 }  // namespace simd
 
 #ifdef __AVX__

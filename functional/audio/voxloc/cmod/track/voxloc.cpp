@@ -14,6 +14,7 @@
 #include "UltraSoundDistortionDetection.h"
 #include "crossSpectrum.h"
 #include "eventlog.h"
+#include "flushToZero.h"
 #include "frequencyDomainVad.h"
 #include "gridSearch.h"
 #include "noiseLevel.h"
@@ -212,6 +213,7 @@ void swapBuffers() {
 using namespace voxloc;
 
 void voxloc_calculate(const float* frame, uint32_t bits, uint32_t flags, TrackerResult* result) {
+    const FlushToZero flushToZero;
     recordFrame(frame, bits, flags);
     const int farEnd = voxloc_getFlag(VOXLOC_INPUT_FAR_END, flags);
     const int noiseFlag = voxloc_getFlag(VOXLOC_INPUT_NOISE_FLAG, flags);

@@ -1,0 +1,3 @@
+#include "cfft_kernels.h"
+
+const cfft::Kernels cfft::AvxKernels = cfft::OwnKernels;
