@@ -47,6 +47,38 @@ void benchFrame(benchmark::State& state, std::int32_t product) {
     voxloc_destroy();
 }
 
+/** Reads so much memory that no cache level keeps anything else. */
+void evictCaches() {
+    constexpr std::size_t lineFloats = 16;
+    static const std::vector<float> filler((128u << 20) / sizeof(float), 1.0f);
+    float sum = 0.0f;
+    for (std::size_t i = 0; i < filler.size(); i += lineFloats) sum += filler[i];
+    benchmark::DoNotOptimize(sum);
+}
+
+/** Each frame finds the caches empty, as in the turn of one of many processes with a stream each.
+ */
+void benchColdFrame(benchmark::State& state, std::int32_t product) {
+    voxloc_initialize(product);
+    const Scenario scenario = mixedScenario(ScenarioFrames);
+    TrackerResult result;
+    std::vector<double> times;
+    for (auto _ : state) {
+        for (std::size_t i = 0; i < scenario.frames(); ++i) {
+            evictCaches();
+            double microseconds = 0.0;
+            {
+                const CpuTime time(microseconds);
+                processFrame(scenario, i, result);
+            }
+            times.push_back(microseconds);
+        }
+    }
+    std::sort(times.begin(), times.end());
+    state.counters["us"] = times[times.size() / 2];
+    voxloc_destroy();
+}
+
 // --- Against the peer ---------------------------------------------------------------------------
 
 Decisions decisionsOf(const TrackerResult& result) {
@@ -230,23 +262,33 @@ std::string nameFor(const char* what, const Product& product) {
     return std::string(what) + "/" + product.name;
 }
 
+/** One figure of a benchmark, or a blank where it was filtered out. */
+void printFigure(const Medians& medians, const std::string& benchmark, const char* counter,
+                 int width, int digits) {
+    const auto found = medians.find(benchmark);
+    if (found == medians.end()) {
+        std::printf(" %*s", width, "");
+    } else {
+        std::printf(" %*.*f", width, digits, found->second.at(counter));
+    }
+}
+
 void printProducts(const Medians& medians) {
-    std::printf("%-10s %9s %10s   %8s %8s %6s %10s %6s %8s\n", "product", "frame us", "real time",
-                "init ms", "plain ms", "ratio", "hoisted ms", "ratio", "lags off");
+    std::printf("%-10s %9s %10s %9s   %8s %8s %6s %10s %6s %8s\n", "product", "frame us",
+                "real times", "cold us", "init ms", "plain ms", "ratio", "hoisted ms", "ratio",
+                "lags off");
     for (const Product& product : Products) {
-        const auto frame = medians.find(nameFor("frame", product));
-        const auto init = medians.find(nameFor("initialize", product));
-        if (frame == medians.end() && init == medians.end()) continue;
         std::printf("%-10s", product.name);
-        if (frame != medians.end()) {
-            std::printf(" %9.1f %9.0fx", frame->second.at("us"), frame->second.at("realTime"));
-        }
-        if (init != medians.end()) {
-            const auto& figures = init->second;
-            std::printf("   %8.2f %8.2f %5.2fx %10.2f %5.2fx %8.0f", figures.at("ms"),
-                        figures.at("plainMs"), figures.at("ratio"), figures.at("hoistedMs"),
-                        figures.at("hoistedRatio"), figures.at("differingLags"));
-        }
+        const std::string init = nameFor("initialize", product);
+        printFigure(medians, nameFor("frame", product), "us", 9, 1);
+        printFigure(medians, nameFor("frame", product), "realTime", 10, 0);
+        printFigure(medians, nameFor("frame_cold", product), "us", 9, 1);
+        printFigure(medians, init, "ms", 10, 2);
+        printFigure(medians, init, "plainMs", 8, 2);
+        printFigure(medians, init, "ratio", 6, 2);
+        printFigure(medians, init, "hoistedMs", 10, 2);
+        printFigure(medians, init, "hoistedRatio", 6, 2);
+        printFigure(medians, init, "differingLags", 8, 0);
         std::printf("\n");
     }
 }
@@ -285,6 +327,10 @@ void printTables(const Medians& medians) {
 void registerBenchmarks() {
     for (const Product& product : Products) {
         benchmark::RegisterBenchmark(nameFor("frame", product).c_str(), benchFrame, product.type);
+        benchmark::RegisterBenchmark(nameFor("frame_cold", product).c_str(), benchColdFrame,
+                                     product.type)
+            ->Iterations(1)
+            ->Repetitions(5);
         benchmark::RegisterBenchmark(nameFor("initialize", product).c_str(), benchInitialize,
                                      product.type);
     }
