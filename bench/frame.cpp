@@ -303,6 +303,7 @@ void printPeer(const Medians& medians) {
 }
 
 void printQuiet(const Medians& medians) {
+    if (medians.lower_bound("quiet/") == medians.end()) return;  // all filtered out
     std::printf(
         "\naster, minutes of silence after a talker, relative to the talker's frames\n"
         "%-12s %9s %7s %8s   denormals flushed: %7s %8s %14s\n",
