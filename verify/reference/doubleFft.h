@@ -1,4 +1,4 @@
-/** Fourier transforms in double precision, for checks: a textbook radix-2 transform. */
+/** Transforms of real signals in double precision, fast enough to run a whole tracker on. */
 #ifndef VERIFY_REFERENCE_DOUBLE_FFT_H
 #define VERIFY_REFERENCE_DOUBLE_FFT_H
 
@@ -8,18 +8,16 @@
 #include <utility>
 #include <vector>
 
+#include "referenceDft.h"
+
 namespace reference {
 
-using Spectrum = std::vector<std::complex<double>>;
-
-/** The roots of unity that a transform of that size multiplies by; made once for each size. */
-inline const Spectrum& unitRoots(std::size_t size, int sign) {
+/** The roots of unity of a size, kept: a run of the tracker's model transforms thousands of times.
+ */
+inline const Spectrum& keptRoots(std::size_t size, int sign) {
     static std::map<std::pair<std::size_t, int>, Spectrum> known;
     Spectrum& roots = known[{size, sign}];
-    for (std::size_t k = roots.size(); k < size / 2; ++k) {
-        roots.push_back(std::polar(
-            1.0, sign * 6.283185307179586 * static_cast<double>(k) / static_cast<double>(size)));
-    }
+    if (roots.empty()) roots = rootsOfUnity(size, sign);
     return roots;
 }
 
@@ -32,7 +30,7 @@ inline void transform(Spectrum& x, int sign) {
         j ^= bit;
         if (i < j) std::swap(x[i], x[j]);
     }
-    const Spectrum& roots = unitRoots(size, sign);
+    const Spectrum& roots = keptRoots(size, sign);
     for (std::size_t half = 1; half < size; half *= 2) {
         const std::size_t step = size / (2 * half);
         for (std::size_t start = 0; start < size; start += 2 * half) {

@@ -4,12 +4,14 @@
 #include <random>
 #include <vector>
 
+#include "guardedFloats.h"
 #include "voxloc.h"
 
 namespace {
 
+using reference::GuardedFloats;
+
 constexpr double Unit = 0x1p-24;
-constexpr float Guard = -777.0f;
 constexpr int GuardFloats = 16;
 
 std::vector<float> noise(std::size_t size, unsigned int seed) {
@@ -19,24 +21,6 @@ std::vector<float> noise(std::size_t size, unsigned int seed) {
     for (float& v : values) v = value(random);
     return values;
 }
-
-// An output of `size` floats between sentinels.
-class GuardedOutput {
-  public:
-    explicit GuardedOutput(std::size_t size) : all_(size + 2 * GuardFloats, Guard), size_(size) {}
-    float* data() { return all_.data() + GuardFloats; }
-    float operator[](std::size_t i) const { return all_[i + GuardFloats]; }
-    bool guardsSurvive() const {
-        for (std::size_t i = 0; i < GuardFloats; ++i) {
-            if (all_[i] != Guard || all_[GuardFloats + size_ + i] != Guard) return false;
-        }
-        return true;
-    }
-
-  private:
-    std::vector<float> all_;
-    std::size_t size_;
-};
 
 // An input with NaN behind its end: what is read there would show in the output.
 std::vector<float> guardedInput(std::size_t size, unsigned int seed) {
@@ -50,12 +34,12 @@ const int Counts[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 15, 16, 17, 31, 32, 33, 127,
 TEST(NormalizeInput, DividesByTwoToTheBitsMinusOne) {
     for (const std::uint32_t bits : {1U, 2U, 16U, 24U, 32U}) {
         const std::vector<float> frame = guardedInput(2048, bits);
-        GuardedOutput out(2048);
+        GuardedFloats out(2048);
         voxloc_normalizeInput(frame.data(), out.data(), bits, 1);
         for (std::size_t i = 0; i < 2048; ++i) {
             ASSERT_EQ(out[i], std::ldexp(frame[i], 1 - static_cast<int>(bits))) << bits << " " << i;
         }
-        EXPECT_TRUE(out.guardsSurvive());
+        EXPECT_TRUE(out.intact());
     }
 }
 
@@ -63,10 +47,10 @@ TEST(NormalizeInput, CoversEveryChannelAndNoMore) {
     for (int channels = 1; channels <= 8; ++channels) {
         const std::size_t size = static_cast<std::size_t>(channels) * 2048;
         const std::vector<float> frame = guardedInput(size, 3);
-        GuardedOutput out(size);
+        GuardedFloats out(size);
         voxloc_normalizeInput(frame.data(), out.data(), 24, channels);
         for (std::size_t i = 0; i < size; ++i) ASSERT_EQ(out[i], frame[i] / 8388608.0f) << i;
-        EXPECT_TRUE(out.guardsSurvive()) << channels;
+        EXPECT_TRUE(out.intact()) << channels;
     }
 }
 
@@ -82,10 +66,10 @@ TEST(VectorMultiply, MultipliesElementByElement) {
         const std::size_t size = static_cast<std::size_t>(count);
         const std::vector<float> a = guardedInput(size, 5);
         const std::vector<float> b = guardedInput(size, 6);
-        GuardedOutput out(size);
+        GuardedFloats out(size);
         voxloc_vectorMultiply(a.data(), b.data(), out.data(), count);
         for (std::size_t i = 0; i < size; ++i) ASSERT_EQ(out[i], a[i] * b[i]) << count << " " << i;
-        EXPECT_TRUE(out.guardsSurvive()) << count;
+        EXPECT_TRUE(out.intact()) << count;
     }
 }
 
@@ -128,12 +112,12 @@ TEST(MultiplyWithComplexConjugate, CountsFloats) {
         const std::size_t size = static_cast<std::size_t>(count);
         const std::vector<float> a = guardedInput(size, 9);
         const std::vector<float> b = guardedInput(size, 10);
-        GuardedOutput out(size);
+        GuardedFloats out(size);
         voxloc_multiplyWithComplexConjugate(a.data(), b.data(), out.data(), count);
         for (std::size_t i = 0; i < size; i += 2) {
             expectConjugateProduct(&a[i], &b[i], out[i], out[i + 1]);
         }
-        EXPECT_TRUE(out.guardsSurvive()) << count;
+        EXPECT_TRUE(out.intact()) << count;
     }
 }
 
@@ -155,7 +139,7 @@ TEST(OverlapInputChannels, JoinsThePreviousAndTheCurrentFrame) {
         const std::size_t n = static_cast<std::size_t>(channels);
         const std::vector<float> previous = guardedInput(n * 2048, 13);
         const std::vector<float> current = guardedInput(n * 2048, 14);
-        GuardedOutput block(n * 4096);
+        GuardedFloats block(n * 4096);
         voxloc_overlapInputChannels(block.data(), previous.data(), current.data(), channels);
         for (std::size_t c = 0; c < n; ++c) {
             for (std::size_t i = 0; i < 2048; ++i) {
@@ -163,12 +147,12 @@ TEST(OverlapInputChannels, JoinsThePreviousAndTheCurrentFrame) {
                 ASSERT_EQ(block[c * 4096 + 2048 + i], current[c * 2048 + i]) << c << " " << i;
             }
         }
-        EXPECT_TRUE(block.guardsSurvive()) << channels;
+        EXPECT_TRUE(block.intact()) << channels;
     }
 }
 
 TEST(GenerateHammingWindow, IsSymmetricOver4096Points) {
-    GuardedOutput window(4096);
+    GuardedFloats window(4096);
     voxloc_generateHammingWindow(window.data());
     EXPECT_EQ(window[0], 0.08f);
     for (std::size_t k = 1; k < 4096; ++k) {
@@ -177,7 +161,7 @@ TEST(GenerateHammingWindow, IsSymmetricOver4096Points) {
         // rounded once, from a value that is off by a few units of double precision
         EXPECT_LE(std::abs(static_cast<double>(window[k]) - exact), Unit * exact + 1e-15) << k;
     }
-    EXPECT_TRUE(window.guardsSurvive());
+    EXPECT_TRUE(window.intact());
 }
 
 }  // namespace
