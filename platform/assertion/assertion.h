@@ -31,7 +31,7 @@ extern "C" [[noreturn]] void __assert_fail(const char* expression, const char* p
                                            unsigned int line, const char* function) noexcept;
 
 /** Aborts with `expression` as the text unless it is true. Needs `SourcePath` in scope. */
-#define PLATFORM_ASSERT(expression) \
+#define PLATFORM_ASSERT(expression)      \
     ((expression) ? static_cast<void>(0) \
                   : __assert_fail(#expression, SourcePath, __LINE__, __func__))
 

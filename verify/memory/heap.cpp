@@ -1,7 +1,7 @@
 /**
  * Prints what the tracker holds on the heap after voxloc_initialize, a line for each product: the
- * product's number, bytes and blocks. The linker leads the libraries' calloc here; they call no other
- * allocating function, which memory.py looks after.
+ * product's number, bytes and blocks. The linker leads the libraries' calloc here; they call no
+ * other allocating function, which memory.py looks after.
  */
 #include <cstdio>
 #include <cstdlib>

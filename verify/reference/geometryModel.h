@@ -30,7 +30,7 @@ inline float gridRange(int index) {
  * points of a row (column 0) fall to the row before.
  */
 inline int rowOf(int point) {
-    return static_cast<int>(std::floor(static_cast<float>(point) * 0.004405286f));
+    return point / 227;
 }
 
 inline Position pointAt(float azimuth, float elevation, float range) {

@@ -6,8 +6,8 @@ int main(void) {
     const float talker[3] = {0.26179939f, 0.07330383f, 5.6f}; /* 15 degrees, 4.2 degrees, 5.6 m */
     TrackerResult found;
     voxloc_initialize(PRODUCT_ASTER);
-    AudioGenerator* microphones = createAudioGenerator(voxloc_getNumberOfChannels,
-                                                       voxloc_getMicrophoneCoordinates, 1);
+    AudioGenerator* microphones =
+        createAudioGenerator(voxloc_getNumberOfChannels, voxloc_getMicrophoneCoordinates, 1);
     for (int frame = 0; frame < 10; ++frame) {
         voxloc_calculate(getNextFrame(talker, 0, microphones), 24, 0, &found);
     }

@@ -148,8 +148,8 @@ inline void storeIntegers(std::int16_t* to, F32x16 v) {
 
 /**
  * table[index[0]] to table[index[15]]. Indices that lie within 64 of the smaller end, as those of
- * neighbouring points of a smooth table do, are picked out of whole vectors; others are loaded one by
- * one.
+ * neighbouring points of a smooth table do, are picked out of whole vectors; others are loaded one
+ * by one.
  */
 inline F32x16 gather16(const float* table, const std::int16_t* index) {
 #if defined(__AVX512BW__) && defined(__AVX512VL__)

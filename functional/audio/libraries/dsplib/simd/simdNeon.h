@@ -232,8 +232,8 @@ inline F32x4 negateOddLanes(F32x4 v) {
     return flipSigns(v, vreinterpretq_u32_u64(vdupq_n_u64(0x8000000000000000u)));
 }
 
-// Two lanes serve the complex FFT, whose elements are 8-byte aligned. Loads and stores tell the unit
-// so, which makes them shorter on the smaller cores; they fault at any other address.
+// Two lanes serve the complex FFT, whose elements are 8-byte aligned. Loads and stores tell the
+// unit so, which makes them shorter on the smaller cores; they fault at any other address.
 constexpr std::size_t Alignment2 = 8;
 
 inline F32x2 load2(const float* from) {

@@ -27,8 +27,12 @@ class FlushToZero {
 #if defined(__SSE2__)
     using Mode = unsigned int;
     static constexpr Mode FlushBits = 0x8040;  // results, and operands
-    static Mode mode() { return _mm_getcsr(); }
-    static void setMode(Mode mode) { _mm_setcsr(mode); }
+    static Mode mode() {
+        return _mm_getcsr();
+    }
+    static void setMode(Mode mode) {
+        _mm_setcsr(mode);
+    }
 #elif defined(__aarch64__)
     using Mode = std::uint64_t;
     static constexpr Mode FlushBits = 1u << 24;  // results and operands
@@ -37,7 +41,9 @@ class FlushToZero {
         __asm__ volatile("mrs %0, fpcr" : "=r"(mode));
         return mode;
     }
-    static void setMode(Mode mode) { __asm__ volatile("msr fpcr, %0" : : "r"(mode)); }
+    static void setMode(Mode mode) {
+        __asm__ volatile("msr fpcr, %0" : : "r"(mode));
+    }
 #elif defined(__arm__) && defined(__ARM_FP)
     using Mode = std::uint32_t;
     static constexpr Mode FlushBits = 1u << 24;  // results and operands, of the scalar unit
@@ -46,11 +52,15 @@ class FlushToZero {
         __asm__ volatile("vmrs %0, fpscr" : "=r"(mode));
         return mode;
     }
-    static void setMode(Mode mode) { __asm__ volatile("vmsr fpscr, %0" : : "r"(mode)); }
+    static void setMode(Mode mode) {
+        __asm__ volatile("vmsr fpscr, %0" : : "r"(mode));
+    }
 #else
     using Mode = unsigned int;
     static constexpr Mode FlushBits = 0;
-    static Mode mode() { return 0; }
+    static Mode mode() {
+        return 0;
+    }
     static void setMode(Mode) {}
 #endif
 

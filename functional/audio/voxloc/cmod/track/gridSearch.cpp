@@ -18,7 +18,8 @@ constexpr float LowestFloat = -3.4028235e38f;
 constexpr float RowsPerPoint = 0.004405286f;  // 1/227, one row holds all azimuths
 constexpr float FlatTolerance = 1e-7f;        // of the summed correlation
 
-/** Half a point in: the constant is a little short, and would put a row's start into the row before. */
+/** Half a point in: the constant is a little short, and would put a row's start into the row
+ * before. */
 int rowOf(int point) {
     return static_cast<int>(std::floor((static_cast<float>(point) + 0.5f) * RowsPerPoint));
 }

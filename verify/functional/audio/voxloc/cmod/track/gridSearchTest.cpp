@@ -172,38 +172,20 @@ class FlatRangeRows : public ::testing::Test {
     std::vector<float> sum_ = std::vector<float>(AzimuthRangePoints, 0.0f);
 };
 
-// A lone peak at every point in turn. The rule is in single precision: index·0.004405286, which
-// falls short of the row for some of the points in column 0.
-TEST_F(FlatRangeRows, OfALonePeakAreItsRowBySinglePrecisionArithmetic) {
+TEST_F(FlatRangeRows, OfALonePeakAreItsRow) {
     for (int peak = 0; peak < AzimuthRangePoints; ++peak) {
         sum_[static_cast<std::size_t>(peak)] = 1.0f;
         const voxloc::RangeRows found = rows(peak);
-        const int expected = static_cast<int>(std::floor(static_cast<float>(peak) * 0.004405286f));
-        ASSERT_EQ(found.first, expected) << peak;
-        ASSERT_EQ(found.last, expected) << peak;
+        ASSERT_EQ(found.first, peak / 227) << peak;
+        ASSERT_EQ(found.last, peak / 227) << peak;
         sum_[static_cast<std::size_t>(peak)] = 0.0f;
     }
 }
 
-TEST_F(FlatRangeRows, FallShortInColumnZero) {
-    const auto rowOfPeak = [&](int peak) {
-        sum_.assign(sum_.size(), 0.0f);
-        sum_[static_cast<std::size_t>(peak)] = 1.0f;
-        return rows(peak).first;
-    };
-    EXPECT_EQ(rowOfPeak(227), 0);  // 0.99999994
-    EXPECT_EQ(rowOfPeak(228), 1);
-    EXPECT_EQ(rowOfPeak(5 * 227), 5);
-    EXPECT_EQ(rowOfPeak(6 * 227), 5);
-    EXPECT_EQ(rowOfPeak(46 * 227), 46);
-    EXPECT_EQ(rowOfPeak(47 * 227), 46);  // 46.999996
-}
-
-// Row 47 counts as 46 in column 0 and as itself in every other.
 TEST_F(FlatRangeRows, CoverTheWholeColumnOfAnAllZeroGrid) {
     for (int column = 0; column < 227; ++column) {
         EXPECT_EQ(rows(column).first, 0) << column;
-        EXPECT_EQ(rows(column).last, column == 0 ? 46 : 47) << column;
+        EXPECT_EQ(rows(column).last, 47) << column;
     }
 }
 

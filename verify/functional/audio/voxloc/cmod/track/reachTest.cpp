@@ -9,8 +9,8 @@ namespace {
 using namespace voxloc;
 
 void expectWithinReach(const MicrophonePair& pair, int points) {
-    const int lags = reachInLags(Microphones[pair.firstMicrophone],
-                                 Microphones[pair.secondMicrophone]);
+    const int lags =
+        reachInLags(Microphones[pair.firstMicrophone], Microphones[pair.secondMicrophone]);
     EXPECT_EQ(lags % 2, 0);
     EXPECT_LE(lags, NearLags);
     for (int i = 0; i < points; ++i) {
