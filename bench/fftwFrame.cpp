@@ -55,10 +55,9 @@ void lagsToPlaces(std::vector<std::int16_t>& lags, int plane) {
     for (std::int16_t& lag : lags) lag = static_cast<std::int16_t>(lag / 2 + (lag % 2) * plane);
 }
 
-/** The grid row of a point, rounded as the module rounds it. */
+/** The grid row of a point. */
 int rowOf(int point) {
-    constexpr float rowsPerPoint = 0.004405286f;
-    return static_cast<int>(std::floor(static_cast<float>(point) * rowsPerPoint));
+    return point / AzimuthCount;
 }
 
 }  // namespace

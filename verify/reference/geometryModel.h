@@ -25,10 +25,7 @@ inline float gridRange(int index) {
     return 0.5f + 0.2f * static_cast<float>(index);
 }
 
-/**
- * Row of a point of a grid as the tracker finds it: in single precision, where 22 of the 48 first
- * points of a row (column 0) fall to the row before.
- */
+/** Row of a point of a grid. */
 inline int rowOf(int point) {
     return point / 227;
 }
