@@ -44,7 +44,7 @@ inline F32x8 mul(F32x8 a, F32x8 b) {
 
 /** accumulator + a·b */
 inline F32x8 mulAdd(F32x8 accumulator, F32x8 a, F32x8 b) {
-#ifdef __FMA__
+#ifdef SP_SIMD_FUSED
     return _mm256_fmadd_ps(a, b, accumulator);
 #else
     return _mm256_add_ps(accumulator, _mm256_mul_ps(a, b));
@@ -53,7 +53,7 @@ inline F32x8 mulAdd(F32x8 accumulator, F32x8 a, F32x8 b) {
 
 /** accumulator - a·b */
 inline F32x8 mulSub(F32x8 accumulator, F32x8 a, F32x8 b) {
-#ifdef __FMA__
+#ifdef SP_SIMD_FUSED
     return _mm256_fnmadd_ps(a, b, accumulator);
 #else
     return _mm256_sub_ps(accumulator, _mm256_mul_ps(a, b));

@@ -50,7 +50,7 @@ inline F32x16 mul(F32x16 a, F32x16 b) {
 
 /** accumulator + a·b */
 inline F32x16 mulAdd(F32x16 accumulator, F32x16 a, F32x16 b) {
-#ifdef __FMA__
+#ifdef SP_SIMD_FUSED
     return _mm512_fmadd_ps(a, b, accumulator);
 #else
     return _mm512_add_ps(accumulator, _mm512_mul_ps(a, b));
@@ -59,7 +59,7 @@ inline F32x16 mulAdd(F32x16 accumulator, F32x16 a, F32x16 b) {
 
 /** accumulator - a·b */
 inline F32x16 mulSub(F32x16 accumulator, F32x16 a, F32x16 b) {
-#ifdef __FMA__
+#ifdef SP_SIMD_FUSED
     return _mm512_fnmadd_ps(a, b, accumulator);
 #else
     return _mm512_sub_ps(accumulator, _mm512_mul_ps(a, b));

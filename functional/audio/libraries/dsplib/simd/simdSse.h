@@ -38,7 +38,7 @@ inline F32x4 mul(F32x4 a, F32x4 b) {
 
 /** accumulator + a·b */
 inline F32x4 mulAdd(F32x4 accumulator, F32x4 a, F32x4 b) {
-#ifdef __FMA__
+#ifdef SP_SIMD_FUSED
     return _mm_fmadd_ps(a, b, accumulator);
 #else
     return _mm_add_ps(accumulator, _mm_mul_ps(a, b));
@@ -130,7 +130,7 @@ inline F32x4 sub(F32x4 a, F32x4 b) {
 
 /** accumulator - a·b */
 inline F32x4 mulSub(F32x4 accumulator, F32x4 a, F32x4 b) {
-#ifdef __FMA__
+#ifdef SP_SIMD_FUSED
     return _mm_fnmadd_ps(a, b, accumulator);
 #else
     return _mm_sub_ps(accumulator, _mm_mul_ps(a, b));
