@@ -17,7 +17,8 @@
  * lives in an inline namespace of that name: objects for several machines can stand in one program,
  * and the linker never takes one's function for the other's.
  */
-// Define SP_SIMD_UNFUSED where a compiler takes fused multiply-add for part of the vectors asked for.
+// Define SP_SIMD_UNFUSED where a compiler takes fused multiply-add for part of the vectors asked
+// for.
 #if defined(__FMA__) && !defined(SP_SIMD_UNFUSED)
 #define SP_SIMD_FUSED
 #endif

@@ -19,22 +19,20 @@ struct Lanewise {
 using F32x2 = Lanewise<2>;
 using F32x4 = Lanewise<4>;
 
-template <std::size_t Lanes>
-inline Lanewise<Lanes> loadLanes(const float* from) {
-    Lanewise<Lanes> v;
-    for (std::size_t i = 0; i < Lanes; ++i) v.lane[i] = from[i];
-    return v;
+/** Written out lane by lane, so that compilers keep the lanes in registers. */
+template <class Operation>
+inline F32x2 lanewise(const F32x2& a, const F32x2& b, Operation operation) {
+    return {{operation(a.lane[0], b.lane[0]), operation(a.lane[1], b.lane[1])}};
 }
 
-template <std::size_t Lanes, class Operation>
-inline Lanewise<Lanes> lanewise(Lanewise<Lanes> a, Lanewise<Lanes> b, Operation operation) {
-    Lanewise<Lanes> v;
-    for (std::size_t i = 0; i < Lanes; ++i) v.lane[i] = operation(a.lane[i], b.lane[i]);
-    return v;
+template <class Operation>
+inline F32x4 lanewise(const F32x4& a, const F32x4& b, Operation operation) {
+    return {{operation(a.lane[0], b.lane[0]), operation(a.lane[1], b.lane[1]),
+             operation(a.lane[2], b.lane[2]), operation(a.lane[3], b.lane[3])}};
 }
 
 inline F32x4 load4(const float* from) {
-    return loadLanes<4>(from);
+    return {{from[0], from[1], from[2], from[3]}};
 }
 
 inline void store4(float* to, F32x4 v) {
@@ -199,7 +197,7 @@ inline F32x4 negateOddLanes(F32x4 v) {
 }
 
 inline F32x2 load2(const float* from) {
-    return loadLanes<2>(from);
+    return {{from[0], from[1]}};
 }
 
 inline void store2(float* to, F32x2 v) {

@@ -31,16 +31,25 @@ bool fails() {
 
 }  // namespace
 
+// operator new, by the name that the linker knows it under: its argument is a size_t.
+#if __SIZEOF_POINTER__ == 8
+#define REAL_NEW __real__Znwm
+#define WRAP_NEW __wrap__Znwm
+#else
+#define REAL_NEW __real__Znwj
+#define WRAP_NEW __wrap__Znwj
+#endif
+
 extern "C" {
 void* __real_malloc(std::size_t size);
 void* __real_calloc(std::size_t count, std::size_t size);
 void* __real_realloc(void* old, std::size_t size);
-void* __real__Znwm(std::size_t size);
+void* REAL_NEW(std::size_t size);
 
 void* __wrap_malloc(std::size_t size);
 void* __wrap_calloc(std::size_t count, std::size_t size);
 void* __wrap_realloc(void* old, std::size_t size);
-void* __wrap__Znwm(std::size_t size);
+void* WRAP_NEW(std::size_t size);
 
 void* __wrap_malloc(std::size_t size) {
     if (heap.isWatched) ++heap.allocations;
@@ -63,9 +72,9 @@ void* __wrap_realloc(void* old, std::size_t size) {
 }
 
 // operator new
-void* __wrap__Znwm(std::size_t size) {
+void* WRAP_NEW(std::size_t size) {
     if (heap.isWatched) ++heap.allocations;
-    return __real__Znwm(size);
+    return REAL_NEW(size);
 }
 }
 
