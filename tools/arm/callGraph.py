@@ -94,8 +94,8 @@ def _components(graph, root):
 def deepest(graph, root, recursion):
     """The largest sum of frames from root down, and the chain that has it.
 
-    `recursion` says of functions that call themselves or each other, by name, how many of their
-    frames there are at most at a time. A function outside the graph counts 0.
+    `recursion` says of functions that call themselves or each other, by name without namespaces, how
+    many of their frames there are at most at a time. A function outside the graph counts 0.
     """
     best = {}
     for component in _components(graph, root):
@@ -103,9 +103,10 @@ def deepest(graph, root, recursion):
         calls = set().union(*(graph[symbol].calls for symbol in component))
         frames = 1
         if calls & set(component):
-            if len(names) != 1 or not names <= recursion.keys():
+            plain = {name.split("::")[-1] for name in names}
+            if len(plain) != 1 or not plain <= recursion.keys():
                 raise SystemExit(f"recursion without a bound: {', '.join(sorted(names))}")
-            frames = recursion[min(names)]
+            frames = recursion[min(plain)]
         if not all(graph[symbol].is_bounded for symbol in component):
             raise SystemExit(f"a frame without a bound: {', '.join(sorted(names))}")
         below = max((best[callee] for callee in calls - set(component) if callee in best),

@@ -22,9 +22,10 @@ PRODUCTS = {0: "aster", 1: "bramble", 2: "cinder", 4: "elmwood", 5: "dovetail", 
             7: "gannet"}
 ALLOCATORS = {"malloc", "realloc", "aligned_alloc", "posix_memalign", "memalign"}
 
-# A node of the transform's tree calls itself for children of at most a quarter of its size: from
-# 4096 over 1024 and 256 down to 64 elements.
-RECURSION = {"cfft::noLeaves": 4}
+# Nodes of the transform's tree call themselves for their children: whole nodes for children of at most
+# a quarter of their size, from 4096 over 1024 and 256 down to 64 elements; nodes whose ends alone are
+# wanted for children of at most half, from 4096 down to 32.
+RECURSION = {"noLeaves": 4, "nodeEnds": 8}
 
 
 def sections(archives):
