@@ -191,46 +191,30 @@ void benchInitialize(benchmark::State& state, std::int32_t type) {
 
 constexpr std::size_t TalkerFrames = 128;
 
-std::size_t countDifferences(const std::vector<TrackerResult>& a,
-                             const std::vector<TrackerResult>& b) {
-    std::size_t differences = 0;
-    for (std::size_t i = 0; i < std::min(a.size(), b.size()); ++i) {
-        differences += std::memcmp(&a[i], &b[i], sizeof a[i]) != 0;
-    }
-    return differences;
-}
-
-/** Microseconds a frame; the results are appended. */
-double timeFrames(const Scenario& scenario, std::vector<TrackerResult>& results) {
+/** Microseconds a frame. */
+double timeFrames(const Scenario& scenario) {
     double microseconds = 0.0;
+    TrackerResult result;
     {
         const CpuTime time(microseconds);
-        for (std::size_t i = 0; i < scenario.frames(); ++i) {
-            results.emplace_back();
-            processFrame(scenario, i, results.back());
-        }
+        for (std::size_t i = 0; i < scenario.frames(); ++i) processFrame(scenario, i, result);
     }
     return microseconds / static_cast<double>(scenario.frames());
 }
 
 struct QuietRun {
     double speech, median, dear;  // microseconds a frame; dear: the block at the 95th percentile
-    std::vector<TrackerResult> results;
 };
 
-QuietRun runQuiet(const Quiet& kind, bool flushed) {
+QuietRun runQuiet(const Quiet& kind) {
     voxloc_initialize(PRODUCT_ASTER);
     const Scenario talker = talkerScenario(TalkerFrames);
     QuietFrames quiet(kind);
     QuietRun run = {};
     std::vector<double> blocks;
-    timeFrames(talker, run.results);  // settles
-    run.speech = timeFrames(talker, run.results);
-    for (std::size_t i = 0; i < quiet.blocks(); ++i) {
-        const Scenario& block = quiet.next();
-        const FlushedDenormals flushing(flushed);
-        blocks.push_back(timeFrames(block, run.results));
-    }
+    timeFrames(talker);  // settles
+    run.speech = timeFrames(talker);
+    for (std::size_t i = 0; i < quiet.blocks(); ++i) blocks.push_back(timeFrames(quiet.next()));
     voxloc_destroy();
     std::sort(blocks.begin(), blocks.end());
     run.median = blocks[blocks.size() / 2];
@@ -240,15 +224,10 @@ QuietRun runQuiet(const Quiet& kind, bool flushed) {
 
 void benchQuiet(benchmark::State& state, const Quiet& kind) {
     for (auto _ : state) {
-        const QuietRun plain = runQuiet(kind, false);
-        const QuietRun flushed = runQuiet(kind, true);
-        state.counters["us"] = plain.median;
-        state.counters["ratio"] = plain.median / plain.speech;
-        state.counters["dearRatio"] = plain.dear / plain.speech;
-        state.counters["flushedRatio"] = flushed.median / flushed.speech;
-        state.counters["flushedDearRatio"] = flushed.dear / flushed.speech;
-        state.counters["otherResults"] =
-            static_cast<double>(countDifferences(plain.results, flushed.results));
+        const QuietRun run = runQuiet(kind);
+        state.counters["us"] = run.median;
+        state.counters["ratio"] = run.median / run.speech;
+        state.counters["dearRatio"] = run.dear / run.speech;
     }
 }
 
@@ -306,16 +285,14 @@ void printQuiet(const Medians& medians) {
     if (medians.lower_bound("quiet/") == medians.end()) return;  // all filtered out
     std::printf(
         "\naster, minutes of silence after a talker, relative to the talker's frames\n"
-        "%-12s %9s %7s %8s   denormals flushed: %7s %8s %14s\n",
-        "", "median us", "median", "95 %", "median", "95 %", "other results");
+        "%-12s %9s %7s %8s\n",
+        "", "median us", "median", "95 %");
     for (const Quiet& kind : QuietKinds) {
         const auto found = medians.find(quietName(kind));
         if (found == medians.end()) continue;
         const auto& figures = found->second;
-        std::printf("%-12s %9.1f %6.2fx %7.2fx %26.2fx %7.2fx %14.0f\n", kind.name,
-                    figures.at("us"), figures.at("ratio"), figures.at("dearRatio"),
-                    figures.at("flushedRatio"), figures.at("flushedDearRatio"),
-                    figures.at("otherResults"));
+        std::printf("%-12s %9.1f %6.2fx %7.2fx\n", kind.name, figures.at("us"), figures.at("ratio"),
+                    figures.at("dearRatio"));
     }
 }
 

@@ -2,10 +2,6 @@
 
 #include <cmath>
 
-#ifdef __SSE2__
-#include <immintrin.h>
-#endif
-
 namespace voxloc_bench {
 
 QuietFrames::QuietFrames(const Quiet& quiet)
@@ -25,18 +21,5 @@ const Scenario& QuietFrames::next() {
     }
     return block;
 }
-
-#ifdef __SSE2__
-FlushedDenormals::FlushedDenormals(bool on) : saved(_mm_getcsr()) {
-    constexpr unsigned denormalsAreZero = 1u << 6, flushToZero = 1u << 15;
-    if (on) _mm_setcsr(saved | denormalsAreZero | flushToZero);
-}
-FlushedDenormals::~FlushedDenormals() {
-    _mm_setcsr(saved);
-}
-#else
-FlushedDenormals::FlushedDenormals(bool) : saved(0) {}
-FlushedDenormals::~FlushedDenormals() {}
-#endif
 
 }  // namespace voxloc_bench

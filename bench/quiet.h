@@ -49,21 +49,6 @@ class QuietFrames {
     double gain;
 };
 
-/**
- * Makes the processor treat denormal numbers as zeros in its vector arithmetic while it lives, as
- * the target's vector unit always does. Without effect where the processor has no such switch.
- */
-class FlushedDenormals {
-  public:
-    explicit FlushedDenormals(bool on);
-    ~FlushedDenormals();
-    FlushedDenormals(const FlushedDenormals&) = delete;
-    FlushedDenormals& operator=(const FlushedDenormals&) = delete;
-
-  private:
-    unsigned saved;
-};
-
 }  // namespace voxloc_bench
 
 #endif
