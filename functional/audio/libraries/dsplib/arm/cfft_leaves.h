@@ -8,6 +8,8 @@
 #ifndef DSPLIB_CFFT_LEAVES_H
 #define DSPLIB_CFFT_LEAVES_H
 
+#include <algorithm>
+
 #include "cfft_complex.h"
 #include "cfft_tables.h"
 
@@ -225,9 +227,9 @@ template <Direction D, int L>
 inline void leafPass(int N, int log2N, const float* x, float* y) {
     constexpr int Adjacent = decltype(loadAdjacent<L>(x))::Elements;
     if (N == 32) {
-        leafPassOfWidth<D, (L < 4 ? L : 4), 2>(LeafPlan(32, 5), x, y);
+        leafPassOfWidth<D, std::min(L, 4), 2>(LeafPlan(32, 5), x, y);
     } else if (N == 64) {
-        leafPassOfWidth<D, (L < 8 ? L : 8), (L < 8 ? Adjacent : 4)>(LeafPlan(64, 6), x, y);
+        leafPassOfWidth<D, std::min(L, 8), (L < 8 ? Adjacent : 4)>(LeafPlan(64, 6), x, y);
     } else if (N < FFT_MAX) {
         leafPassOfWidth<D, L, Adjacent>(LeafPlan(N, log2N), x, y);
     } else {
