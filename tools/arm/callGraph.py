@@ -94,8 +94,8 @@ def _components(graph, root):
 def deepest(graph, root, recursion):
     """The largest sum of frames from root down, and the chain that has it.
 
-    `recursion` says of functions that call themselves or each other, by name without namespaces, how
-    many of their frames there are at most at a time. A function outside the graph counts 0.
+    `recursion` says of functions that call themselves or each other, by name without namespaces,
+    how many of their frames there are at most at a time. A function outside the graph counts 0.
     """
     best = {}
     for component in _components(graph, root):

@@ -27,8 +27,8 @@ ITERATIONS = 200
 RARE = 0.5  # instructions executed in fewer of a loop's iterations are priced one by one
 
 # name: processor of llvm-mca, and what it is
-# The other models of small cores are no use here: the cortex-a7, a8 and a53 have none for 32-bit code,
-# and that of the cortex-a9 makes llvm-mca 14 divide by zero.
+# The other models of small cores are no use here: the cortex-a7, a8 and a53 have none for 32-bit
+# code, and that of the cortex-a9 makes llvm-mca 14 divide by zero.
 CORES = {"cortex-r52": "in order and issues two instructions a cycle",
          "cortex-a57": "out of order and issues three"}
 
@@ -52,9 +52,9 @@ REST = "the rest"
 
 FILLER = "cmp r0, #0"  # an instruction that does next to nothing
 
-# Instructions that a model has no entry for, and the nearest that it has: on the cortex-r52 a vector
-# multiplication like an addition, as its scalar ones are, and a multiply-accumulate like its fused
-# counterpart, which takes as long as the scalar one.
+# Instructions that a model has no entry for, and the nearest that it has: on the cortex-r52 a
+# vector multiplication like an addition, as its scalar ones are, and a multiply-accumulate like its
+# fused counterpart, which takes as long as the scalar one.
 SUBSTITUTES = [
     (r"^vml([as])\.f32 (\w+), (\w+), d(\d+)\[\d\]$",
      lambda m: f"vfm{m[1]}.f32 {m[2]}, {m[3]}, {like(m[2], int(m[4]))}"),
@@ -127,7 +127,7 @@ def frame_counts(emulator, program, product, ranges):
 
 
 def frame_symbols(build, program):
-    """Addresses and sizes of what a frame may execute: the call graph's functions and memory moves."""
+    """Addresses and sizes of what a frame may execute: the call graph and memory moves."""
     reached = callGraph.reached(callGraph.read(build), "voxloc_calculate")
     names = {symbol.split(":")[-1] for symbol in reached}
     listing = subprocess.run(["arm-linux-gnueabihf-nm", "-S", program], check=True,
@@ -283,7 +283,8 @@ def stages(estimates):
 
 
 def loop_table(estimates):
-    yield "| Loop in | Instructions | Iterations | " + " | ".join(f"{c}, cycles" for c in CORES) + " |"
+    cores = " | ".join(f"{core}, cycles" for core in CORES)
+    yield f"| Loop in | Instructions | Iterations | {cores} |"
     yield "|---|---|---|" + "---|" * len(CORES)
     heaviest = sorted(estimates[SHOWN].loops, key=lambda loop: -loop[2] * max(loop[4].values()))
     for name, _, iterations, length, prices in heaviest[:30]:

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Assembles small loops, right ones and wrong ones, and looks at what checkKernels.py says of them."""
+"""Assembles small loops, right and wrong ones, and looks at what checkKernels.py says of them."""
 
 import contextlib
 import io
@@ -81,11 +81,13 @@ class CheckKernels(unittest.TestCase):
 
     def test_plain_loads_of_leaves_are_seen(self):
         self.assertEqual(len(self.transform(LEAF + ["vld1.32 {d4}, [r0:64]"])), 1)
-        self.assertTrue(self.violations(checkKernels.check_transform, LEAF, INNER, INNER, LAST, LAST))
+        loops = [LEAF, INNER, INNER, LAST, LAST]
+        self.assertTrue(self.violations(checkKernels.check_transform, *loops))
 
     def test_plain_stores_of_the_last_pass_are_seen(self):
         self.assertEqual(len(self.transform(LAST + ["vst1.32 {d4}, [r1:64]"])), 1)
-        self.assertTrue(self.violations(checkKernels.check_transform, LEAF, LEAF, INNER, INNER, LAST))
+        loops = [LEAF, LEAF, INNER, INNER, LAST]
+        self.assertTrue(self.violations(checkKernels.check_transform, *loops))
 
     def test_missing_alignment_hints_are_seen(self):
         self.assertEqual(len(self.transform(but(LAST, "vst2.32 {d2-d3}, [r1:64]!",
@@ -98,12 +100,14 @@ class CheckKernels(unittest.TestCase):
 
     def test_filters_that_do_not_accumulate_are_seen(self):
         separate = but(FILTER, "vmla.f32 q2, q0, d15[0]", "vadd.f32 q2, q2, q1")
-        self.assertTrue(self.violations(checkKernels.check_filters, *[FILTER] * 12, *[separate] * 5))
+        loops = [FILTER] * 12 + [separate] * 5
+        self.assertTrue(self.violations(checkKernels.check_filters, *loops))
 
     def test_comparisons_taken_apart_are_seen(self):
         apart = SEARCH + ["vcmpe.f32 s0, s1"]
         self.assertEqual(len(self.violations(checkKernels.check_tracker, SEARCH, apart)), 1)
-        self.assertEqual(self.violations(checkKernels.check_tracker, SEARCH, ["vcmpe.f32 s0, s1"]), [])
+        scalar = ["vcmpe.f32 s0, s1"]
+        self.assertEqual(self.violations(checkKernels.check_tracker, SEARCH, scalar), [])
 
     def test_no_loops_at_all_are_seen(self):
         for check in (checkKernels.check_transform, checkKernels.check_filters,

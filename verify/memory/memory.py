@@ -3,8 +3,9 @@
 
     memory.py [--write] FILE BUILD_FOLDER ARCHIVE... -- HEAP_PROGRAM...
 
-Compares with FILE, or renews it; HEAP_PROGRAM comes with its emulator. FILE holds the table between two marks. Heap and static data must be as the table says; code, constants
-and stack depend on the compiler's version and are renewed with the table.
+Compares with FILE, or renews it; HEAP_PROGRAM comes with its emulator. FILE holds the table between
+two marks. Heap and static data must be as the table says; code, constants and stack depend on the
+compiler's version and are renewed with the table.
 """
 
 import argparse
@@ -22,16 +23,17 @@ PRODUCTS = {0: "aster", 1: "bramble", 2: "cinder", 4: "elmwood", 5: "dovetail", 
             7: "gannet"}
 ALLOCATORS = {"malloc", "realloc", "aligned_alloc", "posix_memalign", "memalign"}
 
-# Nodes of the transform's tree call themselves for their children: whole nodes for children of at most
-# a quarter of their size, from 4096 over 1024 and 256 down to 64 elements; nodes whose ends alone are
-# wanted for children of at most half, from 4096 down to 32.
+# Nodes of the transform's tree call themselves for their children: whole nodes for children of at
+# most a quarter of their size, from 4096 over 1024 and 256 down to 64 elements; nodes whose ends
+# alone are wanted for children of at most half, from 4096 down to 32.
 RECURSION = {"noLeaves": 4, "nodeEnds": 8}
 
 
 def sections(archives):
     """Bytes of code, constants and static data."""
     total = {"code": 0, "constants": 0, "static": 0}
-    listing = subprocess.run([SIZE, "-A", *archives], check=True, capture_output=True, text=True).stdout
+    command = [SIZE, "-A", *archives]
+    listing = subprocess.run(command, check=True, capture_output=True, text=True).stdout
     for name, size in re.findall(r"^(\.\S+)\s+(\d+)\s+\d+$", listing, re.M):
         if name.startswith(".text"):
             total["code"] += int(size)
@@ -43,8 +45,9 @@ def sections(archives):
 
 
 def heap(command):
-    lines = subprocess.run(command, check=True, capture_output=True, text=True).stdout.splitlines()
-    return {int(product): (int(size), int(blocks)) for product, size, blocks in map(str.split, lines)}
+    output = subprocess.run(command, check=True, capture_output=True, text=True).stdout
+    figures = [tuple(map(int, line.split())) for line in output.splitlines()]
+    return {product: (size, blocks) for product, size, blocks in figures}
 
 
 def check_allocators(graph):
@@ -71,7 +74,8 @@ def table(arguments):
 
 def held_figures(text):
     """Static data and heap of each product, as the table gives them."""
-    return re.findall(r"^\| (\w+) \| [\d,]+ \| [\d,]+ \| ([\d,]+) \| ([\d,]+ in \d+ blocks) \|", text, re.M)
+    row = r"^\| (\w+) \| [\d,]+ \| [\d,]+ \| ([\d,]+) \| ([\d,]+ in \d+ blocks) \|"
+    return re.findall(row, text, re.M)
 
 
 def main():
