@@ -21,9 +21,9 @@
 #include <string>
 #include <vector>
 
-#include "cfft_pow2_conjpair_splitrad_c89_neon.h"
-#include "referenceDft.h"
-#include "voxloc.h"
+#include "dsplib/cfft_pow2_conjpair_splitrad_c89_neon.h"
+#include "models/referenceDft.h"
+#include "voxloc/voxloc.h"
 
 namespace {
 

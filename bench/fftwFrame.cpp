@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "voxloc.h"
+#include "voxloc/voxloc.h"
 
 // The planes that a pass reads and writes are different ones; without the hint the compiler gives
 // up on telling so many of them apart.

@@ -23,9 +23,9 @@
 #include <memory>
 #include <vector>
 
-#include "grids.h"
 #include "plainTables.h"
-#include "products.h"
+#include "track/grids.h"
+#include "track/products.h"
 
 namespace voxloc_bench {
 

@@ -17,8 +17,8 @@
 #include <string>
 #include <vector>
 
+#include "dsplib/sp_fir_neon.h"
 #include "firPeers.h"
-#include "sp_fir_neon.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstring>
 
-#include "simdLanes.h"
+#include "dsplib/simd/simdLanes.h"
 
 namespace {
 

@@ -14,12 +14,12 @@
 
 #include "cpuTime.h"
 #include "fftwFrame.h"
+#include "kit/talker.h"
 #include "medians.h"
 #include "plainTables.h"
 #include "quiet.h"
-#include "scenario.h"
-#include "voxloc.h"
-#include "voxlocState.h"
+#include "track/voxlocState.h"
+#include "voxloc/voxloc.h"
 
 namespace voxloc_bench {
 

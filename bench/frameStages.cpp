@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
+#include "kit/talker.h"
 #include "medians.h"
 #include "quiet.h"
-#include "scenario.h"
 #include "stages.h"
-#include "voxloc.h"
+#include "voxloc/voxloc.h"
 
 namespace voxloc_bench {
 

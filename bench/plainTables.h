@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "grids.h"
-#include "products.h"
+#include "track/grids.h"
+#include "track/products.h"
 
 namespace voxloc_bench {
 

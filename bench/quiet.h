@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "scenario.h"
+#include "kit/talker.h"
 
 namespace voxloc_bench {
 

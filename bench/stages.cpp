@@ -3,16 +3,16 @@
 #include <chrono>
 #include <type_traits>
 
-#include "UltraSoundDistortionDetection.h"
-#include "cfft_pow2_conjpair_splitrad_c89_neon.h"
-#include "crossSpectrum.h"
-#include "frequencyDomainVad.h"
-#include "gridSearch.h"
-#include "noiseLevel.h"
-#include "phaseTransform.h"
-#include "sp_fir_neon.h"
-#include "timeDomainVad.h"
-#include "voxloc.h"
+#include "dsplib/cfft_pow2_conjpair_splitrad_c89_neon.h"
+#include "dsplib/sp_fir_neon.h"
+#include "track/UltraSoundDistortionDetection.h"
+#include "track/crossSpectrum.h"
+#include "track/frequencyDomainVad.h"
+#include "track/gridSearch.h"
+#include "track/noiseLevel.h"
+#include "track/phaseTransform.h"
+#include "track/timeDomainVad.h"
+#include "voxloc/voxloc.h"
 
 namespace voxloc_bench {
 

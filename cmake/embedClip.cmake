@@ -25,7 +25,7 @@ string(REGEX REPLACE "(${line})" "\\1\n" samples "${samples}")
 
 get_filename_component(clipName "${CLIP}" NAME)
 file(WRITE "${OUTPUT}" "// Made from ${clipName} by embedClip.cmake.
-#include \"unittestGenerator.h\"
+#include \"voxloc/unittestGenerator.h\"
 
 // A 24-bit two's complement word as a float.
 #define S(word) static_cast<float>((0x##word ^ 0x800000) - 0x800000),

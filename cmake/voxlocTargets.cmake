@@ -16,16 +16,32 @@ function(voxloc_compile_strictly target)
   endif()
 endfunction()
 
-# voxloc_add_library(<name> FOLDER <dir> SOURCES ... PUBLIC_HEADERS ...
-#                    [GENERATED_SOURCES ...] [PRIVATE_INCLUDES ...] [LINKS ...])
-# A static library voxloc_<name>, alias voxloc::<name>, installed with its public headers.
+# Where the rooms stand, for include lines that show the room: "console/eventlog.h".
+set(VOXLOC_ROOMS
+  "${PROJECT_SOURCE_DIR}/platform"
+  "${PROJECT_SOURCE_DIR}/functional/audio/libraries")
+
+# voxloc_forward_header(<target> <room> <header>)
+# Makes <room>/<header> a valid spelling in the build tree: the one that the installed tree has.
+function(voxloc_forward_header target room header)
+  get_filename_component(name "${header}" NAME)
+  file(CONFIGURE OUTPUT "${PROJECT_BINARY_DIR}/include/${target}/${room}/${name}"
+    CONTENT "#include \"${header}\"\n")
+endfunction()
+
+# voxloc_add_library(<name> ROOM <room> FOLDER <dir> SOURCES ... PUBLIC_HEADERS ...
+#                    [GENERATED_SOURCES ...] [LINKS ...])
+# A static library voxloc_<name>, alias voxloc::<name>, installed with its public headers, which are
+# included as <room>/<header> in the tree and out of it.
 function(voxloc_add_library name)
-  cmake_parse_arguments(arg "" "FOLDER" 
-    "SOURCES;GENERATED_SOURCES;PUBLIC_HEADERS;PRIVATE_INCLUDES;LINKS" ${ARGN})
+  cmake_parse_arguments(arg "" "ROOM;FOLDER"
+    "SOURCES;GENERATED_SOURCES;PUBLIC_HEADERS;LINKS" ${ARGN})
   set(target voxloc_${name})
   list(TRANSFORM arg_SOURCES PREPEND "${arg_FOLDER}/")
   list(TRANSFORM arg_PUBLIC_HEADERS PREPEND "${PROJECT_SOURCE_DIR}/${arg_FOLDER}/")
-  list(TRANSFORM arg_PRIVATE_INCLUDES PREPEND "${PROJECT_SOURCE_DIR}/")
+  foreach(header IN LISTS arg_PUBLIC_HEADERS)
+    voxloc_forward_header(${target} ${arg_ROOM} "${header}")
+  endforeach()
   list(TRANSFORM arg_LINKS PREPEND "voxloc::")
 
   add_library(${target} STATIC ${arg_SOURCES} ${arg_GENERATED_SOURCES})
@@ -38,12 +54,13 @@ function(voxloc_add_library name)
   set_target_properties(${target} PROPERTIES
     OUTPUT_NAME ${archive}
     EXPORT_NAME ${name}
+    ROOM ${arg_ROOM}
     PUBLIC_HEADER "${arg_PUBLIC_HEADERS}")
   target_include_directories(${target}
     PUBLIC
-      $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/${arg_FOLDER}>
+      $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/include/${target}>
       $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
-    PRIVATE ${arg_PRIVATE_INCLUDES})
+    PRIVATE ${VOXLOC_ROOMS})
   target_link_libraries(${target} PUBLIC ${arg_LINKS} m)
   target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti>)
   if(VOXLOC_CALL_GRAPH)
@@ -52,7 +69,7 @@ function(voxloc_add_library name)
   voxloc_compile_strictly(${target})
   install(TARGETS ${target} EXPORT voxlocTargets
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    PUBLIC_HEADER DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/voxloc)
+    PUBLIC_HEADER DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${arg_ROOM})
 endfunction()
 
 # voxloc_embed_clips(<variable> FOLDER <dir> CLIPS <wav>=<array> ...)

@@ -7,7 +7,7 @@
 #include <climits>
 #include <cstdio>
 
-#include "assertion.h"
+#include "assertion/assertion.h"
 
 namespace {
 

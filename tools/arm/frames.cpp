@@ -2,8 +2,8 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "unittestGenerator.h"
-#include "voxloc.h"
+#include "voxloc/unittestGenerator.h"
+#include "voxloc/voxloc.h"
 
 int main(int argc, char** argv) {
     if (argc != 3) {

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <ctime>
 
-#include "assertion.h"
+#include "assertion/assertion.h"
 #include "audunittest_internal.h"
 
 namespace audunittest {

@@ -31,7 +31,7 @@
 
 #include <stdint.h>
 
-#include "console.h"
+#include "console/console.h"
 
 #ifdef __cplusplus
 extern "C" {

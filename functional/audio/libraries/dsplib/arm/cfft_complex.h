@@ -15,7 +15,7 @@
 #ifndef DSPLIB_CFFT_COMPLEX_H
 #define DSPLIB_CFFT_COMPLEX_H
 
-#include "simdLanes.h"
+#include "dsplib/simd/simdLanes.h"
 
 namespace cfft {
 inline namespace SP_SIMD_TARGET {

@@ -9,7 +9,7 @@
 
 #include <cstdint>
 
-#include "assertion.h"
+#include "assertion/assertion.h"
 #include "cfft_kernels.h"
 #include "cfft_small.h"
 

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <utility>
 
-#include "assertion.h"
+#include "assertion/assertion.h"
 #include "sp_fir_neon_blocks.h"
 #include "sp_fir_neon_internal.h"
 #include "sp_fir_neon_kernels.h"

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-#include "simdLanes.h"
+#include "dsplib/simd/simdLanes.h"
 #include "sp_fir_neon_kernels.h"
 
 namespace sp_fir {

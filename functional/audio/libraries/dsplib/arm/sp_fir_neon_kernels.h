@@ -18,7 +18,7 @@
 #include <cstddef>
 #include <utility>
 
-#include "simd.h"
+#include "dsplib/simd/simd.h"
 
 namespace sp_fir {
 

@@ -2,7 +2,7 @@
 #include <cstddef>
 #include <cstring>
 
-#include "assertion.h"
+#include "assertion/assertion.h"
 #include "sp_fir_neon.h"
 #include "sp_fir_neon_internal.h"
 #include "sp_fir_neon_kernels.h"

@@ -3,8 +3,8 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "assertion.h"
-#include "eventlog.h"
+#include "assertion/assertion.h"
+#include "console/eventlog.h"
 #include "grids.h"
 #include "voxloc.h"
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <type_traits>
 
+#include "dsplib/simd/simdLanes.h"
 #include "grids.h"
-#include "simdLanes.h"
 
 namespace voxloc {
 

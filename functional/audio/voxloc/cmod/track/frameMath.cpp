@@ -3,9 +3,9 @@
 #include <cmath>
 #include <cstdint>
 
-#include "assertion.h"
+#include "assertion/assertion.h"
+#include "dsplib/simd/simdLanes.h"
 #include "grids.h"
-#include "simdLanes.h"
 #include "voxloc.h"
 
 namespace {

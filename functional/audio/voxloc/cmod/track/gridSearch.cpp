@@ -3,8 +3,8 @@
 #include <cmath>
 #include <cstddef>
 
+#include "dsplib/simd/simdLanes.h"
 #include "grids.h"
-#include "simdLanes.h"
 
 namespace voxloc {
 

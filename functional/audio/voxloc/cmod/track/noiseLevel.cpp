@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "conversions.h"
-#include "simdLanes.h"
+#include "dsplib/simd/simdLanes.h"
 
 namespace voxloc {
 

@@ -3,8 +3,8 @@
 #include <cmath>
 
 #include "conversions.h"
+#include "dsplib/simd/simdLanes.h"
 #include "grids.h"
-#include "simdLanes.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "cfft_pow2_conjpair_splitrad_c89_neon.h"
-#include "simdLanes.h"
+#include "dsplib/cfft_pow2_conjpair_splitrad_c89_neon.h"
+#include "dsplib/simd/simdLanes.h"
 
 namespace voxloc {
 

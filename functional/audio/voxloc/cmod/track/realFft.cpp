@@ -2,9 +2,9 @@
 
 #include <cmath>
 
-#include "cfft_pow2_conjpair_splitrad_c89_neon.h"
-#include "simdLanes.h"
-#include "sp_fir_neon.h"
+#include "dsplib/cfft_pow2_conjpair_splitrad_c89_neon.h"
+#include "dsplib/simd/simdLanes.h"
+#include "dsplib/sp_fir_neon.h"
 #include "voxloc.h"
 
 namespace voxloc {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "simdLanes.h"
+#include "dsplib/simd/simdLanes.h"
 
 namespace voxloc {
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "assertion.h"
+#include "assertion/assertion.h"
 #include "conversions.h"
 
 const ClipInfo femaleSpeechInfo = {femaleSpeech, CLIP_SAMPLES};

@@ -12,8 +12,8 @@
 #include <utility>
 
 #include "UltraSoundDistortionDetection.h"
+#include "console/eventlog.h"
 #include "crossSpectrum.h"
-#include "eventlog.h"
 #include "flushToZero.h"
 #include "frequencyDomainVad.h"
 #include "gridSearch.h"

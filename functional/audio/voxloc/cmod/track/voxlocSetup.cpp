@@ -9,7 +9,7 @@
 #include <cstdlib>
 
 #include "UltraSoundDistortionDetection.h"
-#include "assertion.h"
+#include "assertion/assertion.h"
 #include "frequencyDomainVad.h"
 #include "noiseLevel.h"
 #include "pairGeometry.h"

@@ -1,6 +1,6 @@
 #include <cmath>
 
-#include "eventlog.h"
+#include "console/eventlog.h"
 #include "testSupport.h"
 
 namespace voxloc_tests {

@@ -1,7 +1,7 @@
 #include <cmath>
 #include <optional>
 
-#include "eventlog.h"
+#include "console/eventlog.h"
 #include "testSupport.h"
 
 namespace voxloc_tests {

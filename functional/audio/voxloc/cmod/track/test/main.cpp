@@ -1,4 +1,4 @@
-#include "audunittest.h"
+#include "audunittest/audunittest.h"
 
 int main(int argc, char* argv[]) {
     return static_cast<int>(audunittest_commandline(argc, argv));

@@ -1,5 +1,5 @@
 /** Hands the eighteen tests to the harness before main. */
-#include "audunittest.h"
+#include "audunittest/audunittest.h"
 #include "tests.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "eventlog.h"
+#include "console/eventlog.h"
 #include "testSupport.h"
 
 namespace voxloc_tests {

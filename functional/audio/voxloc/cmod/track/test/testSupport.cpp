@@ -1,6 +1,6 @@
 #include "testSupport.h"
 
-#include "eventlog.h"
+#include "console/eventlog.h"
 
 namespace voxloc_tests {
 

@@ -3,7 +3,7 @@
 #define VOXLOC_TEST_SUPPORT_H
 
 #include "tests.h"
-#include "unittestGenerator.h"
+#include "voxloc/unittestGenerator.h"
 
 namespace voxloc_tests {
 

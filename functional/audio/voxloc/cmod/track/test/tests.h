@@ -6,7 +6,7 @@
 #ifndef VOXLOC_TESTS_H
 #define VOXLOC_TESTS_H
 
-#include "voxloc.h"
+#include "voxloc/voxloc.h"
 
 namespace voxloc_tests {
 

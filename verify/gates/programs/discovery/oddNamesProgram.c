@@ -1,0 +1,16 @@
+/* A program whose tests have names that mean something to CMake. */
+#include "audunittest/audunittest.h"
+
+static void passes(void) {
+    audunittest_succeed_test("tests", 1);
+}
+
+int main(int argc, char* argv[]) {
+    static const char* const names[] = {
+        "two words", "semi;colon", "[bracket", "${variable}", "back\\slash", "quo\"te", "#hash",
+    };
+    for (unsigned i = 0; i < sizeof names / sizeof names[0]; i++) {
+        audunittest_register_test(passes, names[i]);
+    }
+    return (int)audunittest_commandline(argc, (const char* const*)argv);
+}

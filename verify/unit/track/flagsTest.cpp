@@ -1,0 +1,61 @@
+#include <gtest/gtest.h>
+
+#include "voxloc/voxloc.h"
+
+namespace {
+
+std::uint32_t withFlag(std::uint32_t word, std::uint32_t bit, std::int32_t value) {
+    voxloc_setFlag(bit, value, &word);
+    return word;
+}
+
+TEST(GetFlag, ReadsASingleBit) {
+    EXPECT_EQ(voxloc_getFlag(3, 8), 1);
+    EXPECT_EQ(voxloc_getFlag(2, 8), 0);
+    EXPECT_EQ(voxloc_getFlag(4, 8), 0);
+}
+
+TEST(GetFlag, GivesOneOrZeroForEveryBit) {
+    for (std::uint32_t bit = 0; bit < 32; ++bit) {
+        EXPECT_EQ(voxloc_getFlag(bit, 1U << bit), 1) << bit;
+        EXPECT_EQ(voxloc_getFlag(bit, ~(1U << bit)), 0) << bit;
+    }
+}
+
+TEST(SetFlag, ClearsABitAndLeavesTheOthers) {
+    EXPECT_EQ(withFlag(3, 1, 0), 1U);
+    for (std::uint32_t bit = 0; bit < 32; ++bit) {
+        EXPECT_EQ(withFlag(0xffffffffU, bit, 0), ~(1U << bit)) << bit;
+    }
+}
+
+TEST(SetFlag, SetsABitAndLeavesTheOthers) {
+    for (std::uint32_t bit = 0; bit < 32; ++bit) {
+        EXPECT_EQ(withFlag(0, bit, 1), 1U << bit) << bit;
+        EXPECT_EQ(withFlag(1U << bit, bit, 1), 1U << bit) << bit;
+    }
+}
+
+// The value is shifted as it is.
+TEST(SetFlag, SetsTheNextBitUpForAValueOfTwo) {
+    EXPECT_EQ(withFlag(0, 4, 2), 0x20U);
+    EXPECT_EQ(withFlag(0x10, 4, 2), 0x20U);
+    EXPECT_EQ(withFlag(0x20, 4, 0), 0x20U);  // only the bit itself is cleared
+    EXPECT_EQ(withFlag(0, 4, 3), 0x30U);
+    EXPECT_EQ(withFlag(0, 31, 2), 0U);  // shifted out
+    EXPECT_EQ(withFlag(0, 28, -1), 0xf0000000U);
+}
+
+TEST(FlagBits, HaveTheirPublicNumbers) {
+    EXPECT_EQ(VOXLOC_INPUT_FAR_END, 0);
+    EXPECT_EQ(VOXLOC_INPUT_NOISE_FLAG, 1);
+    EXPECT_EQ(VOXLOC_FLAG_VOICE, 0);
+    EXPECT_EQ(VOXLOC_FLAG_TD_VOICE, 1);
+    EXPECT_EQ(VOXLOC_FLAG_SOUND, 2);
+    EXPECT_EQ(VOXLOC_FLAG_FAR_END, 3);
+    EXPECT_EQ(VOXLOC_FLAG_NOISE_INPUT, 4);
+    EXPECT_EQ(VOXLOC_FLAG_ULTRASOUND, 5);
+    EXPECT_EQ(VOXLOC_FLAG_POSITION_VALID, 7);
+}
+
+}  // namespace

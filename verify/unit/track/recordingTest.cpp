@@ -1,0 +1,212 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "initializedModule.h"
+#include "track/voxlocState.h"
+#include "voxloc/unittestGenerator.h"
+
+namespace {
+
+// A file name of this test's own, gone at its end.
+class TemporaryFile {
+  public:
+    TemporaryFile() : path_(::testing::TempDir() + "voxlocRecordingXXXXXX") {
+        close(mkstemp(path_.data()));
+    }
+    ~TemporaryFile() { unlink(path_.c_str()); }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    const char* path() const { return path_.c_str(); }
+    std::string content() const {
+        std::ifstream file(path_, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    }
+
+  private:
+    std::string path_;
+};
+
+std::string bytesOf(const void* data, std::size_t size) {
+    return {static_cast<const char*>(data), size};
+}
+
+// What one frame adds to the file.
+std::string record(std::uint32_t bits, std::uint32_t flags, const std::vector<float>& frame) {
+    return bytesOf(&bits, 4) + bytesOf(&flags, 4) + bytesOf(frame.data(), frame.size() * 4);
+}
+
+std::vector<float> noiseFrame(int channels, unsigned int seed) {
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<float> sample(-8388608.0f, 8388607.0f);
+    std::vector<float> frame(static_cast<std::size_t>(channels) * 2048);
+    for (float& value : frame) value = std::round(sample(random));
+    return frame;
+}
+
+TEST(Recording, HoldsTheHeaderAndEveryFrameByteForByte) {
+    const TemporaryFile file;
+    const InitializedModule module(PRODUCT_DOVETAIL);
+    std::string expected = "\xAC\x01\x05\x06";
+    TrackerResult result{};
+    EXPECT_EQ(voxloc_record_start(file.path()), 6);
+    for (std::uint32_t i = 0; i < 5; ++i) {
+        std::vector<float> frame = noiseFrame(6, i);
+        if (i == 3) frame[77] = NAN;
+        const std::uint32_t flags = 0xabcd0000U + i;  // bits that mean nothing are recorded, too
+        voxloc_calculate(frame.data(), 24 - i, flags, &result);
+        expected += record(24 - i, flags, frame);
+    }
+    voxloc_record_stop();
+    EXPECT_TRUE(file.content() == expected);
+    EXPECT_EQ(expected.size(), 4U + 5U * (8U + 6U * 2048U * 4U));
+}
+
+TEST(Recording, TakesTheChannelsOfTheProduct) {
+    const TemporaryFile file;
+    {
+        const InitializedModule module(PRODUCT_GANNET);
+        const std::vector<float> frame = noiseFrame(8, 1);
+        TrackerResult result{};
+        EXPECT_EQ(voxloc_record_start(file.path()), 8);
+        voxloc_calculate(frame.data(), 24, 0, &result);
+        voxloc_calculate(frame.data(), 24, 3, &result);
+    }  // the end of the module ends the recording
+    EXPECT_EQ(voxloc::recording, nullptr);
+    const std::string content = file.content();
+    EXPECT_EQ(content.size(), 4U + 2U * (8U + 8U * 2048U * 4U));
+    EXPECT_EQ(content.substr(0, 4), "\xAC\x01\x07\x08");
+}
+
+TEST(Recording, TakesNothingBeforeItsStartAndAfterItsStop) {
+    const TemporaryFile file;
+    const InitializedModule module(PRODUCT_FOXGLOVE);
+    TrackerResult result{};
+    voxloc_calculate(noiseFrame(4, 1).data(), 24, 0, &result);
+    voxloc_record_start(file.path());
+    const std::vector<float> frame = noiseFrame(4, 2);
+    voxloc_calculate(frame.data(), 24, 0, &result);
+    voxloc_record_stop();
+    EXPECT_EQ(voxloc::recording, nullptr);
+    voxloc_calculate(noiseFrame(4, 3).data(), 24, 0, &result);
+    EXPECT_TRUE(file.content() == "\xAC\x01\x06\x04" + record(24, 0, frame));
+    voxloc_record_stop();  // does nothing
+    EXPECT_EQ(voxloc::recording, nullptr);
+}
+
+TEST(Recording, EndsWhenAnotherOneIsStarted) {
+    const TemporaryFile first;
+    const TemporaryFile second;
+    const InitializedModule module(PRODUCT_FOXGLOVE);
+    const std::vector<float> frame = noiseFrame(4, 2);
+    TrackerResult result{};
+    voxloc_record_start(first.path());
+    voxloc_calculate(frame.data(), 24, 0, &result);
+    voxloc_record_start(second.path());
+    const std::string expected = "\xAC\x01\x06\x04" + record(24, 0, frame);
+    EXPECT_TRUE(first.content() == expected);  // closed, so all of it is there
+    voxloc_calculate(frame.data(), 24, 0, &result);
+    voxloc_record_stop();
+    EXPECT_TRUE(first.content() == expected);
+    EXPECT_TRUE(second.content() == expected);
+}
+
+TEST(Recording, StartedAgainOnItsOwnFileBeginsAnew) {
+    const TemporaryFile file;
+    const InitializedModule module(PRODUCT_FOXGLOVE);
+    const std::vector<float> frame = noiseFrame(4, 2);
+    TrackerResult result{};
+    voxloc_record_start(file.path());
+    voxloc_calculate(frame.data(), 24, 0, &result);
+    voxloc_record_start(file.path());
+    voxloc_record_stop();
+    EXPECT_EQ(file.content(), "\xAC\x01\x06\x04");
+}
+
+// The header tells what the module is at that moment; the frames follow once there are any.
+TEST(Recording, MayBeStartedBeforeInitialize) {
+    const TemporaryFile file;
+    { const InitializedModule earlier(PRODUCT_CINDER); }
+    EXPECT_EQ(voxloc_record_start(file.path()), 6);
+    const std::vector<float> frame = noiseFrame(4, 2);
+    {
+        const InitializedModule module(PRODUCT_FOXGLOVE);
+        TrackerResult result{};
+        voxloc_calculate(frame.data(), 24, 1, &result);
+    }
+    EXPECT_TRUE(file.content() == "\xAC\x01\x02\x06" + record(24, 1, frame));
+}
+
+// Destroy has nothing to do then, and does not end a recording either.
+TEST(Recording, SurvivesADestroyOfAnUninitializedModule) {
+    const TemporaryFile file;
+    { const InitializedModule earlier(PRODUCT_CINDER); }
+    voxloc_record_start(file.path());
+    voxloc_destroy();
+    EXPECT_NE(voxloc::recording, nullptr);
+    voxloc_record_stop();
+    EXPECT_EQ(file.content(), "\xAC\x01\x02\x06");
+}
+
+// The results of some frames of speech, as bytes, while recording to a path or not at all.
+std::string resultsWhileRecordingTo(const char* path, int* started) {
+    const InitializedModule module(PRODUCT_ASTER);
+    AudioGenerator* generator =
+        createAudioGenerator(voxloc_getNumberOfChannels, voxloc_getMicrophoneCoordinates, 0);
+    const float source[3] = {0.3f, 0.1f, 2.0f};
+    if (path != nullptr) *started = voxloc_record_start(path);
+    std::string results;
+    for (int i = 0; i < 15; ++i) {
+        TrackerResult result{};
+        voxloc_calculate(getNextFrame(source, 0, generator), 24, 0, &result);
+        results += bytesOf(&result, sizeof result);
+    }
+    voxloc_record_stop();
+    destroyAudioGenerator(generator);
+    return results;
+}
+
+TEST(Recording, LeavesTheResultsAlone) {
+    const TemporaryFile file;
+    int started = -1;
+    const std::string without = resultsWhileRecordingTo(nullptr, nullptr);
+    EXPECT_TRUE(resultsWhileRecordingTo(file.path(), &started) == without);
+    EXPECT_EQ(started, 6);
+}
+
+TEST(Recording, ToAPathThatCannotBeOpenedIsRefusedAndProcessingGoesOn) {
+    int started = -1;
+    const std::string without = resultsWhileRecordingTo(nullptr, nullptr);
+    const std::string path = ::testing::TempDir() + "no/such/folder/recording";
+    EXPECT_TRUE(resultsWhileRecordingTo(path.c_str(), &started) == without);
+    EXPECT_EQ(started, 0);
+}
+
+TEST(Recording, ThatIsRefusedEndsTheOneThatIsOpen) {
+    const TemporaryFile file;
+    const InitializedModule module(PRODUCT_ASTER);
+    voxloc_record_start(file.path());
+    const std::string path = ::testing::TempDir() + "no/such/folder/recording";
+    EXPECT_EQ(voxloc_record_start(path.c_str()), 0);
+    EXPECT_EQ(voxloc::recording, nullptr);
+    EXPECT_EQ(file.content(), std::string("\xAC\x01\x00\x06", 4));
+}
+
+TEST(Recording, ToAFullDiskDoesNoHarm) {
+    if (access("/dev/full", W_OK) != 0) GTEST_SKIP() << "there is no /dev/full here";
+    int started = -1;
+    const std::string without = resultsWhileRecordingTo(nullptr, nullptr);
+    EXPECT_TRUE(resultsWhileRecordingTo("/dev/full", &started) == without);
+    EXPECT_EQ(started, 6);  // buffered: the disk is not asked before the first frame
+}
+
+}  // namespace

@@ -1,0 +1,436 @@
+// The stages of a frame as they show in the module's state. The arithmetic of the stages has suites
+// of its own; the results as a whole are held against a model elsewhere.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "initializedModule.h"
+#include "models/doubleFft.h"
+#include "track/crossSpectrum.h"
+#include "track/gridSearch.h"
+#include "track/noiseLevel.h"
+#include "track/voxlocState.h"
+#include "voxloc/unittestGenerator.h"
+
+namespace {
+
+constexpr double Unit = 0x1p-24;
+constexpr float FullScale = 8388608.0f;
+constexpr std::uint32_t FarEnd = 1U << VOXLOC_INPUT_FAR_END;
+constexpr std::uint32_t NoiseFlag = 1U << VOXLOC_INPUT_NOISE_FLAG;
+
+std::vector<float> noiseFrame(int channels, unsigned int seed) {
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<float> sample(-FullScale / 8, FullScale / 8);
+    std::vector<float> frame(static_cast<std::size_t>(channels) * 2048);
+    for (float& value : frame) value = std::round(sample(random));
+    return frame;
+}
+
+TrackerResult calculate(const std::vector<float>& frame, std::uint32_t flags = 0) {
+    TrackerResult result{NAN, NAN, NAN, NAN, 0xffffffffU};
+    voxloc_calculate(frame.data(), 24, flags, &result);
+    return result;
+}
+
+bool isZero(const float* values, int count) {
+    return std::all_of(values, values + count, [](float value) { return value == 0.0f; });
+}
+
+// Speech from a place, frame by frame.
+class Speech {
+  public:
+    Speech()
+        : generator_(createAudioGenerator(voxloc_getNumberOfChannels,
+                                          voxloc_getMicrophoneCoordinates, 0)) {}
+    ~Speech() { destroyAudioGenerator(generator_); }
+    Speech(const Speech&) = delete;
+    Speech& operator=(const Speech&) = delete;
+
+    TrackerResult calculate(std::uint32_t flags = 0) {
+        const float source[3] = {0.3f, 0.1f, 2.0f};
+        TrackerResult result{};
+        voxloc_calculate(getNextFrame(source, 0, generator_), 24, flags, &result);
+        return result;
+    }
+    TrackerResult calculateFrames(int frames) {
+        TrackerResult result{};
+        for (int i = 0; i < frames; ++i) result = calculate();
+        return result;
+    }
+
+  private:
+    AudioGenerator* generator_;
+};
+
+class VoxlocCalculate : public ::testing::Test {
+  protected:
+    InitializedModule module_{PRODUCT_ASTER};
+};
+
+bool holdsBlock(int channel, const float* older, const std::vector<float>& newer) {
+    const float* block = voxloc::InputAudio + channel * 4096;
+    for (int i = 0; i < 2048; ++i) {
+        const float before = older == nullptr ? 0.0f : older[channel * 2048 + i] / FullScale;
+        if (block[i] != before) return false;
+        const float after = newer[static_cast<std::size_t>(channel * 2048 + i)] / FullScale;
+        if (block[2048 + i] != after) return false;
+    }
+    return true;
+}
+
+TEST_F(VoxlocCalculate, JoinsTheFrameWithThePreviousOneForTheNextCall) {
+    const std::vector<float> first = noiseFrame(6, 1);
+    const std::vector<float> second = noiseFrame(6, 2);
+    calculate(first);
+    for (int c = 0; c < 6; ++c) EXPECT_TRUE(holdsBlock(c, nullptr, first)) << c;
+    calculate(second);
+    for (int c = 0; c < 6; ++c) EXPECT_TRUE(holdsBlock(c, first.data(), second)) << c;
+}
+
+TEST_F(VoxlocCalculate, AnalysesNothingInTheFirstCall) {
+    calculate(noiseFrame(6, 1));
+    EXPECT_TRUE(isZero(voxloc::FftResult, 6 * 4098));
+    EXPECT_TRUE(isZero(voxloc::Numerator1, 6 * 4098));
+    EXPECT_TRUE(isZero(voxloc::NoisePowerEstimate, 6 * 2049));
+    calculate(noiseFrame(6, 2));
+    EXPECT_FALSE(isZero(voxloc::FftResult, 6 * 4098));
+}
+
+// A call's spectra are those of the two frames before it. Transforming 4096 points rounds each bin
+// twelve times at the level of the typical bin, and the bin itself a few times more.
+TEST_F(VoxlocCalculate, TransformsTheWindowedBlockOfThePreviousCall) {
+    calculate(noiseFrame(6, 1));
+    calculate(noiseFrame(6, 2));
+    const std::vector<float> blocks(voxloc::InputAudio, voxloc::InputAudio + 6 * 4096);
+    calculate(noiseFrame(6, 3));
+    for (std::size_t c = 0; c < 6; ++c) {
+        std::vector<double> windowed(4096);
+        double energy = 0.0;
+        for (std::size_t i = 0; i < 4096; ++i) {
+            const double angle = static_cast<double>(i) * 6.283185307179586 / 4095.0;
+            windowed[i] =
+                static_cast<double>(blocks[c * 4096 + i]) * (0.54 - 0.46 * std::cos(angle));
+            energy += windowed[i] * windowed[i];
+        }
+        const reference::Spectrum expected = reference::realSpectrum(windowed);
+        const double typical = std::sqrt(energy);  // the root mean square of the bins
+        for (std::size_t k = 4; k < 2049; ++k) {
+            const std::complex<double> actual(
+                static_cast<double>(voxloc::FftResult[c * 4098 + 2 * k]),
+                static_cast<double>(voxloc::FftResult[c * 4098 + 2 * k + 1]));
+            EXPECT_LE(std::abs(actual - expected[k]),
+                      12.0 * Unit * typical + 4.0 * Unit * std::abs(expected[k]))
+                << c << " " << k;
+        }
+    }
+}
+
+TEST_F(VoxlocCalculate, SilencesTheLowestFourBins) {
+    std::vector<float> offset(6 * 2048, FullScale / 2);
+    calculate(offset);
+    calculate(offset);
+    calculate(noiseFrame(6, 1));
+    for (int c = 0; c < 6; ++c) {
+        EXPECT_TRUE(isZero(voxloc::FftResult + c * 4098, 8)) << c;
+        EXPECT_NE(voxloc::FftResult[c * 4098 + 8], 0.0f) << c;
+    }
+}
+
+TEST_F(VoxlocCalculate, WeighsEveryBinOfEveryChannel) {
+    calculate(noiseFrame(6, 1));
+    calculate(noiseFrame(6, 2));
+    std::vector<float> noise(voxloc::NoisePowerEstimate, voxloc::NoisePowerEstimate + 6 * 2049);
+    std::vector<float> weight(6 * 2049, NAN);
+    calculate(noiseFrame(6, 3));
+    for (std::size_t c = 0; c < 6; ++c) {
+        voxloc::updateFrequencyWeights(voxloc::FftResult + c * 4098, 2049, &noise[c * 2049],
+                                       &weight[c * 2049]);
+    }
+    EXPECT_TRUE(std::equal(noise.begin(), noise.end(), voxloc::NoisePowerEstimate));
+    EXPECT_TRUE(std::equal(weight.begin(), weight.end(), voxloc::FrequencyWeight));
+}
+
+TEST_F(VoxlocCalculate, SwapsTheBuffers) {
+    for (int frame = 0; frame < 4; ++frame) {
+        const bool isEven = frame % 2 == 0;
+        EXPECT_EQ(voxloc::CurrentNumerator, isEven ? voxloc::Numerator1 : voxloc::Numerator2);
+        EXPECT_EQ(voxloc::PreviousNumerator, isEven ? voxloc::Numerator2 : voxloc::Numerator1);
+        EXPECT_EQ(voxloc::CurrentRawAudioInput,
+                  isEven ? voxloc::RawAudioInput1 : voxloc::RawAudioInput2);
+        EXPECT_EQ(voxloc::PreviousRawAudioInput,
+                  isEven ? voxloc::RawAudioInput2 : voxloc::RawAudioInput1);
+        calculate(noiseFrame(6, 1));
+    }
+}
+
+TEST_F(VoxlocCalculate, ReadsTheFrameAndLeavesIt) {
+    const std::vector<float> frame = noiseFrame(6, 1);
+    const std::vector<float> copy(frame);
+    calculate(frame);
+    EXPECT_EQ(frame, copy);
+}
+
+TEST_F(VoxlocCalculate, UsesTheLongTimeoutWhileTheNearEndTalksAlone) {
+    Speech speech;
+    EXPECT_EQ(voxloc_getFlag(VOXLOC_FLAG_VOICE, speech.calculate().flags), 0);
+    EXPECT_EQ(voxloc::TimeoutLimit, 2);
+    EXPECT_EQ(voxloc_getFlag(VOXLOC_FLAG_VOICE, speech.calculateFrames(10).flags), 1);
+    EXPECT_EQ(voxloc::TimeoutLimit, 35);
+    EXPECT_EQ(voxloc_getFlag(VOXLOC_FLAG_VOICE, speech.calculate(FarEnd).flags), 1);
+    EXPECT_EQ(voxloc::TimeoutLimit, 2);
+    speech.calculate();
+    EXPECT_EQ(voxloc::TimeoutLimit, 35);
+}
+
+// No bin is updated: the short timeout zeroes them all, the updated ones in the second frame.
+TEST_F(VoxlocCalculate, LetsThePositionDecayWhileTheFarEndTalks) {
+    Speech speech;
+    EXPECT_GT(speech.calculateFrames(12).quality, 0.5f);
+    const std::vector<float> held(voxloc::PreviousNumerator, voxloc::PreviousNumerator + 6 * 4098);
+    speech.calculate(FarEnd);
+    for (std::size_t i = 0; i < held.size(); ++i) {
+        const float now = voxloc::PreviousNumerator[i];
+        ASSERT_TRUE(now == held[i] || now == 0.0f) << i;
+    }
+    const TrackerResult result = speech.calculate(FarEnd);
+    EXPECT_TRUE(isZero(voxloc::PreviousNumerator, 6 * 4098));
+    EXPECT_EQ(result.quality, 0.0f);
+    EXPECT_EQ(voxloc_getFlag(VOXLOC_FLAG_FAR_END, result.flags), 1);
+}
+
+// Silence is not an update either: a position is held for 34 frames while voice lasts.
+TEST_F(VoxlocCalculate, HoldsThePositionOverASilence) {
+    Speech speech;
+    const TrackerResult talking = speech.calculateFrames(14);
+    ASSERT_EQ(voxloc_getFlag(VOXLOC_FLAG_VOICE, talking.flags), 1);
+    const std::vector<float> silence(6 * 2048);
+    TrackerResult result{};
+    for (int frame = 0; frame < 20; ++frame) result = calculate(silence);
+    EXPECT_EQ(result.azimuth, talking.azimuth);
+    EXPECT_EQ(result.elevation, talking.elevation);
+    EXPECT_GT(result.quality, 0.5f);
+    for (int frame = 0; frame < 40; ++frame) result = calculate(silence);
+    EXPECT_EQ(result.quality, 0.0f);
+    EXPECT_EQ(voxloc_getFlag(VOXLOC_FLAG_VOICE, result.flags), 0);
+}
+
+TEST_F(VoxlocCalculate, CopiesTheInputFlags) {
+    const std::vector<float> silence(6 * 2048);
+    EXPECT_EQ(calculate(silence, 0).flags, 0x82U);
+    EXPECT_EQ(calculate(silence, FarEnd).flags, 0x8aU);
+    EXPECT_EQ(calculate(silence, NoiseFlag).flags, 0x92U);
+    EXPECT_EQ(calculate(silence, FarEnd | NoiseFlag).flags, 0x9aU);
+    EXPECT_EQ(calculate(silence, ~(FarEnd | NoiseFlag)).flags, 0x82U);  // others mean nothing
+}
+
+TEST_F(VoxlocCalculate, FreezesTheNoiseLevelWithTheNoiseFlag) {
+    Speech speech;
+    speech.calculateFrames(5);
+    const std::vector<float> before(voxloc::NoiseLevel, voxloc::NoiseLevel + 2049);
+    speech.calculate(NoiseFlag);
+    EXPECT_TRUE(std::equal(before.begin(), before.end(), voxloc::NoiseLevel));
+    speech.calculate();
+    EXPECT_FALSE(std::equal(before.begin(), before.end(), voxloc::NoiseLevel));
+}
+
+TEST_F(VoxlocCalculate, ReportsTheFirstMaximaOfTheGrids) {
+    Speech speech;
+    speech.calculateFrames(5);
+    for (int frame = 0; frame < 8; ++frame) {
+        const TrackerResult result = speech.calculate();
+        const auto direction = std::max_element(voxloc::AzimuthElevationResult,
+                                                voxloc::AzimuthElevationResult + 29737) -
+                               voxloc::AzimuthElevationResult;
+        const auto place =
+            std::max_element(voxloc::AzimuthRangeResult, voxloc::AzimuthRangeResult + 10896) -
+            voxloc::AzimuthRangeResult;
+        const voxloc::RangeRows rows =
+            voxloc::flatRangeRows(voxloc::AzimuthRangeResult, static_cast<int>(place));
+        EXPECT_EQ(result.elevation, voxloc::ElevationAngles[direction / 227] * 57.295776f);
+        EXPECT_EQ(result.azimuth, voxloc::AzimuthAngles[place % 227] * 57.295776f);
+        EXPECT_EQ(result.range, (voxloc::Ranges[rows.first] + voxloc::Ranges[rows.last]) * 0.5f);
+        EXPECT_EQ(result.quality,
+                  voxloc::AzimuthRangeResult[place] + voxloc::AzimuthElevationResult[direction]);
+    }
+}
+
+// --- A product without elevation pairs ----------------------------------------------------------
+
+TEST(VoxlocCalculateFoxglove, SearchesWhateverTheGridOfDirectionsHolds) {
+    const InitializedModule module(PRODUCT_FOXGLOVE);
+    std::fill_n(voxloc::AzimuthElevationResult, 29737, 0.0f);
+    const std::vector<float> silence(4 * 2048);
+    EXPECT_EQ(calculate(silence).elevation, voxloc::ElevationAngles[0] * 57.295776f);
+    EXPECT_EQ(calculate(silence).quality, 0.0f);
+    voxloc::AzimuthElevationResult[50 * 227 + 3] = 0.75f;
+    EXPECT_EQ(calculate(silence).elevation, voxloc::ElevationAngles[50] * 57.295776f);
+    EXPECT_EQ(calculate(silence).quality, 0.75f);
+    EXPECT_EQ(voxloc::AzimuthElevationResult[50 * 227 + 3], 0.75f);
+}
+
+// --- A panel mounted upside down ----------------------------------------------------------------
+
+// Aster's vertical pairs hear the same, its horizontal ones share only some partials: the smaller
+// that share, the more it looks like a panel upside down. Microphones 1 and 2 carry low partials of
+// their own on top, loud enough to pass for a voice.
+class OddPanel {
+  public:
+    explicit OddPanel(double shared) : shared_(shared) {}
+
+    std::vector<float> next() {
+        std::vector<float> frame(6 * 2048);
+        const unsigned int sources[6] = {2, 3, 4, 1, 2, 1};  // pairs (3,5) and (4,0) are alike
+        for (std::size_t c = 0; c < 6; ++c) addPartials(&frame[c * 2048], sources[c]);
+        samples_ += 2048;
+        return frame;
+    }
+
+  private:
+    static constexpr int Partials = 700;
+
+    void addPartials(float* out, unsigned int source) const {
+        std::mt19937 common(99);
+        std::mt19937 own(source);
+        std::uniform_real_distribution<double> uniform(0.0, 1.0);
+        std::vector<double> sum(2048);
+        for (int p = 0; p < Partials; ++p) {
+            const double frequency = 700.0 + 16300.0 * (p + uniform(common)) / Partials;
+            const bool isShared = uniform(common) < shared_;
+            const double commonPhase = uniform(common);
+            const double ownPhase = uniform(own);
+            addTone(sum, frequency, isShared ? commonPhase : ownPhase, 1.0);
+        }
+        const bool isTalking = source >= 3;
+        for (int p = 0; p < 60 && isTalking; ++p) {
+            addTone(sum, 230.0 + 380.0 * uniform(own), uniform(own), 12.0);
+        }
+        for (std::size_t i = 0; i < sum.size(); ++i) {
+            out[i] = static_cast<float>(std::round(sum[i] * 4000.0));
+        }
+    }
+
+    void addTone(std::vector<double>& sum, double frequency, double turns, double level) const {
+        const double step = 6.283185307179586 * frequency / 48000.0;
+        const double start = 6.283185307179586 * turns + step * static_cast<double>(samples_);
+        std::complex<double> phasor = std::polar(level, start);
+        const std::complex<double> turn = std::polar(1.0, step);
+        for (double& value : sum) {
+            value += phasor.real();
+            phasor = {phasor.real() * turn.real() - phasor.imag() * turn.imag(),
+                      phasor.real() * turn.imag() + phasor.imag() * turn.real()};
+        }
+    }
+
+    double shared_;
+    long samples_ = 0;
+};
+
+float upsideDownRatio() {
+    return (voxloc::ElevationQuality[0] + voxloc::ElevationQuality[1]) /
+           (voxloc::AzimuthQuality[0] + voxloc::AzimuthQuality[1] + voxloc::AzimuthQuality[2] +
+            voxloc::ElevationQuality[2]);
+}
+
+bool isValid(const TrackerResult& result) {
+    return voxloc_getFlag(VOXLOC_FLAG_POSITION_VALID, result.flags) == 1;
+}
+
+bool isVoice(const TrackerResult& result) {
+    return voxloc_getFlag(VOXLOC_FLAG_VOICE, result.flags) == 1;
+}
+
+TEST(UpsideDown, InvalidatesThePositionAboveTheRatio) {
+    bool justBelow = false;
+    bool justAbove = false;
+    for (const double shared : {0.0, 0.2, 0.28, 0.3, 0.5}) {
+        const InitializedModule module(PRODUCT_ASTER);
+        voxloc::BlockedCounter = 0;
+        OddPanel panel(shared);
+        int blocked = 0;
+        for (int frame = 0; frame < 16; ++frame) {
+            SCOPED_TRACE(::testing::Message() << shared << ", frame " << frame);
+            const TrackerResult result = calculate(panel.next());
+            const float ratio = upsideDownRatio();
+            const bool isBlocked = isVoice(result) && ratio > 1.8f;
+            EXPECT_EQ(isValid(result), !isBlocked);
+            if (isBlocked) ++blocked;
+            EXPECT_EQ(voxloc::BlockedCounter, blocked);
+            justBelow = justBelow || (isVoice(result) && ratio > 1.7f && ratio <= 1.8f);
+            justAbove = justAbove || (isVoice(result) && ratio > 1.8f && ratio < 1.9f);
+        }
+    }
+    EXPECT_TRUE(justBelow);
+    EXPECT_TRUE(justAbove);
+}
+
+TEST(UpsideDown, IsOnlyJudgedWhileThereIsVoice) {
+    const InitializedModule module(PRODUCT_ASTER);
+    OddPanel panel(0.0);
+    bool judged = false;
+    for (int frame = 0; frame < 8; ++frame) {
+        const TrackerResult result = calculate(panel.next());
+        if (isVoice(result)) continue;
+        EXPECT_TRUE(isValid(result)) << frame;
+        judged = judged || upsideDownRatio() > 1.8f;
+    }
+    EXPECT_TRUE(judged);
+}
+
+TEST(UpsideDown, IsJudgedForAsterOnly) {
+    const InitializedModule module(PRODUCT_ASTER);
+    OddPanel panel(0.0);
+    voxloc::ProductType = PRODUCT_CINDER;  // everything else stays the same
+    voxloc::BlockedCounter = 0;
+    bool judged = false;
+    for (int frame = 0; frame < 14; ++frame) {
+        const TrackerResult result = calculate(panel.next());
+        EXPECT_TRUE(isValid(result)) << frame;
+        judged = judged || (isVoice(result) && upsideDownRatio() > 1.8f);
+    }
+    EXPECT_TRUE(judged);
+    EXPECT_EQ(voxloc::BlockedCounter, 0);
+}
+
+TEST(UpsideDown, IsWarnedOfInEveryHundredthFrame) {
+    const InitializedModule module(PRODUCT_ASTER);
+    OddPanel panel(0.0);
+    voxloc::BlockedCounter = 97;
+    int blocked = 0;
+    for (int frame = 0; frame < 16; ++frame) {
+        const std::vector<float> audio = panel.next();
+        ::testing::internal::CaptureStderr();
+        const TrackerResult result = calculate(audio);
+        const std::string log = ::testing::internal::GetCapturedStderr();
+        const bool isBlocked = !isValid(result);
+        if (isBlocked) ++blocked;
+        const bool isHundredth = isBlocked && blocked == 3;
+        EXPECT_EQ(
+            log, isHundredth ? "Warning: The front panel is most likely mounted upside down\n" : "")
+            << frame;
+        EXPECT_EQ(voxloc::BlockedCounter, blocked < 3 ? 97 + blocked : blocked - 3) << frame;
+    }
+    EXPECT_GT(blocked, 5);
+}
+
+TEST(UpsideDown, IsCountedOnAcrossInitializations) {
+    voxloc::BlockedCounter = 0;
+    int blocked = 0;
+    for (int run = 0; run < 2; ++run) {
+        const InitializedModule module(PRODUCT_ASTER);
+        EXPECT_EQ(voxloc::BlockedCounter, blocked);
+        OddPanel panel(0.0);
+        for (int frame = 0; frame < 12; ++frame) {
+            if (!isValid(calculate(panel.next()))) ++blocked;
+        }
+    }
+    EXPECT_GT(blocked, 2);
+    EXPECT_EQ(voxloc::BlockedCounter, blocked);
+}
+
+}  // namespace

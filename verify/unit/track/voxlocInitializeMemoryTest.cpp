@@ -1,0 +1,218 @@
+// What the module asks of the heap: the linker hands every allocation of the program's own objects
+// to this file, which counts them and lets chosen ones fail.
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "kit/lastWords.h"
+#include "models/productRows.h"
+#include "track/voxlocState.h"
+#include "voxloc/unittestGenerator.h"
+
+namespace {
+
+struct Heap {
+    bool isWatched = false;
+    int allocations = 0;        // of any kind, while watched
+    int zeroedAllocations = 0;  // calloc, while watched
+    int failing = 0;            // which calloc fails, from 1; 0 for none
+    bool failsOnwards = false;  // and all after it
+    std::size_t bytes[64] = {};
+} heap;
+
+bool fails() {
+    return heap.failing > 0 && (heap.failsOnwards ? heap.zeroedAllocations >= heap.failing
+                                                  : heap.zeroedAllocations == heap.failing);
+}
+
+}  // namespace
+
+// operator new, by the name that the linker knows it under: its argument is a size_t.
+#if __SIZEOF_POINTER__ == 8
+#define REAL_NEW __real__Znwm
+#define WRAP_NEW __wrap__Znwm
+#else
+#define REAL_NEW __real__Znwj
+#define WRAP_NEW __wrap__Znwj
+#endif
+
+extern "C" {
+void* __real_malloc(std::size_t size);
+void* __real_calloc(std::size_t count, std::size_t size);
+void* __real_realloc(void* old, std::size_t size);
+void* REAL_NEW(std::size_t size);
+
+void* __wrap_malloc(std::size_t size);
+void* __wrap_calloc(std::size_t count, std::size_t size);
+void* __wrap_realloc(void* old, std::size_t size);
+void* WRAP_NEW(std::size_t size);
+
+void* __wrap_malloc(std::size_t size) {
+    if (heap.isWatched) ++heap.allocations;
+    return __real_malloc(size);
+}
+
+void* __wrap_calloc(std::size_t count, std::size_t size) {
+    if (heap.isWatched) {
+        ++heap.allocations;
+        if (heap.zeroedAllocations < 64) heap.bytes[heap.zeroedAllocations] = count * size;
+        ++heap.zeroedAllocations;
+        if (fails()) return nullptr;
+    }
+    return __real_calloc(count, size);
+}
+
+void* __wrap_realloc(void* old, std::size_t size) {
+    if (heap.isWatched) ++heap.allocations;
+    return __real_realloc(old, size);
+}
+
+// operator new
+void* WRAP_NEW(std::size_t size) {
+    if (heap.isWatched) ++heap.allocations;
+    return REAL_NEW(size);
+}
+}
+
+namespace {
+
+class HeapWatch {
+  public:
+    explicit HeapWatch(int failing = 0, bool failsOnwards = false) {
+        heap = Heap{};
+        heap.failing = failing;
+        heap.failsOnwards = failsOnwards;
+        heap.isWatched = true;
+    }
+    ~HeapWatch() { heap.isWatched = false; }
+    HeapWatch(const HeapWatch&) = delete;
+    HeapWatch& operator=(const HeapWatch&) = delete;
+};
+
+void initializeWithFailing(std::int32_t product, int failing, bool failsOnwards) {
+    const HeapWatch watch(failing, failsOnwards);
+    voxloc_initialize(product);
+}
+
+// Who reports the failure of each allocation, in the order in which they are made.
+std::string tracker(const std::string& function, const std::string& expression) {
+    return assertionReport("functional/audio/voxloc/cmod/track/voxloc", function, expression);
+}
+
+std::string ultrasound(const std::string& line, const std::string& expression) {
+    return lastWords(
+        "[^\n]*: functional/audio/voxloc/cmod/track/UltraSoundDistortionDetection:" + line +
+        ": initializeUltraSoundDistortionDetector: Assertion `" + expression + "' failed\\.\n");
+}
+
+constexpr std::size_t ElevationPairRecords = 14;  // their place among the allocations
+
+std::vector<std::string> reports() {
+    std::vector<std::string> list;
+    for (const char* buffer :
+         {"InputAudio", "RawAudioInput1", "RawAudioInput2", "FftResult", "Numerator1", "Numerator2",
+          "NoisePowerEstimate", "FrequencyWeight", "TimeoutCounter", "AzimuthElevationLookupTable",
+          "AzimuthRangeLookupTable", "Microphones", "Loudspeaker", "AzimuthPairs"}) {
+        list.push_back(tracker("checkMemoryAllocation", buffer));
+    }
+    // The elevation pairs are not among the checked buffers, so that the last check reports them.
+    list.push_back(tracker("voxloc_initialize", "IsTransducersInitialized"));
+    list.push_back(tracker("checkMemoryAllocation", "AzimuthQuality"));
+    list.push_back(tracker("checkMemoryAllocation", "ElevationQuality"));
+    list.push_back(ultrasound("38", "UltraSoundLevel"));
+    list.push_back(ultrasound("39", "NeighborBandLevel"));
+    return list;
+}
+
+class Allocations : public ::testing::TestWithParam<reference::ProductRow> {};
+
+INSTANTIATE_TEST_SUITE_P(Every, Allocations, ::testing::ValuesIn(reference::productRows()),
+                         reference::RowName());
+
+// Nothing is asked for as one element: some libraries give null for no bytes.
+std::size_t atLeastOne(std::size_t bytes, std::size_t element) {
+    return bytes > 0 ? bytes : element;
+}
+
+TEST_P(Allocations, AreTheBuffersInOrder) {
+    const std::size_t n = static_cast<std::size_t>(GetParam().channels);
+    const std::size_t azimuth = static_cast<std::size_t>(GetParam().azimuthPairs);
+    const std::size_t elevation = static_cast<std::size_t>(GetParam().elevationPairs);
+    const std::size_t pairs = azimuth + elevation;
+    const std::vector<std::size_t> expected{
+        n * 4096 * 4,                          // InputAudio
+        n * 2048 * 4,                          // RawAudioInput1
+        n * 2048 * 4,                          // RawAudioInput2
+        n * 4098 * 4,                          // FftResult
+        pairs * 4098 * 4,                      // Numerator1
+        pairs * 4098 * 4,                      // Numerator2
+        n * 2049 * 4,                          // NoisePowerEstimate
+        n * 2049 * 4,                          // FrequencyWeight
+        pairs * 2049,                          // TimeoutCounter
+        atLeastOne(elevation * 29737 * 2, 2),  // AzimuthElevationLookupTable
+        azimuth * 10896 * 2,                   // AzimuthRangeLookupTable
+        n * 12,                                // Microphones
+        12,                                    // Loudspeaker
+        azimuth * sizeof(voxloc::MicrophonePair),
+        atLeastOne(elevation * sizeof(voxloc::MicrophonePair), sizeof(voxloc::MicrophonePair)),
+        azimuth * 4,                   // AzimuthQuality
+        atLeastOne(elevation * 4, 4),  // ElevationQuality
+        n * 4,                         // UltraSoundLevel
+        n * 4,                         // NeighborBandLevel
+    };
+    initializeWithFailing(GetParam().type, 0, false);
+    EXPECT_EQ(std::vector<std::size_t>(heap.bytes, heap.bytes + heap.zeroedAllocations), expected);
+    EXPECT_EQ(heap.allocations, heap.zeroedAllocations);
+    voxloc_destroy();
+}
+
+TEST_P(Allocations, AreNoneWhileFramesAreProcessed) {
+    voxloc_initialize(GetParam().type);
+    AudioGenerator* generator =
+        createAudioGenerator(voxloc_getNumberOfChannels, voxloc_getMicrophoneCoordinates, 0);
+    const float source[3] = {0.2f, 0.1f, 3.0f};
+    TrackerResult result{};
+    {
+        const HeapWatch watch;
+        for (int frame = 0; frame < 45; ++frame) {  // two evaluations of the ultrasound detector
+            voxloc_calculate(getNextFrame(source, frame / 25, generator), 24, 0, &result);
+        }
+    }
+    EXPECT_EQ(heap.allocations, 0);
+    EXPECT_NE(result.flags, 0U);
+    destroyAudioGenerator(generator);
+    voxloc_destroy();
+}
+
+class AllocationsDeathTest : public ::testing::TestWithParam<reference::ProductRow> {};
+
+INSTANTIATE_TEST_SUITE_P(Every, AllocationsDeathTest, ::testing::ValuesIn(reference::productRows()),
+                         reference::RowName());
+
+TEST_P(AllocationsDeathTest, ThatFailAreReportedByTheCheckOfTheBuffer) {
+    const std::vector<std::string> expected = reports();
+    for (std::size_t k = 0; k < expected.size(); ++k) {
+        if (k == ElevationPairRecords && GetParam().elevationPairs == 0) continue;  // not missed
+        SCOPED_TRACE(k);
+        EXPECT_EXIT(initializeWithFailing(GetParam().type, static_cast<int>(k) + 1, false),
+                    ::testing::KilledBySignal(SIGABRT), expected[k]);
+    }
+}
+
+// Out of memory from some point on: the ultrasound detector's check is the first to be made.
+TEST_P(AllocationsDeathTest, ThatFailFromSomePointOnAreReportedByTheFirstCheck) {
+    const std::vector<std::string> expected = reports();
+    for (std::size_t k = 0; k < expected.size(); ++k) {
+        SCOPED_TRACE(k);
+        const bool neighborOnly = k + 1 == expected.size();
+        EXPECT_EXIT(initializeWithFailing(GetParam().type, static_cast<int>(k) + 1, true),
+                    ::testing::KilledBySignal(SIGABRT),
+                    neighborOnly ? expected[k] : expected[expected.size() - 2]);
+    }
+}
+
+}  // namespace
