@@ -4,7 +4,7 @@
 #include <cfloat>
 #include <cmath>
 
-#include "track/voxlocState.h"
+#include "track/tracker.h"
 
 namespace {
 
@@ -31,12 +31,12 @@ float marginOfPeak(const float* sum, int points, int peak, const MicrophonePair*
     return margin;
 }
 
-float marginOfRange(int peak) {
-    const float* sum = AzimuthRangeResult;
+float marginOfRange(const Tracker& tracker, int peak) {
+    const float* sum = tracker.AzimuthRangeResult;
     float margin = FLT_MAX;
     for (int j = peak + AzimuthCount; j < AzimuthRangePoints; j += AzimuthCount) {
         const float distance = std::fabs(sum[j] - sum[peak]);
-        if (!readsSameLags(AzimuthPairs, NumberOfAzimuthPairs, peak, j)) {
+        if (!readsSameLags(tracker.AzimuthPairs, tracker.NumberOfAzimuthPairs, peak, j)) {
             margin = std::min(margin, std::fabs(distance - FlatTolerance));
         }
         if (distance > FlatTolerance) break;
@@ -46,13 +46,14 @@ float marginOfRange(int peak) {
 
 }  // namespace
 
-Choice choiceOfFrame() {
-    const int elevationPeak = peakOf(AzimuthElevationResult, AzimuthElevationPoints);
-    const int azimuthPeak = peakOf(AzimuthRangeResult, AzimuthRangePoints);
-    const Margins margins = {marginOfPeak(AzimuthElevationResult, AzimuthElevationPoints,
-                                          elevationPeak, ElevationPairs, NumberOfElevationPairs),
-                             marginOfPeak(AzimuthRangeResult, AzimuthRangePoints, azimuthPeak,
-                                          AzimuthPairs, NumberOfAzimuthPairs),
-                             marginOfRange(azimuthPeak)};
+Choice choiceOfFrame(const voxloc::Tracker& tracker) {
+    const int elevationPeak = peakOf(tracker.AzimuthElevationResult, AzimuthElevationPoints);
+    const int azimuthPeak = peakOf(tracker.AzimuthRangeResult, AzimuthRangePoints);
+    const Margins margins = {
+        marginOfPeak(tracker.AzimuthElevationResult, AzimuthElevationPoints, elevationPeak,
+                     tracker.ElevationPairs, tracker.NumberOfElevationPairs),
+        marginOfPeak(tracker.AzimuthRangeResult, AzimuthRangePoints, azimuthPeak,
+                     tracker.AzimuthPairs, tracker.NumberOfAzimuthPairs),
+        marginOfRange(tracker, azimuthPeak)};
     return {elevationPeak / AzimuthCount, azimuthPeak % AzimuthCount, margins};
 }

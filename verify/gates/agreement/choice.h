@@ -2,6 +2,8 @@
 #ifndef VERIFY_AGREEMENT_CHOICE_H
 #define VERIFY_AGREEMENT_CHOICE_H
 
+#include "track/tracker.h"
+
 /**
  * By how much the sum at the chosen point exceeds the largest at a point that reads other lags; the
  * points that read the same lags hold the same sum by construction and compete with nobody. For the
@@ -17,7 +19,7 @@ struct Choice {
     Margins margins;
 };
 
-/** Of the frame that the module has just computed. */
-Choice choiceOfFrame();
+/** Of the frame that the tracker has just computed. */
+Choice choiceOfFrame(const voxloc::Tracker& tracker);
 
 #endif

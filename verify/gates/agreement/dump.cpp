@@ -1,5 +1,5 @@
 /**
- * Runs the scenario for all seven products, the complex FFT and the FIR engine, and writes every
+ * Runs the scenario for every product, the complex FFT and the FIR engine, and writes every
  * result to a text file, bits in hexadecimal, for verify_agreement_compare to compare with the file
  * of another machine:
  *
@@ -28,16 +28,12 @@
 #include "scenario.h"
 #include "track/noiseLevel.h"
 #include "track/timeDomainVad.h"
-#include "track/voxlocState.h"
+#include "track/tracker.h"
 #include "voxloc/voxloc.h"
 
 namespace {
 
 using namespace voxloc;
-
-constexpr std::int32_t Products[] = {PRODUCT_ASTER,   PRODUCT_BRAMBLE,  PRODUCT_CINDER,
-                                     PRODUCT_ELMWOOD, PRODUCT_DOVETAIL, PRODUCT_FOXGLOVE,
-                                     PRODUCT_GANNET};
 
 std::FILE* Dump;
 
@@ -63,52 +59,56 @@ void dumpStage(const char* kind, std::int32_t product, int frame, const Stage& s
 }
 
 void dumpTables(std::int32_t product) {
-    const Stage tables[] = {
-        {"HammingWindow", HammingWindow, AnalysisSamples},
-        {"TwiddleFactors", TwiddleFactors, AnalysisSamples},
-        {"ATable", ATable, AnalysisSamples},
-        {"BTable", BTable, AnalysisSamples},
-        {"TwiddleFactorsUpsampled", TwiddleFactorsUpsampled, CorrelationLags},
-        {"ATableUpsampled", ATableUpsampled, CorrelationLags},
-        {"BTableUpsampled", BTableUpsampled, CorrelationLags},
-        {"Ranges", Ranges, RangeCount},
-        {"AzimuthAngles", AzimuthAngles, AzimuthCount},
-        {"ElevationAngles", ElevationAngles, ElevationCount},
+    const Tracker& tracker = moduleTracker();
+    const TransformTables& tables = tracker.Tables;
+    const Stage stages[] = {
+        {"HammingWindow", tables.HammingWindow, AnalysisSamples},
+        {"TwiddleFactors", tables.TwiddleFactors, AnalysisSamples},
+        {"ATable", tables.ATable, AnalysisSamples},
+        {"BTable", tables.BTable, AnalysisSamples},
+        {"TwiddleFactorsUpsampled", tables.TwiddleFactorsUpsampled, CorrelationLags},
+        {"ATableUpsampled", tables.ATableUpsampled, CorrelationLags},
+        {"BTableUpsampled", tables.BTableUpsampled, CorrelationLags},
+        {"Ranges", tracker.Ranges, RangeCount},
+        {"AzimuthAngles", tracker.AzimuthAngles, AzimuthCount},
+        {"ElevationAngles", tracker.ElevationAngles, ElevationCount},
     };
-    for (const Stage& table : tables) dumpStage("table", product, -1, table);
+    for (const Stage& stage : stages) dumpStage("table", product, -1, stage);
 
     const auto dumpLags = [product](const char* name, const std::int16_t* lags, int count) {
         const std::vector<float> values(lags, lags + count);
         dumpStage("table", product, -1, {name, values.data(), count});
     };
-    dumpLags("AzimuthElevationLookupTable", AzimuthElevationLookupTable,
-             NumberOfElevationPairs * AzimuthElevationPoints);
-    dumpLags("AzimuthRangeLookupTable", AzimuthRangeLookupTable,
-             NumberOfAzimuthPairs * AzimuthRangePoints);
+    dumpLags("AzimuthElevationLookupTable", tracker.AzimuthElevationLookupTable,
+             tracker.NumberOfElevationPairs * AzimuthElevationPoints);
+    dumpLags("AzimuthRangeLookupTable", tracker.AzimuthRangeLookupTable,
+             tracker.NumberOfAzimuthPairs * AzimuthRangePoints);
 }
 
 /** The frame's results in the order in which they are made; the first that differs is the cause. */
 void dumpStages(std::int32_t product, int frame, const float* samples) {
-    const int pairs = NumberOfElevationPairs + NumberOfAzimuthPairs;
+    const Tracker& tracker = moduleTracker();
+    const int pairs = numberOfPairs(tracker);
     const Stage stages[] = {
-        {"input", samples, NumberOfChannels * FRAME_SAMPLES},
-        {"EnvelopeOutput", EnvelopeOutput, FRAME_SAMPLES},
-        {"MedianOutput", MedianOutput, FRAME_SAMPLES},
-        {"FftResult", FftResult, NumberOfChannels * SpectrumFloats},
-        {"NoisePowerEstimate", NoisePowerEstimate, NumberOfChannels * SpectrumBins},
-        {"FrequencyWeight", FrequencyWeight, NumberOfChannels * SpectrumBins},
-        {"SlowLevel", SlowLevel, SpectrumBins},
-        {"NoiseLevel", NoiseLevel, SpectrumBins},
-        {"Numerator", PreviousNumerator, pairs * SpectrumFloats},  // swapped at the frame's end
-        {"FftOutput", FftOutput, CorrelationLags},                 // correlation of the last pair
-        {"AzimuthElevationResult", AzimuthElevationResult, AzimuthElevationPoints},
-        {"AzimuthRangeResult", AzimuthRangeResult, AzimuthRangePoints},
+        {"input", samples, tracker.NumberOfChannels * FRAME_SAMPLES},
+        {"EnvelopeOutput", tracker.TimeDomain.EnvelopeOutput, FRAME_SAMPLES},
+        {"MedianOutput", tracker.TimeDomain.MedianOutput, FRAME_SAMPLES},
+        {"FftResult", tracker.FftResult, tracker.NumberOfChannels * SpectrumFloats},
+        {"NoisePowerEstimate", tracker.NoisePowerEstimate, tracker.NumberOfChannels * SpectrumBins},
+        {"FrequencyWeight", tracker.FrequencyWeight, tracker.NumberOfChannels * SpectrumBins},
+        {"SlowLevel", tracker.Noise.SlowLevel, SpectrumBins},
+        {"NoiseLevel", tracker.Noise.NoiseLevel, SpectrumBins},
+        {"Numerator", tracker.PreviousNumerator,
+         pairs * SpectrumFloats},                           // swapped at the frame's end
+        {"FftOutput", tracker.FftOutput, CorrelationLags},  // correlation of the last pair
+        {"AzimuthElevationResult", tracker.AzimuthElevationResult, AzimuthElevationPoints},
+        {"AzimuthRangeResult", tracker.AzimuthRangeResult, AzimuthRangePoints},
     };
     for (const Stage& stage : stages) dumpStage("stage", product, frame, stage);
 }
 
 void dumpFrame(std::int32_t product, int frame, Content content, const TrackerResult& result) {
-    const Choice choice = choiceOfFrame();
+    const Choice choice = choiceOfFrame(moduleTracker());
     std::fprintf(Dump, "frame %d %d %x", product, frame, static_cast<unsigned>(content));
     std::fprintf(Dump, " %08x %08x %08x %08x %08x", bitsOf(result.azimuth),
                  bitsOf(result.elevation), bitsOf(result.range), bitsOf(result.quality),
@@ -212,7 +212,9 @@ int main(int argc, char** argv) {
         return EXIT_FAILURE;
     }
     std::fprintf(Dump, "machine %s %s\n", argv[2], Arithmetic);
-    for (const std::int32_t product : Products) dumpProduct(product);
+    for (std::uint32_t i = 0; i < voxloc_getNumberOfProducts(); ++i) {
+        dumpProduct(voxloc_getProduct(i)->type);
+    }
     dumpTransforms();
     dumpFilters();
     dumpTinyOutputs();

@@ -4,19 +4,9 @@
 #include <cstdlib>
 
 #include "assertion/assertion.h"
-#include "console/eventlog.h"
 #include "grids.h"
-#include "voxloc.h"
 
 namespace voxloc {
-
-float* UltraSoundLevel;
-float* NeighborBandLevel;
-float TimeSmoothingFactor;
-std::int16_t AccCount;
-bool WarningIssued;
-float MaxUltraSoundLevel_dB = -100.0f;
-float LastMaxUltraSoundLevel_dB = -100.0f;
 
 namespace {
 
@@ -33,10 +23,6 @@ constexpr float QuietLevel = -60.0f;      // dB
 constexpr float TooHighLevel = -25.0f;    // dB
 constexpr float ProminentExcess = 15.0f;  // dB above the neighbour band
 
-int channels() {
-    return static_cast<int>(voxloc_getNumberOfChannels());
-}
-
 float bandPower(const float* spectrum, Band band) {
     float power = 0.0f;
     for (int b = band.firstBin; b <= band.lastBin; ++b) {
@@ -45,10 +31,11 @@ float bandPower(const float* spectrum, Band band) {
     return power;
 }
 
-void smoothLevels(const float* spectra, Band band, float* level) {
-    for (int c = 0; c < channels(); ++c) {
+void smoothLevels(const UltraSoundDetector& detector, const float* spectra, Band band,
+                  float* level) {
+    for (int c = 0; c < detector.channels; ++c) {
         const float power = bandPower(spectra + c * SpectrumFloats, band);
-        level[c] += (power - level[c]) * TimeSmoothingFactor;
+        level[c] += (power - level[c]) * detector.TimeSmoothingFactor;
     }
 }
 
@@ -58,91 +45,108 @@ float decibels(float power) {
                               static_cast<double>(fullScale));
 }
 
-int loudestChannel() {
+int loudestChannel(const UltraSoundDetector& detector) {
     int loudest = 0;
     float level = 0.0f;
-    for (int c = 0; c < channels(); ++c) {
-        if (UltraSoundLevel[c] > level) {
-            level = UltraSoundLevel[c];
+    for (int c = 0; c < detector.channels; ++c) {
+        if (detector.UltraSoundLevel[c] > level) {
+            level = detector.UltraSoundLevel[c];
             loudest = c;
         }
     }
     return loudest;
 }
 
-/** Logs when the condition starts and when it ends; returns it. */
-bool report(bool tooHigh, int channel, float level, float neighborLevel) {
-    if (tooHigh && !WarningIssued) {
-        eventlog(
-            "Warning: Ultrasound level is too high, channel: %d ultrasound level: %3.1f "
-            "neighborband level: %3.1f\n",
-            channel, static_cast<double>(level), static_cast<double>(neighborLevel));
-    } else if (!tooHigh && WarningIssued) {
-        eventlog("Ultrasound level is ok, ultrasound level: %3.1f neighborband level: %3.1f\n",
-                 static_cast<double>(level), static_cast<double>(neighborLevel));
+/** What an evaluation finds out about the loudest channel. */
+struct Finding {
+    int channel;
+    float level, neighborLevel;  // dB
+    bool tooHigh;
+};
+
+/** Logs when the condition starts and when it ends. */
+void report(const Finding& found, const Log& log, bool& warningIssued) {
+    if (found.tooHigh && !warningIssued) {
+        logText(log,
+                "Warning: Ultrasound level is too high, channel: %d ultrasound level: %3.1f "
+                "neighborband level: %3.1f\n",
+                found.channel, static_cast<double>(found.level),
+                static_cast<double>(found.neighborLevel));
+    } else if (!found.tooHigh && warningIssued) {
+        logText(log, "Ultrasound level is ok, ultrasound level: %3.1f neighborband level: %3.1f\n",
+                static_cast<double>(found.level), static_cast<double>(found.neighborLevel));
     }
-    WarningIssued = tooHigh;
-    return tooHigh;
+    warningIssued = found.tooHigh;
 }
 
-bool evaluate() {
-    const int channel = loudestChannel();
-    float level = decibels(UltraSoundLevel[channel]);
-    MaxUltraSoundLevel_dB = level;
-    const float neighborLevel = decibels(NeighborBandLevel[channel]);
+Finding evaluate(UltraSoundDetector& detector) {
+    const int channel = loudestChannel(detector);
+    float level = decibels(detector.UltraSoundLevel[channel]);
+    const float neighborLevel = decibels(detector.NeighborBandLevel[channel]);
     // A level that does not stand out above its neighbour band is broadband noise: it does not
     // replace the kept maximum.
     if (level > QuietLevel && level - neighborLevel < ProminentExcess) {
-        level = LastMaxUltraSoundLevel_dB;
-        MaxUltraSoundLevel_dB = level;
+        level = detector.LastMaxUltraSoundLevel_dB;
     }
-    LastMaxUltraSoundLevel_dB = level;
-    return report(level > TooHighLevel && level - neighborLevel > ProminentExcess, channel, level,
-                  neighborLevel);
+    detector.MaxUltraSoundLevel_dB = level;
+    detector.LastMaxUltraSoundLevel_dB = level;
+    return {channel, level, neighborLevel,
+            level > TooHighLevel && level - neighborLevel > ProminentExcess};
 }
 
 /** Each evaluation starts its smoothing from zero. */
-void restartSmoothing() {
-    AccCount = 0;
-    for (int c = 0; c < channels(); ++c) {
-        UltraSoundLevel[c] = 0.0f;
-        NeighborBandLevel[c] = 0.0f;
+void restartSmoothing(UltraSoundDetector& detector) {
+    detector.AccCount = 0;
+    for (int c = 0; c < detector.channels; ++c) {
+        detector.UltraSoundLevel[c] = 0.0f;
+        detector.NeighborBandLevel[c] = 0.0f;
     }
+}
+
+float* allocateLevels(int channels) {
+    return static_cast<float*>(std::calloc(static_cast<std::size_t>(channels), sizeof(float)));
 }
 
 }  // namespace
 
-void initializeUltraSoundDistortionDetector() {
-    UltraSoundLevel = static_cast<float*>(std::calloc(voxloc_getNumberOfChannels(), sizeof(float)));
-    NeighborBandLevel =
-        static_cast<float*>(std::calloc(voxloc_getNumberOfChannels(), sizeof(float)));
-    TimeSmoothingFactor = 0.060586929f;
-    AccCount = 0;
-    WarningIssued = false;
-    MaxUltraSoundLevel_dB = -100.0f;
-    LastMaxUltraSoundLevel_dB = -100.0f;
+void allocateUltraSoundLevels(UltraSoundDetector& detector, int channels) {
+    detector.channels = channels;
+    detector.UltraSoundLevel = allocateLevels(channels);
+    detector.NeighborBandLevel = allocateLevels(channels);
+}
+
+void resetUltraSoundDistortionDetector(UltraSoundDetector& detector) {
+    restartSmoothing(detector);
+    detector.TimeSmoothingFactor = 0.060586929f;
+    detector.WarningIssued = false;
+    detector.MaxUltraSoundLevel_dB = -100.0f;
+    detector.LastMaxUltraSoundLevel_dB = -100.0f;
+}
+
+void initializeUltraSoundDistortionDetector(UltraSoundDetector& detector, int channels) {
+    allocateUltraSoundLevels(detector, channels);
     // These two lines are part of the report, wherever the checks stand.
-    PLATFORM_ASSERT_AT(38, UltraSoundLevel);
-    PLATFORM_ASSERT_AT(39, NeighborBandLevel);
+    PLATFORM_ASSERT_AS_AT(38, "UltraSoundLevel", detector.UltraSoundLevel);
+    PLATFORM_ASSERT_AS_AT(39, "NeighborBandLevel", detector.NeighborBandLevel);
+    resetUltraSoundDistortionDetector(detector);
 }
 
-void destroyUltraSoundDistortionDetector() {
-    std::free(UltraSoundLevel);
-    std::free(NeighborBandLevel);
+void destroyUltraSoundDistortionDetector(UltraSoundDetector& detector) {
+    std::free(detector.UltraSoundLevel);
+    std::free(detector.NeighborBandLevel);
 }
 
-void detectUltraSoundDistortion(const float* spectra, std::uint8_t* distorted) {
+void detectUltraSoundDistortion(UltraSoundDetector& detector, const Log& log, const float* spectra,
+                                std::uint8_t* distorted) {
     *distorted = 0;
-    smoothLevels(spectra, UltraSoundBand, UltraSoundLevel);
-    smoothLevels(spectra, NeighborBand, NeighborBandLevel);
-    ++AccCount;
-    if (AccCount != FramesPerEvaluation) return;
-    *distorted = evaluate() ? 1 : 0;
-    restartSmoothing();
+    smoothLevels(detector, spectra, UltraSoundBand, detector.UltraSoundLevel);
+    smoothLevels(detector, spectra, NeighborBand, detector.NeighborBandLevel);
+    ++detector.AccCount;
+    if (detector.AccCount != FramesPerEvaluation) return;
+    const Finding found = evaluate(detector);
+    report(found, log, detector.WarningIssued);
+    *distorted = found.tooHigh ? 1 : 0;
+    restartSmoothing(detector);
 }
 
 }  // namespace voxloc
-
-float voxloc_getUltraSoundLevel(void) {
-    return voxloc::MaxUltraSoundLevel_dB;
-}

@@ -75,14 +75,4 @@ void smoothCrossSpectrum(const MicrophonePair& pair, SmoothingGate gate,
     smooth(end, std::integral_constant<int, 1>(), 0.0f, 0.0f);
 }
 
-void attenuateLoudspeaker(const MicrophonePair& pair, float* correlation) {
-    const int first = pair.loudspeakerLag - pair.loudspeakerHalfWidth;
-    const int last = pair.loudspeakerLag + pair.loudspeakerHalfWidth;
-    // Lags below 0 wrap to the end. Lags past the last one deliberately do not wrap to the start;
-    // they end with the buffer.
-    for (int lag = first; lag <= std::min(last, CorrelationBufferFloats - 1); ++lag) {
-        correlation[lag < 0 ? lag + CorrelationLags : lag] *= pair.loudspeakerGain;
-    }
-}
-
 }  // namespace voxloc

@@ -1,7 +1,6 @@
 /**
  * The stages of a frame between the channel spectra and the correlations: how far each bin is to be
- * trusted and the smoothing of the cross-spectra; and after them the loudspeaker's zone. No state
- * of its own.
+ * trusted, and the smoothing of the cross-spectra. No state of its own.
  */
 #ifndef VOXLOC_CROSS_SPECTRUM_H
 #define VOXLOC_CROSS_SPECTRUM_H
@@ -46,9 +45,6 @@ struct MicrophoneSpectrum {
 void smoothCrossSpectrum(const MicrophonePair& pair, SmoothingGate gate,
                          const MicrophoneSpectrum& first, const MicrophoneSpectrum& second,
                          const float* previous, float* current, std::uint8_t* counter);
-
-/** Damps the zone of the correlation where the loudspeaker's direct sound peaks. */
-void attenuateLoudspeaker(const MicrophonePair& pair, float* correlation);
 
 }  // namespace voxloc
 

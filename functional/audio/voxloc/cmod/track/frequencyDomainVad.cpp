@@ -4,12 +4,6 @@
 
 namespace voxloc {
 
-std::uint32_t FdVadChannel1 = 1;
-std::uint32_t FdVadChannel2 = 2;
-std::int16_t TemporalCount;
-std::int16_t BurstCount;
-std::int16_t HangCount;
-
 namespace {
 
 // Bins of 11.71875 Hz, both ends included.
@@ -56,28 +50,28 @@ std::int16_t wrappingIncrement(std::int16_t counter) {
 }
 
 /** Counts the frame; true while it belongs to a burst of speech. */
-bool countBurst(float ratio, const Powers& power) {
+bool countBurst(FrequencyDomainVad& detector, float ratio, const Powers& power) {
     if (!(ratio > VoiceRatio)) {
-        TemporalCount = 0;
-        BurstCount = 0;
+        detector.TemporalCount = 0;
+        detector.BurstCount = 0;
         return false;
     }
-    TemporalCount = wrappingIncrement(TemporalCount);
-    if (TemporalCount > FramesBeforeBurst && power.total < 2.0f * power.speech) {
-        BurstCount = wrappingIncrement(BurstCount);
-        return BurstCount > 0;
+    detector.TemporalCount = wrappingIncrement(detector.TemporalCount);
+    if (detector.TemporalCount > FramesBeforeBurst && power.total < 2.0f * power.speech) {
+        detector.BurstCount = wrappingIncrement(detector.BurstCount);
+        return detector.BurstCount > 0;
     }
-    BurstCount = 0;
+    detector.BurstCount = 0;
     return false;
 }
 
-bool decide(bool burst) {
+bool decide(bool burst, std::int16_t& hangCount) {
     if (burst) {
-        HangCount = HangoverFrames;
+        hangCount = HangoverFrames;
         return true;
     }
-    if (HangCount > 0) {
-        --HangCount;
+    if (hangCount > 0) {
+        --hangCount;
         return true;
     }
     return false;
@@ -85,26 +79,28 @@ bool decide(bool burst) {
 
 }  // namespace
 
-void initializeFrequencyDomainActivityDetector() {
-    HangCount = 0;
-    BurstCount = 0;
-    TemporalCount = 0;
+void initializeFrequencyDomainActivityDetector(FrequencyDomainVad& detector) {
+    detector.HangCount = 0;
+    detector.BurstCount = 0;
+    detector.TemporalCount = 0;
 }
 
-void setFrequencyDomainVadChannels(std::uint32_t first, std::uint32_t second) {
-    FdVadChannel1 = first;
-    FdVadChannel2 = second;
+void setFrequencyDomainVadChannels(FrequencyDomainVad& detector, std::uint32_t first,
+                                   std::uint32_t second) {
+    detector.FdVadChannel1 = first;
+    detector.FdVadChannel2 = second;
 }
 
-std::uint32_t detectFrequencyDomainActivity(const float* spectra, const float* noiseLevel,
-                                            std::uint8_t* voice, std::uint8_t* sound) {
+std::uint32_t detectFrequencyDomainActivity(FrequencyDomainVad& detector, const float* spectra,
+                                            const float* noiseLevel, std::uint8_t* voice,
+                                            std::uint8_t* sound) {
     *voice = 0;
     *sound = 0;
-    const Powers power = sumPowers(spectra + FdVadChannel1 * SpectrumFloats,
-                                   spectra + FdVadChannel2 * SpectrumFloats, noiseLevel);
+    const Powers power = sumPowers(spectra + detector.FdVadChannel1 * SpectrumFloats,
+                                   spectra + detector.FdVadChannel2 * SpectrumFloats, noiseLevel);
     const float ratio = power.band / power.noise;
     if (ratio > SoundRatio) *sound = 1;
-    *voice = decide(countBurst(ratio, power)) ? 1 : 0;
+    *voice = decide(countBurst(detector, ratio, power), detector.HangCount) ? 1 : 0;
     return *voice;
 }
 

@@ -54,7 +54,7 @@ float sumPairs(const PairContribution* pairs, int points, float* sum, float* lar
 
 float sumCorrelations(const PairContribution* pairs, int count, int points, float* sum,
                       float* largest) {
-    static_assert(MaxPairsPerMap == 5, "one case for each count");
+    static_assert(MaxPairsPerMap == 8, "one case for each count");
     switch (count) {
         case 1:
             return sumPairs<1>(pairs, points, sum, largest);
@@ -66,6 +66,12 @@ float sumCorrelations(const PairContribution* pairs, int count, int points, floa
             return sumPairs<4>(pairs, points, sum, largest);
         case 5:
             return sumPairs<5>(pairs, points, sum, largest);
+        case 6:
+            return sumPairs<6>(pairs, points, sum, largest);
+        case 7:
+            return sumPairs<7>(pairs, points, sum, largest);
+        case 8:
+            return sumPairs<8>(pairs, points, sum, largest);
         default:
             return LowestFloat;
     }

@@ -7,10 +7,12 @@
 
 #include <cstdint>
 
+#include "voxloc.h"
+
 namespace voxloc {
 
 /** The most pairs that one map sums. */
-constexpr int MaxPairsPerMap = 5;
+constexpr int MaxPairsPerMap = VOXLOC_MAX_PAIRS;
 
 /** Floats past the largest lag that the search may read, and ignores: wide vectors take windows. */
 constexpr int GatherWindow = 64;

@@ -1,4 +1,4 @@
-/** Sizes that the module's buffers, tables and search grids share. */
+/** Sizes that the tracker's buffers, tables and search grids share, each from those it rests on. */
 #ifndef VOXLOC_GRIDS_H
 #define VOXLOC_GRIDS_H
 
@@ -18,6 +18,11 @@ constexpr int ElevationCount = 131;
 constexpr int RangeCount = 48;
 constexpr int AzimuthElevationPoints = ElevationCount * AzimuthCount;  // row-major
 constexpr int AzimuthRangePoints = RangeCount * AzimuthCount;          // row-major
+
+constexpr float NearestRange = 0.5f, RangeInterval = 0.2f;  // metres
+
+/** Pair blocks are counted through: elevation pairs first, then azimuth pairs. */
+constexpr int MaxPairBlocks = 2 * VOXLOC_MAX_PAIRS;
 
 }  // namespace voxloc
 

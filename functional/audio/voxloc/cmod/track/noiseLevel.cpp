@@ -37,7 +37,11 @@ inline auto amplitude(const float* bins) {
  * Both averages have the gain 4/π on a constant amplitude, deliberately: the noise estimate carries
  * it, and the voice detector's thresholds are set against that.
  */
-void trackLevels(const float* spectrum1, const float* spectrum2) {
+void trackLevels(NoiseLevelEstimator& estimator, const float* spectra) {
+    const float* spectrum1 = spectra + estimator.NoiseLevelChannel1 * SpectrumFloats;
+    const float* spectrum2 = spectra + estimator.NoiseLevelChannel2 * SpectrumFloats;
+    float* fastLevel = estimator.FastLevel;
+    float* slowLevel = estimator.SlowLevel;
     simd::forLanes(0, SpectrumBins, [=](int b, auto width) {
         using Lanes = simd::Lanes<width>;
         const auto level = simd::mul(
@@ -48,8 +52,8 @@ void trackLevels(const float* spectrum1, const float* spectrum2) {
                          simd::add(simd::mul(level, Lanes::splat(rate)),
                                    simd::mul(Lanes::load(average + b), Lanes::splat(memory))));
         };
-        follow(FastLevel, FastRate, FastMemory);
-        follow(SlowLevel, SlowRate, SlowMemory);
+        follow(fastLevel, FastRate, FastMemory);
+        follow(slowLevel, SlowRate, SlowMemory);
     });
 }
 
@@ -62,15 +66,16 @@ float sumOverBand(const float* level) {
     return simd::sumLanes(sum);
 }
 
-BandLevels sumBand() {
-    return {sumOverBand(FastLevel), sumOverBand(SlowLevel), sumOverBand(NoiseLevel)};
+BandLevels sumBand(const NoiseLevelEstimator& estimator) {
+    return {sumOverBand(estimator.FastLevel), sumOverBand(estimator.SlowLevel),
+            sumOverBand(estimator.NoiseLevel)};
 }
 
-void countFromBoot(float slowBandLevel) {
+void countFromBoot(float slowBandLevel, std::int16_t& framesLeft) {
     if (slowBandLevel <= SilentBandLevel) {
-        NoiseCountFromBoot = FramesFromBoot;
-    } else if (NoiseCountFromBoot > 0) {
-        --NoiseCountFromBoot;
+        framesLeft = FramesFromBoot;
+    } else if (framesLeft > 0) {
+        --framesLeft;
     }
 }
 
@@ -82,73 +87,66 @@ std::int16_t durationLimit(const BandLevels& band) {
 }
 
 /** True when the estimate may follow the slow average quickly. */
-bool judgeStationarity(const BandLevels& band) {
+bool judgeStationarity(NoiseLevelEstimator& estimator, const BandLevels& band) {
     bool fast = false;
-    if (std::fabs(band.slow - NoiseAmplification) < band.slow * StationaryDeviation) {
+    if (std::fabs(band.slow - estimator.NoiseAmplification) < band.slow * StationaryDeviation) {
         const std::int16_t limit = durationLimit(band);
-        CurrentNoiseDurationLimit = limit;
-        NoiseDetectionCounter =
-            std::min(static_cast<std::int16_t>(NoiseDetectionCounter + 1), limit);
-        fast = limit <= NoiseDetectionCounter;
+        estimator.CurrentNoiseDurationLimit = limit;
+        estimator.NoiseDetectionCounter =
+            std::min(static_cast<std::int16_t>(estimator.NoiseDetectionCounter + 1), limit);
+        fast = limit <= estimator.NoiseDetectionCounter;
     } else {
-        NoiseDetectionCounter = 0;
-        CurrentNoiseDurationLimit = ShortestStationarity;
-        NoiseAmplification = band.slow;
+        estimator.NoiseDetectionCounter = 0;
+        estimator.CurrentNoiseDurationLimit = ShortestStationarity;
+        estimator.NoiseAmplification = band.slow;
     }
     return fast || band.noise > band.slow;
 }
 
-void adapt(float rising, float sinking) {
+void adapt(NoiseLevelEstimator& estimator, float rising, float sinking) {
+    float* noiseLevel = estimator.NoiseLevel;
+    const float* slowLevel = estimator.SlowLevel;
     simd::forLanes(0, SpectrumBins, [=](int b, auto width) {
         using Lanes = simd::Lanes<width>;
-        const auto before = Lanes::load(NoiseLevel + b);
-        const auto difference = simd::sub(Lanes::load(SlowLevel + b), before);
+        const auto before = Lanes::load(noiseLevel + b);
+        const auto difference = simd::sub(Lanes::load(slowLevel + b), before);
         const auto rate = simd::selectLess(difference, Lanes::splat(0.0f), Lanes::splat(sinking),
                                            Lanes::splat(rising));
-        Lanes::store(NoiseLevel + b, simd::add(before, simd::mul(difference, rate)));
+        Lanes::store(noiseLevel + b, simd::add(before, simd::mul(difference, rate)));
     });
 }
 
 }  // namespace
 
-float NoiseLevel[SpectrumBins];
-float FastLevel[SpectrumBins];
-float SlowLevel[SpectrumBins];
-std::int16_t NoiseDetectionCounter;
-std::int16_t CurrentNoiseDurationLimit;
-float NoiseAmplification;
-std::int16_t NoiseCountFromBoot = FramesFromBoot;
-std::uint32_t NoiseLevelChannel1 = 1;
-std::uint32_t NoiseLevelChannel2 = 2;
-
-void intializeNoiseLevel() {
-    std::fill_n(NoiseLevel, SpectrumBins, 0.0f);
-    std::fill_n(FastLevel, SpectrumBins, 0.0f);
-    std::fill_n(SlowLevel, SpectrumBins, 0.0f);
-    NoiseDetectionCounter = 0;
-    NoiseAmplification = 0.0f;
-    CurrentNoiseDurationLimit = 0;
-    NoiseCountFromBoot = FramesFromBoot;
+void intializeNoiseLevel(NoiseLevelEstimator& estimator) {
+    std::fill_n(estimator.NoiseLevel, SpectrumBins, 0.0f);
+    std::fill_n(estimator.FastLevel, SpectrumBins, 0.0f);
+    std::fill_n(estimator.SlowLevel, SpectrumBins, 0.0f);
+    estimator.NoiseDetectionCounter = 0;
+    estimator.NoiseAmplification = 0.0f;
+    estimator.CurrentNoiseDurationLimit = 0;
+    estimator.NoiseCountFromBoot = FramesFromBoot;
 }
 
-void setNoiseLevelChannels(std::uint32_t first, std::uint32_t second) {
-    NoiseLevelChannel1 = first;
-    NoiseLevelChannel2 = second;
+void setNoiseLevelChannels(NoiseLevelEstimator& estimator, std::uint32_t first,
+                           std::uint32_t second) {
+    estimator.NoiseLevelChannel1 = first;
+    estimator.NoiseLevelChannel2 = second;
 }
 
-const float* calculateNoiseLevel(const float* spectra, unsigned int freeze) {
-    if (freeze != 0) return NoiseLevel;
-    trackLevels(spectra + NoiseLevelChannel1 * SpectrumFloats,
-                spectra + NoiseLevelChannel2 * SpectrumFloats);
-    const BandLevels band = sumBand();
-    countFromBoot(band.slow);
-    const bool fast = judgeStationarity(band);
-    if (fast || NoiseCountFromBoot != 0) {
-        adapt(FastAdaptation, FastAdaptation);
+const float* calculateNoiseLevel(NoiseLevelEstimator& estimator, const float* spectra,
+                                 unsigned int freeze) {
+    if (freeze != 0) return estimator.NoiseLevel;
+    trackLevels(estimator, spectra);
+    const BandLevels band = sumBand(estimator);
+    countFromBoot(band.slow, estimator.NoiseCountFromBoot);
+    const bool fast = judgeStationarity(estimator, band);
+    if (fast || estimator.NoiseCountFromBoot != 0) {
+        adapt(estimator, FastAdaptation, FastAdaptation);
     } else {
-        adapt(RisingAdaptation, SinkingAdaptation);
+        adapt(estimator, RisingAdaptation, SinkingAdaptation);
     }
-    return NoiseLevel;
+    return estimator.NoiseLevel;
 }
 
 }  // namespace voxloc

@@ -14,27 +14,31 @@
 
 namespace voxloc {
 
-void intializeNoiseLevel();
+struct NoiseLevelEstimator {
+    alignas(64) float NoiseLevel[SpectrumBins];  // the estimate
+    alignas(64) float FastLevel[SpectrumBins];
+    alignas(64) float SlowLevel[SpectrumBins];
+    std::int16_t NoiseDetectionCounter;      // frames counted towards the duration limit
+    std::int16_t CurrentNoiseDurationLimit;  // stationary frames before fast adaptation
+    float NoiseAmplification;                // band sum when the level last changed
+    std::int16_t NoiseCountFromBoot = 40;    // frames of start-up fast adaptation left
+    std::uint32_t NoiseLevelChannel1 = 1;    // the channels to analyse
+    std::uint32_t NoiseLevelChannel2 = 2;
+};
+
+/** Starts again; the channels stay. */
+void intializeNoiseLevel(NoiseLevelEstimator& estimator);
 
 /** The two channels to analyse, indices into the spectrum buffer. */
-void setNoiseLevelChannels(std::uint32_t first, std::uint32_t second);
+void setNoiseLevelChannels(NoiseLevelEstimator& estimator, std::uint32_t first,
+                           std::uint32_t second);
 
 /**
  * Takes in one frame of spectra (a slot of SpectrumFloats per channel) unless `freeze` is set.
  * Returns the estimate, SpectrumBins linear amplitudes, valid until the next call.
  */
-const float* calculateNoiseLevel(const float* spectra, unsigned int freeze);
-
-// State, for white-box checks
-extern float NoiseLevel[SpectrumBins];  // the estimate
-extern float FastLevel[SpectrumBins];
-extern float SlowLevel[SpectrumBins];
-extern std::int16_t NoiseDetectionCounter;      // frames counted towards the duration limit
-extern std::int16_t CurrentNoiseDurationLimit;  // stationary frames before fast adaptation
-extern float NoiseAmplification;                // band sum when the level last changed
-extern std::int16_t NoiseCountFromBoot;         // frames of start-up fast adaptation left
-extern std::uint32_t NoiseLevelChannel1;
-extern std::uint32_t NoiseLevelChannel2;
+const float* calculateNoiseLevel(NoiseLevelEstimator& estimator, const float* spectra,
+                                 unsigned int freeze);
 
 }  // namespace voxloc
 

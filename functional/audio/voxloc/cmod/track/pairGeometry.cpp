@@ -4,13 +4,8 @@
 
 #include "conversions.h"
 #include "dsplib/simd/simdLanes.h"
-#include "grids.h"
 
 namespace {
-
-constexpr float SPEED_FACTOR = 551.7241f;   // lags per metre: 192,000 lags a second, 348 m/s
-constexpr float HalfWavelength = 14.848f;   // bins·metres: 174 Hz·m in bins of 11.71875 Hz
-constexpr std::uint16_t HighestBin = 1451;  // about 17 kHz
 
 float roundHalfUp(float value) {
     return std::floor(value + 0.5f);
@@ -36,7 +31,7 @@ float voxloc_calculateDistance(const Position* a, const Position* b) {
 }
 
 int16_t voxloc_distanceToSampleDelay(float pathDifference) {
-    float lag = pathDifference * SPEED_FACTOR;
+    float lag = pathDifference * voxloc::SPEED_FACTOR;
     if (lag < 0.0f) lag += static_cast<float>(voxloc::CorrelationLags);
     return voxloc::toInteger<std::int16_t>(roundHalfUp(lag));
 }
@@ -44,23 +39,11 @@ int16_t voxloc_distanceToSampleDelay(float pathDifference) {
 void voxloc_setCutoffCoefficients(const Position* a, const Position* b, uint16_t* upperBin,
                                   uint16_t* lowerBin) {
     const float spacing = voxloc_calculateDistance(a, b);
-    *lowerBin = voxloc::toInteger<std::uint16_t>(roundHalfUp(HalfWavelength / spacing));
-    *upperBin = HighestBin;
+    *lowerBin = voxloc::toInteger<std::uint16_t>(roundHalfUp(voxloc::HalfWavelength / spacing));
+    *upperBin = voxloc::HighestBin;
 }
 
 namespace voxloc {
-
-LoudspeakerZone loudspeakerZone(float firstDistance, float secondDistance) {
-    const bool firstIsNearer = firstDistance <= secondDistance;
-    const float nearer = firstIsNearer ? firstDistance : secondDistance;
-    const float farther = firstIsNearer ? secondDistance : firstDistance;
-    float width = -0.104f + 0.107f * (farther / nearer);  // metres of path difference
-    if (width > 0.05f) width = 0.05f;
-    float gain = 0.4f * nearer;
-    if (gain < 0.1f) gain = 0.1f;
-    return {toInteger<std::uint16_t>(std::floor(0.5f + width * SPEED_FACTOR)),
-            voxloc_distanceToSampleDelay(firstDistance - secondDistance), gain};
-}
 
 int reachInLags(const Position& first, const Position& second) {
     // A far source's two distances are rounded to 1/16,000 m each: a tenth of a lag.

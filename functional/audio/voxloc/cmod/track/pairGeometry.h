@@ -1,27 +1,32 @@
 /**
- * From positions to lags: pure functions, no state. The public ones are in voxloc.h.
+ * From positions to lags: pure functions, no state. The public ones are in voxlocParts.h.
  */
 #ifndef VOXLOC_PAIR_GEOMETRY_H
 #define VOXLOC_PAIR_GEOMETRY_H
 
 #include <cstdint>
 
-#include "voxloc.h"
+#include "grids.h"
+#include "voxlocParts.h"
 
 namespace voxloc {
 
-/** The lags of a pair's correlation where the loudspeaker's direct sound is damped. */
-struct LoudspeakerZone {
-    std::uint16_t halfWidth;  // lags
-    std::int16_t lag;
-    float gain;
-};
-
-/** The zone of a pair whose microphones are that far (metres) from the loudspeaker. */
-LoudspeakerZone loudspeakerZone(float firstDistance, float secondDistance);
+constexpr float SPEED_FACTOR = 551.7241f;   // lags per metre: 192,000 lags a second, 348 m/s
+constexpr float HalfWavelength = 14.848f;   // bins·metres: 174 Hz·m in bins of 11.71875 Hz
+constexpr std::uint16_t HighestBin = 1451;  // of every pair, about 17 kHz
 
 /** Lags that a sound's path to two microphones can differ by, with room for rounding; even. */
 int reachInLags(const Position& first, const Position& second);
+
+/** The widest reach that lag tables can hold: beyond it the two ends of a correlation meet. */
+constexpr int LargestReach = CorrelationLags / 2;  // lags
+
+/** Microphones no farther apart than that have a reach within LargestReach. */
+constexpr float LargestSpacing = static_cast<float>(LargestReach - 4) / SPEED_FACTOR;  // metres
+
+/** Microphones that far apart have at least one bin to be compared in. */
+constexpr float SmallestSpacing =
+    HalfWavelength / static_cast<float>(HighestBin) + 1e-5f;  // metres
 
 /** Sines and cosines of an angle grid. */
 struct Directions {

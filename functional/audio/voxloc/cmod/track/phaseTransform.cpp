@@ -4,6 +4,7 @@
 
 #include "dsplib/cfft_pow2_conjpair_splitrad_c89_neon.h"
 #include "dsplib/simd/simdLanes.h"
+#include "voxlocParts.h"
 
 namespace voxloc {
 
@@ -58,10 +59,15 @@ void whitenAndSplit(const float* crossSpectrum, int begin, int end, const float*
     });
 }
 
-void correlateNear(const float* crossSpectrum, int begin, int end, int lags, const float* aTable,
-                   const float* bTable, float* scratch, float* correlation) {
+void correlate(const float* crossSpectrum, int begin, int end, int lags, const float* aTable,
+               const float* bTable, float* scratch, float* correlation) {
     whitenAndSplit(crossSpectrum, begin, end, aTable, bTable, scratch);
-    sp_ifft_ends(scratch, correlation, lags / 2);  // two lags an element
+    if (lags <= NearLags) {
+        sp_ifft_ends(scratch, correlation, lags / 2);  // two lags an element
+    } else {
+        clear(scratch, MaxBinsInUse, Points - MaxBinsInUse);
+        voxloc_ifft(Points, scratch, nullptr, correlation, 0);
+    }
 }
 
 }  // namespace voxloc

@@ -1,19 +1,21 @@
 /**
  * From a pair's smoothed cross-spectrum to its phase-transform correlation, upsampled four-fold, at
- * the lags that microphones less than 0.9 m apart can have. No state; tables are handed in.
+ * the lags that its microphones can have. No state; tables are handed in.
  */
 #ifndef VOXLOC_PHASE_TRANSFORM_H
 #define VOXLOC_PHASE_TRANSFORM_H
 
 #include "grids.h"
+#include "pairGeometry.h"
 
 namespace voxloc {
 
-/** The most lags at either end of the correlation that are computed: 0.928 m of path. */
-constexpr int NearLags = 512;
+/** Up to that many lags at either end a correlation costs half: 0.928 m of path. */
+constexpr int NearLags = 2 * 256;  // two lags an element of the transform
 
 /** The highest bin count that a pair may use, so that the upsampled spectrum is mostly zero. */
 constexpr int MaxBinsInUse = 1536;
+static_assert(HighestBin + 2 <= MaxBinsInUse, "pairs use more bins than the transform takes");
 
 /**
  * Phase transform and inverse split in one pass: each bin from `begin` up to `end` is brought to
@@ -36,15 +38,16 @@ void whitenAndSplit(const float* crossSpectrum, int begin, int end, const float*
 /**
  * The correlation at its first and last `lags` lags; what the lags between hold means nothing.
  *
- * Lag by lag it is what voxloc_realIfft of the whole whitened spectrum gives, at about half the
- * price: the transform is told which inputs are zero and which lags nobody reads.
+ * In unfused builds, and but for the sign of zeros, it is lag by lag what voxloc_realIfft of the
+ * whole whitened spectrum gives. Up to NearLags it costs about half: the transform is told which
+ * inputs are zero and which lags nobody reads.
  *
- * @param lags         2 to NearLags, even; the fewer, the faster
+ * @param lags         2 to LargestReach, even; the fewer, the faster
  * @param scratch      CorrelationLags floats, overwritten
  * @param correlation  out, CorrelationLags floats
  */
-void correlateNear(const float* crossSpectrum, int begin, int end, int lags, const float* aTable,
-                   const float* bTable, float* scratch, float* correlation);
+void correlate(const float* crossSpectrum, int begin, int end, int lags, const float* aTable,
+               const float* bTable, float* scratch, float* correlation);
 
 }  // namespace voxloc
 

@@ -6,14 +6,6 @@
 
 namespace voxloc {
 
-std::uint32_t ChannelOffset;
-float AudioData[HistorySamples];
-float FilterInput[FilterInputSamples];
-float EnvelopeOutput[EnvelopeSamples];
-float MedianOutput[FRAME_SAMPLES];
-float CurrentMedianFilterDifference = 1e-12f;
-bool PreviousResult = true;
-
 namespace {
 
 /** Half-band low-pass at 12 kHz, 31 taps behind a leading zero. */
@@ -49,48 +41,52 @@ constexpr float StepShare = 0.005f;      // of the median, per sample
 constexpr float SmallestMedian = 1e-7f;  // samples below it say nothing about clicks
 constexpr float ClickExcess = 1.7f;      // of the envelope over its median, relative
 
-void appendToHistory(const float* channel) {
-    std::copy_n(AudioData + FRAME_SAMPLES, 2 * FRAME_SAMPLES, AudioData);
-    std::copy_n(channel, FRAME_SAMPLES, AudioData + 2 * FRAME_SAMPLES);
+void appendToHistory(const float* channel, float* history) {
+    std::copy_n(history + FRAME_SAMPLES, 2 * FRAME_SAMPLES, history);
+    std::copy_n(channel, FRAME_SAMPLES, history + 2 * FRAME_SAMPLES);
 }
 
 /** Leaves the envelope in the first FRAME_SAMPLES samples of EnvelopeOutput. */
-void followEnvelope() {
-    std::copy_n(AudioData + FirstHistorySample, FilterInputSamples, FilterInput);
-    voxloc_firFilter(FilterInput, LowPassFilterCoefficients, EnvelopeOutput, 32, LowPassOutputs);
-    std::copy_n(EnvelopeOutput, LowPassOutputs, FilterInput);
-    voxloc_firFilter(FilterInput, HighPassFilterCoefficients, EnvelopeOutput, 24, HighPassOutputs);
-    simd::forLanes(0, HighPassOutputs, [](int i, auto width) {
+void followEnvelope(TimeDomainVad& detector) {
+    float* input = detector.FilterInput;
+    float* output = detector.EnvelopeOutput;
+    std::copy_n(detector.AudioData + FirstHistorySample, FilterInputSamples, input);
+    voxloc_firFilter(input, LowPassFilterCoefficients, output, 32, LowPassOutputs);
+    std::copy_n(output, LowPassOutputs, input);
+    voxloc_firFilter(input, HighPassFilterCoefficients, output, 24, HighPassOutputs);
+    simd::forLanes(0, HighPassOutputs, [=](int i, auto width) {
         using Lanes = simd::Lanes<width>;
-        const auto sample = Lanes::load(EnvelopeOutput + i);
-        Lanes::store(FilterInput + i, simd::larger(sample, simd::sub(Lanes::splat(0.0f), sample)));
+        const auto sample = Lanes::load(output + i);
+        Lanes::store(input + i, simd::larger(sample, simd::sub(Lanes::splat(0.0f), sample)));
     });
-    voxloc_firFilter(FilterInput, EnvelopeFilterCoefficients, EnvelopeOutput, 32, FRAME_SAMPLES);
+    voxloc_firFilter(input, EnvelopeFilterCoefficients, output, 32, FRAME_SAMPLES);
 }
 
 /** The tracker goes on from the previous frame's last median; the first sample only carries it. */
-void followMedian() {
-    float median = MedianOutput[FRAME_SAMPLES - 1];
-    float step = CurrentMedianFilterDifference;
-    MedianOutput[0] = median;
+void followMedian(TimeDomainVad& detector) {
+    const float* envelope = detector.EnvelopeOutput;
+    float* medians = detector.MedianOutput;
+    float median = medians[FRAME_SAMPLES - 1];
+    float step = detector.CurrentMedianFilterDifference;
+    medians[0] = median;
     for (int i = 1; i < FRAME_SAMPLES; ++i) {
-        median = EnvelopeOutput[i] > median ? median + step : median - step;
+        median = envelope[i] > median ? median + step : median - step;
         const float share = StepShare * median;
         step = share >= SmallestStep ? share : SmallestStep;
-        MedianOutput[i] = median;
+        medians[i] = median;
     }
-    CurrentMedianFilterDifference = step;
+    detector.CurrentMedianFilterDifference = step;
 }
 
-float largestRelativeExcess() {
+float largestRelativeExcess(const float* envelope, const float* medians) {
     constexpr int lanesInUse = simd::StreamLanes;
     static_assert(FRAME_SAMPLES % lanesInUse == 0, "whole vectors");
     using Lanes = simd::Lanes<lanesInUse>;
     const auto zero = Lanes::splat(0.0f), smallest = Lanes::splat(SmallestMedian);
     auto largest = zero;
     for (int i = 0; i < FRAME_SAMPLES; i += lanesInUse) {
-        const auto median = Lanes::load(MedianOutput + i);
-        const auto excess = simd::div(simd::sub(Lanes::load(EnvelopeOutput + i), median), median);
+        const auto median = Lanes::load(medians + i);
+        const auto excess = simd::div(simd::sub(Lanes::load(envelope + i), median), median);
         largest = simd::larger(simd::selectLess(smallest, median, excess, zero), largest);
     }
     return simd::largestLane(largest);
@@ -98,29 +94,29 @@ float largestRelativeExcess() {
 
 }  // namespace
 
-void initializeTimeDomainActivityDetector() {
-    std::fill_n(EnvelopeOutput, EnvelopeSamples, 0.0f);
-    std::fill_n(MedianOutput, FRAME_SAMPLES, 0.0f);
-    std::fill_n(FilterInput, FilterInputSamples, 0.0f);
-    std::fill_n(AudioData, HistorySamples, 0.0f);
-    PreviousResult = true;
-    CurrentMedianFilterDifference = SmallestStep;
+void initializeTimeDomainActivityDetector(TimeDomainVad& detector) {
+    std::fill_n(detector.EnvelopeOutput, EnvelopeSamples, 0.0f);
+    std::fill_n(detector.MedianOutput, FRAME_SAMPLES, 0.0f);
+    std::fill_n(detector.FilterInput, FilterInputSamples, 0.0f);
+    std::fill_n(detector.AudioData, HistorySamples, 0.0f);
+    detector.PreviousResult = true;
+    detector.CurrentMedianFilterDifference = SmallestStep;
 }
 
-void setTimeDomainVadChannel(std::uint32_t channel, std::uint32_t) {
-    ChannelOffset = channel * FRAME_SAMPLES;
+void setTimeDomainVadChannel(TimeDomainVad& detector, std::uint32_t channel, std::uint32_t) {
+    detector.ChannelOffset = channel * FRAME_SAMPLES;
 }
 
-void detectTimeDomainActivity(const float* frame, std::uint8_t* result) {
+void detectTimeDomainActivity(TimeDomainVad& detector, const float* frame, std::uint8_t* result) {
     *result = 0;
-    appendToHistory(frame + ChannelOffset);
-    followEnvelope();
-    followMedian();
-    if (largestRelativeExcess() > ClickExcess) {
-        PreviousResult = false;
+    appendToHistory(frame + detector.ChannelOffset, detector.AudioData);
+    followEnvelope(detector);
+    followMedian(detector);
+    if (largestRelativeExcess(detector.EnvelopeOutput, detector.MedianOutput) > ClickExcess) {
+        detector.PreviousResult = false;
     } else {
-        *result = PreviousResult ? 1 : 0;
-        PreviousResult = true;
+        *result = detector.PreviousResult ? 1 : 0;
+        detector.PreviousResult = true;
     }
 }
 

@@ -11,33 +11,35 @@
 
 #include <cstdint>
 
-#include "voxloc.h"
+#include "voxlocParts.h"
 
 namespace voxloc {
-
-void initializeTimeDomainActivityDetector();
-
-/**
- * The channel to analyse, an index into the frame. The history is not cleared. The second argument
- * is accepted and ignored, deliberately: all detectors are handed two channels.
- */
-void setTimeDomainVadChannel(std::uint32_t channel, std::uint32_t ignored);
-
-/** Takes in one normalised frame (FRAME_SAMPLES per channel); writes 0 or 1 to result. */
-void detectTimeDomainActivity(const float* frame, std::uint8_t* result);
 
 constexpr int HistorySamples = 3 * FRAME_SAMPLES;
 constexpr int FilterInputSamples = 2135;
 constexpr int EnvelopeSamples = 2104;
 
-// State, for white-box checks
-extern std::uint32_t ChannelOffset;      // samples from the start of the frame
-extern float AudioData[HistorySamples];  // three frames of the channel, oldest first
-extern float FilterInput[FilterInputSamples];
-extern float EnvelopeOutput[EnvelopeSamples];
-extern float MedianOutput[FRAME_SAMPLES];    // running median of the envelope
-extern float CurrentMedianFilterDifference;  // step of the median tracker
-extern bool PreviousResult;  // the previous frame's decision, before the two-frame rule
+struct TimeDomainVad {
+    std::uint32_t ChannelOffset;                  // samples from the start of the frame
+    alignas(64) float AudioData[HistorySamples];  // three frames of the channel, oldest first
+    alignas(64) float FilterInput[FilterInputSamples];
+    alignas(64) float EnvelopeOutput[EnvelopeSamples];
+    alignas(64) float MedianOutput[FRAME_SAMPLES];  // running median of the envelope
+    float CurrentMedianFilterDifference = 1e-12f;   // step of the median tracker
+    bool PreviousResult = true;  // the previous frame's decision, before the two-frame rule
+};
+
+/** Starts again; the channel stays. */
+void initializeTimeDomainActivityDetector(TimeDomainVad& detector);
+
+/**
+ * The channel to analyse, an index into the frame. The history is not cleared. The second argument
+ * is accepted and ignored, deliberately: all detectors are handed two channels.
+ */
+void setTimeDomainVadChannel(TimeDomainVad& detector, std::uint32_t channel, std::uint32_t ignored);
+
+/** Takes in one normalised frame (FRAME_SAMPLES per channel); writes 0 or 1 to result. */
+void detectTimeDomainActivity(TimeDomainVad& detector, const float* frame, std::uint8_t* result);
 
 }  // namespace voxloc
 

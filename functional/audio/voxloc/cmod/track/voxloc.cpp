@@ -1,27 +1,19 @@
 /**
- * The tracker's frames: voxloc_calculate at the end of this file reads as the list of a frame's
- * stages, which stand above it in that order. voxlocSetup.cpp is the other half, initialise and
- * destroy.
+ * A tracker's frames: `calculate` at the end of this file is the list of a frame's stages, one call
+ * a line; the stages stand above it in that order. voxlocSetup.cpp is the other half: set-up.
  */
-#include "voxloc.h"
-
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdlib>
 #include <utility>
 
-#include "UltraSoundDistortionDetection.h"
-#include "console/eventlog.h"
 #include "crossSpectrum.h"
 #include "flushToZero.h"
-#include "frequencyDomainVad.h"
 #include "gridSearch.h"
-#include "noiseLevel.h"
-#include "pairGeometry.h"
+#include "loudspeakerZone.h"
 #include "phaseTransform.h"
-#include "timeDomainVad.h"
-#include "voxlocState.h"
+#include "recording.h"
+#include "tracker.h"
 
 namespace voxloc {
 
@@ -34,225 +26,184 @@ constexpr float UpsideDownRatio = 1.8f;
 constexpr std::int32_t BlockedFramesPerWarning = 100;
 constexpr int IgnoredRadix = 2;  // part of the transforms' interface
 
-/** Pair blocks are counted through: elevation pairs first, then azimuth pairs. */
-const MicrophonePair& pairAt(int p) {
-    return p < NumberOfElevationPairs ? ElevationPairs[p]
-                                      : AzimuthPairs[p - NumberOfElevationPairs];
-}
+/** What goes in with a frame. */
+struct InputFlags {
+    int farEnd, noiseFlag;
+};
 
 /** What the detectors find out about a frame. */
 struct Detections {
     std::uint8_t voice, tdVoice, sound, ultrasound;
 };
 
-void recordFrame(const float* frame, std::uint32_t bits, std::uint32_t flags) {
-    if (recording == nullptr) return;
-    // Results are deliberately not looked at: a full disk must not stop the tracker.
-    std::fwrite(&bits, sizeof bits, 1, recording);
-    std::fwrite(&flags, sizeof flags, 1, recording);
-    std::fwrite(frame, sizeof(float), static_cast<std::size_t>(NumberOfChannels * FRAME_SAMPLES),
-                recording);
-}
-
-void computeSpectra() {
-    for (int c = 0; c < NumberOfChannels; ++c) {
-        float* spectrum = FftResult + c * SpectrumFloats;
-        voxloc_vectorMultiply(InputAudio + c * AnalysisSamples, HammingWindow, FftInput,
-                              AnalysisSamples);
-        voxloc_realFft(AnalysisSamples, FftInput, TwiddleFactors, spectrum, IgnoredRadix, ATable,
-                       BTable, FftOutput);
-        for (int i = 0; i < 2 * SilencedBins; ++i) spectrum[i] = 0.0f;
+void computeSpectra(Tracker& tracker) {
+    const TransformTables& tables = tracker.Tables;
+    for (int c = 0; c < tracker.NumberOfChannels; ++c) {
+        float* spectrum = tracker.FftResult + c * SpectrumFloats;
+        voxloc_vectorMultiply(tracker.InputAudio + c * AnalysisSamples, tables.HammingWindow,
+                              tracker.FftInput, AnalysisSamples);
+        voxloc_realFft(AnalysisSamples, tracker.FftInput, tables.TwiddleFactors, spectrum,
+                       IgnoredRadix, tables.ATable, tables.BTable, tracker.FftOutput);
+        std::fill_n(spectrum, 2 * SilencedBins, 0.0f);
     }
 }
 
-void weighFrequencies() {
-    for (int c = 0; c < NumberOfChannels; ++c) {
-        updateFrequencyWeights(FftResult + c * SpectrumFloats, SpectrumBins,
-                               NoisePowerEstimate + c * SpectrumBins,
-                               FrequencyWeight + c * SpectrumBins);
+void weighFrequencies(Tracker& tracker) {
+    for (int c = 0; c < tracker.NumberOfChannels; ++c) {
+        updateFrequencyWeights(tracker.FftResult + c * SpectrumFloats, SpectrumBins,
+                               tracker.NoisePowerEstimate + c * SpectrumBins,
+                               tracker.FrequencyWeight + c * SpectrumBins);
     }
 }
 
-void detect(int noiseFlag, Detections& found) {
-    const float* noiseLevel = calculateNoiseLevel(FftResult, static_cast<unsigned>(noiseFlag));
-    detectFrequencyDomainActivity(FftResult, noiseLevel, &found.voice, &found.sound);
-    detectUltraSoundDistortion(FftResult, &found.ultrasound);
+std::uint8_t timeoutLimit(const Detections& found, InputFlags in) {
+    return found.voice == 1 && in.farEnd == 0 ? SpeechTimeout : ShortTimeout;
 }
 
-MicrophoneSpectrum microphoneSpectrum(int channel) {
-    return {FftResult + channel * SpectrumFloats, FrequencyWeight + channel * SpectrumBins};
+MicrophoneSpectrum microphoneSpectrum(const Tracker& tracker, int channel) {
+    return {tracker.FftResult + channel * SpectrumFloats,
+            tracker.FrequencyWeight + channel * SpectrumBins};
 }
 
-void smoothCrossSpectra(SmoothingGate gate) {
-    for (int p = 0; p < numberOfPairs(); ++p) {
-        const MicrophonePair& pair = pairAt(p);
-        smoothCrossSpectrum(
-            pair, gate, microphoneSpectrum(pair.firstMicrophone),
-            microphoneSpectrum(pair.secondMicrophone), PreviousNumerator + p * SpectrumFloats,
-            CurrentNumerator + p * SpectrumFloats, TimeoutCounter + p * SpectrumBins);
+void smoothCrossSpectra(Tracker& tracker, SmoothingGate gate) {
+    for (int p = 0; p < numberOfPairs(tracker); ++p) {
+        const MicrophonePair& pair = *tracker.Blocks[p].pair;
+        smoothCrossSpectrum(pair, gate, microphoneSpectrum(tracker, pair.firstMicrophone),
+                            microphoneSpectrum(tracker, pair.secondMicrophone),
+                            tracker.PreviousNumerator + p * SpectrumFloats,
+                            tracker.CurrentNumerator + p * SpectrumFloats,
+                            tracker.TimeoutCounter + p * SpectrumBins);
     }
 }
 
-/**
- * Where a pair's correlation is kept while the others are computed.
- *
- * A kept correlation is addressed by lag, from 0 to 16384, and lies where its first and last lags
- * do; the slots of the pairs overlap in the lags between, which nobody reads.
- */
-float* keptCorrelation(int p) {
-    return KeptCorrelations + p * KeptCorrelationDistance;
-}
-
-void correlate(int p) {
-    const MicrophonePair& pair = pairAt(p);
-    const int lags =
-        reachInLags(Microphones[pair.firstMicrophone], Microphones[pair.secondMicrophone]);
+void correlatePair(Tracker& tracker, int p) {
+    const PairBlock& block = tracker.Blocks[p];
     // The bin above the highest one takes part: it was smoothed like the others.
-    correlateNear(CurrentNumerator + p * SpectrumFloats, pair.lowerBin, pair.upperBin + 2, lags,
-                  ATableUpsampled, BTableUpsampled, FftInput, FftOutput);
-    if (AttenuateLoudspeaker) attenuateLoudspeaker(pair, FftOutput);
-    float* kept = keptCorrelation(p);
-    std::copy_n(FftOutput, lags, kept);
-    std::copy(FftOutput + CorrelationLags - lags, FftOutput + CorrelationBufferFloats,
-              kept + CorrelationLags - lags);
+    correlate(tracker.CurrentNumerator + p * SpectrumFloats, block.pair->lowerBin,
+              block.pair->upperBin + 2, block.reach, tracker.Tables.ATableUpsampled,
+              tracker.Tables.BTableUpsampled, tracker.FftInput, tracker.FftOutput);
+    if (tracker.AttenuateLoudspeaker) attenuateLoudspeaker(*block.pair, tracker.FftOutput);
+    std::copy_n(tracker.FftOutput, block.reach, block.kept);
+    const int last = CorrelationLags - block.reach;
+    std::copy(tracker.FftOutput + last, tracker.FftOutput + CorrelationBufferFloats,
+              block.kept + last);
 }
 
-/**
- * The first pair block of the same two microphones. A pair may serve both maps; all that goes into
- * its correlation is then the same, and computed once.
- */
-int firstOfSameMicrophones(int p) {
-    const MicrophonePair& pair = pairAt(p);
-    for (int q = 0; q < p; ++q) {
-        if (pairAt(q).firstMicrophone == pair.firstMicrophone &&
-            pairAt(q).secondMicrophone == pair.secondMicrophone) {
-            return q;
-        }
+void correlatePairs(Tracker& tracker) {
+    for (int p = 0; p < numberOfPairs(tracker); ++p) {
+        if (tracker.Blocks[p].source == p) correlatePair(tracker, p);
     }
-    return p;
 }
 
-/** One map from the pairs that add to it; returns its largest sum. `begin` counts pair blocks. */
-float sumOverGrid(int begin, int count, int points, float* sum, float* quality) {
+/** One map from the pair blocks that add to it; returns its largest sum. */
+float sumOverGrid(const PairBlock* blocks, int count, int points, float* sum, float* quality) {
     std::array<PairContribution, MaxPairsPerMap> contributions;
     for (int k = 0; k < count; ++k) {
-        const int source = firstOfSameMicrophones(begin + k);
-        if (source == begin + k) correlate(source);
-        contributions[static_cast<std::size_t>(k)] = {keptCorrelation(source),
-                                                      pairAt(begin + k).lookupTable};
+        contributions[static_cast<std::size_t>(k)] = {blocks[k].kept, blocks[k].pair->lookupTable};
     }
     return sumCorrelations(contributions.data(), count, points, sum, quality);
 }
 
-/** The point of each map where its sum is largest. */
-struct Peaks {
-    int azimuthElevation, azimuthRange;
+/** The largest sum of each map. */
+struct LargestSums {
+    float azimuthElevation, azimuthRange;
 };
 
-Peaks searchGrids() {
+LargestSums sumMaps(Tracker& tracker) {
+    const int elevationPairs = tracker.NumberOfElevationPairs;
+    LargestSums largest;
     // Without elevation pairs the map is never written and stays what it is.
-    const float largestElevation =
-        NumberOfElevationPairs > 0 ? sumOverGrid(0, NumberOfElevationPairs, AzimuthElevationPoints,
-                                                 AzimuthElevationResult, ElevationQuality)
-                                   : largestOf(AzimuthElevationResult, AzimuthElevationPoints);
-    const float largestRange = sumOverGrid(NumberOfElevationPairs, NumberOfAzimuthPairs,
-                                           AzimuthRangePoints, AzimuthRangeResult, AzimuthQuality);
-    return {firstMaximum(AzimuthElevationResult, AzimuthElevationPoints, largestElevation),
-            firstMaximum(AzimuthRangeResult, AzimuthRangePoints, largestRange)};
+    largest.azimuthElevation =
+        elevationPairs > 0 ? sumOverGrid(tracker.Blocks, elevationPairs, AzimuthElevationPoints,
+                                         tracker.AzimuthElevationResult, tracker.ElevationQuality)
+                           : largestOf(tracker.AzimuthElevationResult, AzimuthElevationPoints);
+    largest.azimuthRange =
+        sumOverGrid(tracker.Blocks + elevationPairs, tracker.NumberOfAzimuthPairs,
+                    AzimuthRangePoints, tracker.AzimuthRangeResult, tracker.AzimuthQuality);
+    return largest;
 }
 
-void pickPosition(Peaks peaks, TrackerResult& result) {
-    result.elevation = ElevationAngles[peaks.azimuthElevation / AzimuthCount] * DegreesPerRadian;
-    result.azimuth = AzimuthAngles[peaks.azimuthRange % AzimuthCount] * DegreesPerRadian;
-    const RangeRows rows = flatRangeRows(AzimuthRangeResult, peaks.azimuthRange);
-    result.range = (Ranges[rows.first] + Ranges[rows.last]) * 0.5f;
-    result.quality =
-        AzimuthRangeResult[peaks.azimuthRange] + AzimuthElevationResult[peaks.azimuthElevation];
+void pickPosition(const Tracker& tracker, LargestSums largest, TrackerResult& result) {
+    const float* directions = tracker.AzimuthElevationResult;
+    const float* ranges = tracker.AzimuthRangeResult;
+    const int direction =
+        firstMaximum(directions, AzimuthElevationPoints, largest.azimuthElevation);
+    const int place = firstMaximum(ranges, AzimuthRangePoints, largest.azimuthRange);
+    const RangeRows rows = flatRangeRows(ranges, place);
+    result.elevation = tracker.ElevationAngles[direction / AzimuthCount] * DegreesPerRadian;
+    result.azimuth = tracker.AzimuthAngles[place % AzimuthCount] * DegreesPerRadian;
+    result.range = (tracker.Ranges[rows.first] + tracker.Ranges[rows.last]) * 0.5f;
+    result.quality = ranges[place] + directions[direction];
 }
 
 /** The vertical pairs of an upside-down panel agree far better than its horizontal ones. */
-bool looksUpsideDown() {
-    const float vertical = ElevationQuality[0] + ElevationQuality[1];
+bool looksUpsideDown(const float* elevationQuality, const float* azimuthQuality) {
+    const float vertical = elevationQuality[0] + elevationQuality[1];
     const float horizontal =
-        AzimuthQuality[0] + AzimuthQuality[1] + AzimuthQuality[2] + ElevationQuality[2];
+        azimuthQuality[0] + azimuthQuality[1] + azimuthQuality[2] + elevationQuality[2];
     return vertical / horizontal > UpsideDownRatio;
 }
 
 /** False when the frame speaks for a panel mounted upside down, which only one product can tell. */
-bool isPositionValid(bool voice) {
-    if (ProductType != PRODUCT_ASTER || !voice || !looksUpsideDown()) return true;
-    ++BlockedCounter;
-    if (BlockedCounter % BlockedFramesPerWarning == 0) {
-        eventlog("Warning: The front panel is most likely mounted upside down\n");
-        BlockedCounter = 0;
+bool isPositionValid(Tracker& tracker, bool voice) {
+    if (tracker.ProductType != PRODUCT_ASTER || !voice) return true;
+    if (!looksUpsideDown(tracker.ElevationQuality, tracker.AzimuthQuality)) return true;
+    ++tracker.BlockedCounter;
+    if (tracker.BlockedCounter % BlockedFramesPerWarning == 0) {
+        logText(tracker.log, "Warning: The front panel is most likely mounted upside down\n");
+        tracker.BlockedCounter = 0;
     }
     return false;
 }
 
-std::uint32_t outputFlags(const Detections& found, int farEnd, int noiseFlag, bool valid) {
+std::uint32_t outputFlags(const Detections& found, InputFlags in, bool valid) {
     std::uint32_t flags = 0;
     voxloc_setFlag(VOXLOC_FLAG_VOICE, found.voice, &flags);
     voxloc_setFlag(VOXLOC_FLAG_TD_VOICE, found.tdVoice, &flags);
     voxloc_setFlag(VOXLOC_FLAG_SOUND, found.sound, &flags);
-    voxloc_setFlag(VOXLOC_FLAG_FAR_END, farEnd, &flags);
-    voxloc_setFlag(VOXLOC_FLAG_NOISE_INPUT, noiseFlag, &flags);
+    voxloc_setFlag(VOXLOC_FLAG_FAR_END, in.farEnd, &flags);
+    voxloc_setFlag(VOXLOC_FLAG_NOISE_INPUT, in.noiseFlag, &flags);
     voxloc_setFlag(VOXLOC_FLAG_ULTRASOUND, found.ultrasound, &flags);
     voxloc_setFlag(VOXLOC_FLAG_POSITION_VALID, valid ? 1 : 0, &flags);
     return flags;
 }
 
-void swapBuffers() {
-    std::swap(CurrentNumerator, PreviousNumerator);
-    std::swap(CurrentRawAudioInput, PreviousRawAudioInput);
+void swapBuffers(Tracker& tracker) {
+    std::swap(tracker.CurrentNumerator, tracker.PreviousNumerator);
+    std::swap(tracker.CurrentRawAudioInput, tracker.PreviousRawAudioInput);
 }
 
 }  // namespace
 
-}  // namespace voxloc
-
-using namespace voxloc;
-
-void voxloc_calculate(const float* frame, uint32_t bits, uint32_t flags, TrackerResult* result) {
+void calculate(Tracker& tracker, const float* frame, std::uint32_t bits, std::uint32_t flags,
+               TrackerResult& result) {
     const FlushToZero flushToZero;
-    recordFrame(frame, bits, flags);
-    const int farEnd = voxloc_getFlag(VOXLOC_INPUT_FAR_END, flags);
-    const int noiseFlag = voxloc_getFlag(VOXLOC_INPUT_NOISE_FLAG, flags);
+    const int channels = tracker.NumberOfChannels;
+    const InputFlags in = {voxloc_getFlag(VOXLOC_INPUT_FAR_END, flags),
+                           voxloc_getFlag(VOXLOC_INPUT_NOISE_FLAG, flags)};
     Detections found = {0, 0, 0, 0};
-    voxloc_normalizeInput(frame, CurrentRawAudioInput, bits, NumberOfChannels);
-    detectTimeDomainActivity(CurrentRawAudioInput, &found.tdVoice);
-    computeSpectra();
-    weighFrequencies();
-    detect(noiseFlag, found);
-    TimeoutLimit = found.voice == 1 && farEnd == 0 ? SpeechTimeout : ShortTimeout;
-    smoothCrossSpectra({static_cast<float>(found.tdVoice * (1 - farEnd)), TimeoutLimit});
-    pickPosition(searchGrids(), *result);
-    voxloc_overlapInputChannels(InputAudio, PreviousRawAudioInput, CurrentRawAudioInput,
-                                NumberOfChannels);
-    const bool valid = isPositionValid(found.voice == 1);
-    result->flags = outputFlags(found, farEnd, noiseFlag, valid);
-    swapBuffers();
+    recordFrame(tracker.recording, frame, channels * FRAME_SAMPLES, bits, flags);
+    voxloc_normalizeInput(frame, tracker.CurrentRawAudioInput, bits, channels);
+    detectTimeDomainActivity(tracker.TimeDomain, tracker.CurrentRawAudioInput, &found.tdVoice);
+    computeSpectra(tracker);
+    weighFrequencies(tracker);
+    const float* noiseLevel =
+        calculateNoiseLevel(tracker.Noise, tracker.FftResult, static_cast<unsigned>(in.noiseFlag));
+    detectFrequencyDomainActivity(tracker.FrequencyDomain, tracker.FftResult, noiseLevel,
+                                  &found.voice, &found.sound);
+    detectUltraSoundDistortion(tracker.UltraSound, tracker.log, tracker.FftResult,
+                               &found.ultrasound);
+    tracker.TimeoutLimit = timeoutLimit(found, in);
+    smoothCrossSpectra(tracker,
+                       {static_cast<float>(found.tdVoice * (1 - in.farEnd)), tracker.TimeoutLimit});
+    correlatePairs(tracker);
+    const LargestSums largest = sumMaps(tracker);
+    pickPosition(tracker, largest, result);
+    voxloc_overlapInputChannels(tracker.InputAudio, tracker.PreviousRawAudioInput,
+                                tracker.CurrentRawAudioInput, channels);
+    const bool valid = isPositionValid(tracker, found.voice == 1);
+    result.flags = outputFlags(found, in, valid);
+    swapBuffers(tracker);
 }
 
-int voxloc_record_start(const char* path) {
-    voxloc_record_stop();
-    recording = std::fopen(path, "wb");
-    if (recording == nullptr) return 0;
-    std::fputc(0xAC, recording);
-    std::fputc(1, recording);
-    std::fputc(ProductType, recording);
-    return std::fputc(NumberOfChannels, recording);
-}
-
-void voxloc_record_stop(void) {
-    if (recording == nullptr) return;
-    std::fclose(recording);
-    recording = nullptr;
-}
-
-float* generateInput(void) {
-    std::srand(1);
-    for (float& sample : RawAudioInput) {
-        sample = -0.5f + static_cast<float>(std::rand()) * 4.656613e-10f;
-    }
-    return RawAudioInput;
-}
+}  // namespace voxloc

@@ -6,9 +6,13 @@
  *         voxloc_calculate(frame, 24, 0, &result);
  *     voxloc_destroy();
  *
- * The module is one instance with state of its own: use it from one thread at a time. Broken
- * preconditions are assertions that abort; there are no error codes. Nothing is allocated between
- * voxloc_initialize and voxloc_destroy.
+ * The ten calls that such a program needs come first. They act on the one tracker of the module:
+ * use them from one thread at a time. Broken preconditions are assertions that abort; there are no
+ * error codes.
+ *
+ * Below them are trackers of one's own (voxloc_createTracker): several in one process, for any
+ * array of microphones, and without assertions. The parts that trackers are made of (geometry,
+ * frame arithmetic, real transforms) are in voxlocParts.h.
  *
  * Units: positions in metres, angles in radians inside the module and in degrees in the result,
  * 48,000 samples per second, lags of the correlations at 192,000 per second.
@@ -16,18 +20,24 @@
 #ifndef VOXLOC_H
 #define VOXLOC_H
 
+#include <stddef.h>
 #include <stdint.h>
+
+#include "voxlocParts.h"
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 
-/** New samples per channel in a frame (42.7 ms). */
-#define FRAME_SAMPLES 2048
-/** The most channels that any geometry has. */
+/** The version of this header; voxloc_getVersion tells that of the library. */
+#define VOXLOC_VERSION_MAJOR 2
+#define VOXLOC_VERSION_MINOR 0
+#define VOXLOC_VERSION_PATCH 0
+
+/** The most channels that any array has. */
 #define VOXLOC_MAX_CHANNELS 8
 
-/** The microphone arrays; 3 is not a product. */
+/** The microphone arrays that are built in; 3 is not a product. */
 enum {
     PRODUCT_ASTER = 0,
     PRODUCT_BRAMBLE = 1,
@@ -38,13 +48,13 @@ enum {
     PRODUCT_GANNET = 7
 };
 
-/** Bits of the flag word that voxloc_calculate takes. */
+/** Bits of the flag word that goes in with a frame. */
 enum {
     VOXLOC_INPUT_FAR_END = 0,   /**< the loudspeaker is playing: hold the cross-spectra */
     VOXLOC_INPUT_NOISE_FLAG = 1 /**< freeze the noise-level estimate */
 };
 
-/** Bits of the flag word that voxloc_calculate returns; all others are 0. */
+/** Bits of the flag word that comes out with a result; all others are 0. */
 enum {
     VOXLOC_FLAG_VOICE = 0,         /**< voice, frequency-domain detector */
     VOXLOC_FLAG_TD_VOICE = 1,      /**< voice, time-domain detector */
@@ -55,29 +65,24 @@ enum {
     VOXLOC_FLAG_POSITION_VALID = 7 /**< 0 when the panel seems to be mounted upside down */
 };
 
-/** A point in metres: x is depth (towards the talker), y runs along the array, z is height. */
-typedef struct Position {
-    float x;
-    float y;
-    float z;
-} Position;
-
-/** What voxloc_calculate finds out about a frame. */
+/** What the tracker finds out about a frame. */
 typedef struct TrackerResult {
     float azimuth;   /**< degrees, positive towards +y; PRODUCT_GANNET: NaN in silence and straight
                           ahead, where the columns of its grid beyond 90 degrees win */
-    float elevation; /**< degrees, positive up; means nothing for PRODUCT_FOXGLOVE */
+    float elevation; /**< degrees, positive up; means nothing without elevation pairs */
     float range;     /**< metres, 0.5 to 9.9 */
-    float quality;   /**< sum of the two correlation peaks; near 0 when nobody talks */
+    float quality;   /**< sum of the two correlation peaks: 0 when no bin has been heard, about 0.3
+                          to 1.5 while somebody talks. PRODUCT_FOXGLOVE adds what an earlier product
+                          left in its elevation map, a constant */
     uint32_t flags;  /**< VOXLOC_FLAG_... by bit position; see voxloc_getFlag */
 } TrackerResult;
 
-/* --- Tracker ---------------------------------------------------------------------------------- */
+/* --- The ten calls ---------------------------------------------------------------------------- */
 
 /**
- * Selects a microphone array and allocates and builds everything that the frames need (tens of
- * milliseconds on a desk machine, about 1 MiB). Asserts that productType is one of PRODUCT_...,
- * that the module is not initialised already, and that memory was to be had.
+ * Selects a microphone array and allocates and builds everything that the frames need (about half a
+ * millisecond on a desk machine, 0.4 to 1.3 MB). Asserts that productType is one of PRODUCT_...,
+ * that the module is not initialised already, and that there was enough memory.
  */
 void voxloc_initialize(int32_t productType);
 
@@ -86,6 +91,28 @@ void voxloc_initialize(int32_t productType);
  * open, when the module is not initialised.
  */
 void voxloc_destroy(void);
+
+/**
+ * Processes one frame. The position lags by one frame: it rests on the two frames before this one.
+ *
+ * @param frame   in, channels·FRAME_SAMPLES samples, channel-major (channel c from c·FRAME_SAMPLES
+ *                on), integer values as floats; not modified, not kept
+ * @param bits    significant bits of the samples: 24 for a full scale of 2^23
+ * @param flags   VOXLOC_INPUT_... by bit position
+ * @param result  out, written last; must not overlap frame
+ *
+ * The module must be initialised. Nothing is allocated. Any sample value is safe: the process is
+ * unharmed. A NaN, an infinity or a value whose square overflows stays in the noise power of the
+ * bins that it reached, as a rule all bins of its channel. They are not updated any more and drop
+ * out of the position: at once, or where they still hold an earlier value after 35 frames at most.
+ * When the noise level takes it in, too, the sound flag reads 0 from then on and the voice flag
+ * from the end of its hangover on (34 frames at most). The other flags recover by themselves.
+ * voxloc_destroy followed by voxloc_initialize restores everything.
+ */
+void voxloc_calculate(const float* frame, uint32_t bits, uint32_t flags, TrackerResult* result);
+
+/** A bit (0 to 31) of word: 0 or 1. voxlocParts.h has voxloc_setFlag for the word that goes in. */
+int voxloc_getFlag(uint32_t bit, uint32_t word);
 
 /** Microphone channels of the selected product. */
 uint32_t voxloc_getNumberOfChannels(void);
@@ -97,42 +124,10 @@ uint32_t voxloc_getNumberOfChannels(void);
 const Position* voxloc_getMicrophoneCoordinates(uint32_t channel);
 
 /**
- * Processes one frame. The position lags by one frame: it rests on the two frames before this one.
- *
- * @param frame   in, channels·FRAME_SAMPLES samples, channel-major (channel c from c·FRAME_SAMPLES
- *                on), integer values as floats; not modified, not kept
- * @param bits    significant bits of the samples: 24 for a full scale of 2^23
- * @param flags   VOXLOC_INPUT_... by bit position
- * @param result  out, written last; must not overlap frame
- *
- * The module must be initialised. Any sample value is safe: the process is unharmed. A NaN, an
- * infinity or a value whose square overflows stays in the noise power of the bins that it reached,
- * as a rule all bins of its channel. They are not updated any more and drop out of the position: at
- * once, or where they still hold an earlier value after 35 frames at most. When the noise level
- * takes it in, too, the sound flag reads 0 from then on and the voice flag from the end of its
- * hangover on (34 frames at most). The other flags recover by themselves. voxloc_destroy followed
- * by voxloc_initialize restores everything.
- */
-void voxloc_calculate(const float* frame, uint32_t bits, uint32_t flags, TrackerResult* result);
-
-/**
  * Level of the loudest microphone in the band from 20.25 to 21.6 kHz, in dB. Refreshed on every
  * 20th frame; -100 before the first time, minus infinity for digital silence.
  */
 float voxloc_getUltraSoundLevel(void);
-
-/* --- Flags ------------------------------------------------------------------------------------ */
-
-/**
- * Clears a bit (0 to 31) of word, then ORs in value shifted left by bit. The value is deliberately
- * not reduced to 0 or 1: 2 sets the next bit up.
- */
-void voxloc_setFlag(uint32_t bit, int32_t value, uint32_t* word);
-
-/** A bit (0 to 31) of word: 0 or 1. */
-int voxloc_getFlag(uint32_t bit, uint32_t word);
-
-/* --- Signal energy, recording, noise ---------------------------------------------------------- */
 
 /**
  * Energy of each channel of a frame: the sum over its samples of (sample / 2^(bits-1))². Needs no
@@ -147,7 +142,8 @@ void voxloc_calculateSignalEnergy(const float* frame, uint32_t bits, int32_t nch
                                   float* energies);
 
 /**
- * Starts recording every frame that voxloc_calculate is given; ends a recording that is open.
+ * Starts recording every frame that voxloc_calculate is given; ends a recording that is open. Opens
+ * a file, which allocates memory for the C library's buffer.
  *
  * The file holds the bytes 172, 1, product, channels, and then for each frame bits (4 bytes), flags
  * (4 bytes) and the frame's samples (4 bytes each), in the machine's byte order. Write errors while
@@ -162,111 +158,170 @@ int voxloc_record_start(const char* path);
 /** Ends the recording; does nothing when none is open. */
 void voxloc_record_stop(void);
 
-/**
- * Fills a buffer of the module's with 16,384 pseudo-random samples, uniform in about [-0.5, 0.5],
- * the same ones at each call, and returns it. Seeds the standard library's rand().
- */
-float* generateInput(void);
+/* --- About the library and its products ------------------------------------------------------- */
 
-/* --- Geometry --------------------------------------------------------------------------------- */
+/** The version of the library, such as "2.0.0". */
+const char* voxloc_getVersion(void);
 
-/**
- * Turns {azimuth (radians), elevation (radians), range (metres)} into a point. Azimuth 0 is
- * straight ahead along +x and turns towards +y; positive elevation points up.
- */
-void voxloc_sphericalToCartesian(const float spherical[3], Position* out);
+/** 1 while the module records, else 0. */
+int voxloc_record_isOpen(void);
 
-/** Distance of two points in metres. */
-float voxloc_calculateDistance(const Position* a, const Position* b);
+/** Samples between the newest one that a position rests on and the newest one that went in. */
+uint32_t voxloc_getLatency(void);
 
-/**
- * Lag, 0 to 16384, at which the correlation of a microphone pair peaks when the sound's path to the
- * first microphone is longer by pathDifference metres; negative differences wrap to the end.
- * Differences just below 0 give 16384, one past the last lag. A NaN gives 0.
- */
-int16_t voxloc_distanceToSampleDelay(float pathDifference);
+/** Two microphones, by channel. The order decides the sign of their lags and nothing else. */
+typedef struct VoxlocPair {
+    int32_t first, second;
+} VoxlocPair;
+
+/** The most pairs that each of the two searches takes. */
+#define VOXLOC_MAX_PAIRS 8
 
 /**
- * The spectrum bins (11.71875 Hz each) that a pair of microphones uses: from where half a
- * wavelength equals their spacing up to about 17 kHz.
+ * An array of microphones and how it is listened to.
+ *
+ * Two maps are searched. Azimuth pairs are summed over azimuth and range, and give both; pairs that
+ * lie along y. Elevation pairs are summed over azimuth and elevation, and give the elevation; pairs
+ * that lie along z, and horizontal ones that tell the azimuths apart. A pair may serve both.
+ *
+ * Both angles are searched at equal steps of their sine: 227 azimuths from minimumAzimuth and 131
+ * elevations from minimumElevation upwards, angleInterval apart.
  */
-void voxloc_setCutoffCoefficients(const Position* a, const Position* b, uint16_t* upperBin,
-                                  uint16_t* lowerBin);
+typedef struct VoxlocArray {
+    int32_t channels;       /**< microphones, 1 to VOXLOC_MAX_CHANNELS */
+    int32_t azimuthPairs;   /**< in use of azimuthPair, 1 to VOXLOC_MAX_PAIRS */
+    int32_t elevationPairs; /**< in use of elevationPair, 0 to VOXLOC_MAX_PAIRS; 0: no elevation */
+    float minimumAzimuth;   /**< sine of the lowest azimuth */
+    float minimumElevation; /**< sine of the lowest elevation */
+    float angleInterval;    /**< step of both, in sine */
+    VoxlocPair voiceChannels; /**< of the frequency-domain voice detector */
+    VoxlocPair noiseChannels; /**< of the noise-level estimator */
+    int32_t timeDomainVoiceChannel;
+    int32_t attenuateLoudspeaker; /**< not 0: damp the lags of the loudspeaker's direct sound */
+    Position microphone[VOXLOC_MAX_CHANNELS]; /**< metres */
+    Position loudspeaker;                     /**< metres */
+    VoxlocPair elevationPair[VOXLOC_MAX_PAIRS];
+    VoxlocPair azimuthPair[VOXLOC_MAX_PAIRS];
+} VoxlocArray;
 
-/* --- Frame arithmetic ------------------------------------------------------------------------- */
+/** An array that is built in. */
+typedef struct VoxlocProduct {
+    const char* name; /**< in lower case */
+    int32_t type;     /**< PRODUCT_... */
+    VoxlocArray array;
+} VoxlocProduct;
 
-/** out[i] = frame[i] / 2^(bits-1) for nchannels·FRAME_SAMPLES samples; out may be frame. */
-void voxloc_normalizeInput(const float* frame, float* out, uint32_t bits, int32_t nchannels);
+/** The built-in products, in the order of their types. */
+uint32_t voxloc_getNumberOfProducts(void);
 
-/** out[i] = a[i]·b[i] for count floats; out may be a or b. */
-void voxloc_vectorMultiply(const float* a, const float* b, float* out, int32_t count);
+/** The product with that index, from 0 on; null past the last one. */
+const VoxlocProduct* voxloc_getProduct(uint32_t index);
 
-/**
- * out = a·conj(b), element by element, for count floats of interleaved complex values (count/2 of
- * them); out may be a or b.
+/** The product of that type (PRODUCT_...); null when there is none. */
+const VoxlocProduct* voxloc_findProduct(int32_t type);
+
+/** The product of that name, letter for letter; null when there is none, and for null. */
+const VoxlocProduct* voxloc_findProductByName(const char* name);
+
+/** What an array's search covers. Angles in degrees, the step in sine of angle, ranges in metres.
  */
-void voxloc_multiplyWithComplexConjugate(const float* a, const float* b, float* out, int32_t count);
+typedef struct VoxlocGrid {
+    int32_t azimuths, elevations, ranges;    /**< points along each axis */
+    float lowestAzimuth, highestAzimuth;     /**< within -90 to 90 */
+    float lowestElevation, highestElevation; /**< within -90 to 90 */
+    float angleInterval;                     /**< of both angles, in sine */
+    float nearestRange, farthestRange, rangeInterval;
+} VoxlocGrid;
 
-/**
- * Joins the previous and the current frame into analysis blocks of 2·FRAME_SAMPLES a channel.
- * block must not overlap the frames.
- */
-void voxloc_overlapInputChannels(float* block, const float* previous, const float* current,
-                                 int32_t nchannels);
+/** The grid that an array is searched on. */
+void voxloc_getGrid(const VoxlocArray* array, VoxlocGrid* grid);
 
-/** Symmetric Hamming window of 2·FRAME_SAMPLES points. */
-void voxloc_generateHammingWindow(float* window);
-
-/* --- Real FFT --------------------------------------------------------------------------------- */
+/* --- Trackers of one's own -------------------------------------------------------------------- */
 
 /*
- * A real transform of `size` points is a complex transform of h = size/2 points and a split pass.
- * Spectra are h+1 interleaved complex bins, 2h+2 floats: bin 0 is DC, bin h is the Nyquist
- * frequency, both purely real. The forward transform is unscaled, the inverse divides by h (so that
- * the inverse of the forward transform returns its input). Buffers are 8-byte aligned.
+ * Any number of trackers, beside the module's. A tracker serves one thread at a time; trackers
+ * share nothing that changes, so each may have a thread of its own. Nothing here aborts.
  */
 
-/** Fills the first 6·(groups) floats of a table of 2n floats for complex size n; n < 4: nothing. */
-void voxloc_generateTwiddleFactors(float* table, int n);
+/** A tracker; made by voxloc_createTracker or voxloc_createProductTracker. */
+typedef struct VoxlocTracker VoxlocTracker;
 
-/** Fills the split tables, n complex entries each, for complex size n; n <= 0 writes nothing. */
-void voxloc_generateAbTables(float* aTable, float* bTable, int n);
-
-/**
- * Complex forward transform of n points from input to output, which must not overlap. The twiddle
- * table and radix are handed through to the library, which ignores both.
- */
-void voxloc_fft(int n, float* input, const float* twiddles, float* output, int radix);
-
-/** Complex inverse transform, scaled by 1/n; arguments as for voxloc_fft. */
-void voxloc_ifft(int n, float* input, const float* twiddles, float* output, int radix);
+/** Room for each text that says why something was refused, its terminator included. */
+#define VOXLOC_REASON_SIZE 160
 
 /**
- * Real forward transform.
+ * Looks an array over: counts, channels that exist, two microphones apart in each pair and no more
+ * than 14.8 m, a grid within what sines can be.
  *
- * @param size      real samples, twice a power of two up to 8192
- * @param input     in, size floats
- * @param twiddles  in, handed through and ignored
- * @param result    out, size+2 floats
- * @param radix     handed through and ignored
- * @param aTable    in, from voxloc_generateAbTables(..., size/2)
- * @param bTable    in, likewise
- * @param work      scratch, size+2 floats; no two of input, result and work overlap
+ * @param array   in; null is refused, too
+ * @param reason  out, VOXLOC_REASON_SIZE bytes, may be null: what is wrong, beginning with the
+ * field
+ *                ("azimuthPair[2].second: 7 is not one of the 6 channels"); empty when nothing is
+ * @return 1 when the array can be tracked with, else 0
  */
-void voxloc_realFft(int size, float* input, const float* twiddles, float* result, int radix,
-                    const float* aTable, const float* bTable, float* work);
+int voxloc_checkArray(const VoxlocArray* array, char* reason);
 
 /**
- * Real inverse transform, in place: spectrum holds size/2+1 bins on entry (size+2 floats) and the
- * size real samples on return; its last two floats are left as they were. scratch (size floats) is
- * overwritten and must not overlap it.
+ * A new tracker for an array, or null: then reason says why, as for voxloc_checkArray, or that
+ * memory ran out. The array is copied. Takes half a millisecond on a desk machine and 1.1 MB plus
+ * 0.4 to 1.3 MB for arrays like the products; more pairs and wider pairs take more.
  */
-void voxloc_realIfft(int size, float* spectrum, const float* twiddles, float* scratch, int radix,
-                     const float* aTable, const float* bTable);
+VoxlocTracker* voxloc_createTracker(const VoxlocArray* array, char* reason);
 
-/** Block FIR filter: sp_fir_gen of the signal library with the arguments in this module's order. */
-void voxloc_firFilter(const float* input, const float* coefficients, float* output, int taps,
-                      int outputs);
+/**
+ * The same for a built-in product. Its frames give what voxloc_calculate gives, bit for bit.
+ * PRODUCT_GANNET can only be had in this way: its grid goes beyond what voxloc_checkArray accepts.
+ */
+VoxlocTracker* voxloc_createProductTracker(int32_t productType, char* reason);
+
+/** Ends a recording and frees the tracker; does nothing for null. */
+void voxloc_destroyTracker(VoxlocTracker* tracker);
+
+/**
+ * Processes one frame as voxloc_calculate does.
+ *
+ * @return null when result is written, else what is wrong with the arguments: one of them is null,
+ *         or bits is not 1 to 32. The tracker is then as it was.
+ */
+const char* voxloc_track(VoxlocTracker* tracker, const float* frame, uint32_t bits, uint32_t flags,
+                         TrackerResult* result);
+
+/**
+ * Forgets every frame: what follows gives the bits of a new tracker. Allocates nothing and builds
+ * nothing again. A recording and the log stay as they are.
+ */
+void voxloc_resetTracker(VoxlocTracker* tracker);
+
+/**
+ * 1 when the position of the last frame rests on any sound at all, else 0: nothing has been heard
+ * since the start, or everything heard has timed out. The result then holds the corner of the grid,
+ * with VOXLOC_FLAG_POSITION_VALID set all the same.
+ */
+int voxloc_hasEstimate(const VoxlocTracker* tracker);
+
+/** The array that the tracker was made for. Valid as long as the tracker. */
+const VoxlocArray* voxloc_getArray(const VoxlocTracker* tracker);
+
+/** As voxloc_getUltraSoundLevel. */
+float voxloc_getTrackerUltraSoundLevel(const VoxlocTracker* tracker);
+
+/** Takes a text of the tracker's log, one line or more with their ends, on the tracker's thread. */
+typedef void (*VoxlocLog)(void* context, const char* text);
+
+/** Where the tracker's log goes from now on; a null log means standard error, as at first. */
+void voxloc_setLog(VoxlocTracker* tracker, VoxlocLog log, void* context);
+
+/**
+ * Starts recording the tracker's frames, as voxloc_record_start does; the product's byte is 255 for
+ * an array of one's own. Returns 1, or 0 when the file cannot be opened or its header not written.
+ */
+int voxloc_startRecording(VoxlocTracker* tracker, const char* path);
+
+/** Ends the recording; does nothing when none is open. */
+void voxloc_stopRecording(VoxlocTracker* tracker);
+
+/** 1 while the tracker records, else 0. */
+int voxloc_isRecording(const VoxlocTracker* tracker);
 
 #ifdef __cplusplus
 }

@@ -1,6 +1,6 @@
 /**
- * Setting the tracker up and tearing it down: everything that the frames need is allocated and
- * built here, once. voxloc.cpp is the other half, the frames.
+ * Setting a tracker up, tearing it down and starting it again: everything that the frames need is
+ * allocated and built here, once. voxloc.cpp is the other half, the frames.
  */
 #include <algorithm>
 #include <array>
@@ -8,15 +8,12 @@
 #include <cstddef>
 #include <cstdlib>
 
-#include "UltraSoundDistortionDetection.h"
+#include "arrayCheck.h"
 #include "assertion/assertion.h"
-#include "frequencyDomainVad.h"
-#include "noiseLevel.h"
+#include "gridSearch.h"
+#include "loudspeakerZone.h"
 #include "pairGeometry.h"
-#include "products.h"
-#include "timeDomainVad.h"
-#include "voxloc.h"
-#include "voxlocState.h"
+#include "tracker.h"
 
 namespace voxloc {
 
@@ -24,23 +21,22 @@ namespace {
 
 constexpr char SourcePath[] = "functional/audio/voxloc/cmod/track/voxloc";
 
-constexpr std::uint32_t TimeDomainVadChannel = 2;
 constexpr float FarField = 1000.0f;  // metres, range of the azimuth-elevation grid
 
-void applySettings(const Product& product) {
-    const auto channel = [](int index) { return static_cast<std::uint32_t>(index); };
-    NumberOfChannels = product.channels;
-    NumberOfAzimuthPairs = product.azimuthPairs;
-    NumberOfElevationPairs = product.elevationPairs;
-    MinimumAzimuth = product.minimumAzimuth;
-    MinimumElevation = product.minimumElevation;
-    AngleInterval = product.angleInterval;
-    setTimeDomainVadChannel(TimeDomainVadChannel, TimeDomainVadChannel);
-    setFrequencyDomainVadChannels(channel(product.frequencyDomainVadChannels.first),
-                                  channel(product.frequencyDomainVadChannels.second));
-    setNoiseLevelChannels(channel(product.noiseLevelChannels.first),
-                          channel(product.noiseLevelChannels.second));
-    AttenuateLoudspeaker = product.attenuateLoudspeaker;
+int countOf(Per per, const Tracker& tracker) {
+    switch (per) {
+        case Per::Channel:
+            return tracker.NumberOfChannels;
+        case Per::Pair:
+            return numberOfPairs(tracker);
+        case Per::Elevation:
+            return tracker.NumberOfElevationPairs;
+        case Per::Azimuth:
+            return tracker.NumberOfAzimuthPairs;
+        case Per::Tracker:
+            break;
+    }
+    return 1;
 }
 
 template <class Element>
@@ -49,216 +45,263 @@ Element* allocateZeroed(int count) {
     return static_cast<Element*>(std::calloc(atLeastOne, sizeof(Element)));
 }
 
-/** Results are looked at in checkMemoryAllocation. */
-void allocateBuffers() {
-    InputAudio = allocateZeroed<float>(NumberOfChannels * AnalysisSamples);
-    RawAudioInput1 = allocateZeroed<float>(NumberOfChannels * FRAME_SAMPLES);
-    CurrentRawAudioInput = RawAudioInput1;
-    RawAudioInput2 = allocateZeroed<float>(NumberOfChannels * FRAME_SAMPLES);
-    PreviousRawAudioInput = RawAudioInput2;
-    FftResult = allocateZeroed<float>(NumberOfChannels * SpectrumFloats);
-    Numerator1 = allocateZeroed<float>(numberOfPairs() * SpectrumFloats);
-    CurrentNumerator = Numerator1;
-    Numerator2 = allocateZeroed<float>(numberOfPairs() * SpectrumFloats);
-    PreviousNumerator = Numerator2;
-    NoisePowerEstimate = allocateZeroed<float>(NumberOfChannels * SpectrumBins);
-    FrequencyWeight = allocateZeroed<float>(NumberOfChannels * SpectrumBins);
-    TimeoutCounter = allocateZeroed<std::uint8_t>(numberOfPairs() * SpectrumBins);
-    AzimuthElevationLookupTable =
-        allocateZeroed<std::int16_t>(NumberOfElevationPairs * AzimuthElevationPoints);
-    AzimuthRangeLookupTable =
-        allocateZeroed<std::int16_t>(NumberOfAzimuthPairs * AzimuthRangePoints);
-    Microphones = allocateZeroed<Position>(NumberOfChannels);
-    Loudspeaker = allocateZeroed<Position>(1);
-    AzimuthPairs = allocateZeroed<MicrophonePair>(NumberOfAzimuthPairs);
-    ElevationPairs = allocateZeroed<MicrophonePair>(NumberOfElevationPairs);
-    AzimuthQuality = allocateZeroed<float>(NumberOfAzimuthPairs);
-    ElevationQuality = allocateZeroed<float>(NumberOfElevationPairs);
-    TimeoutLimit = ShortTimeout;
+template <class Element>
+void clear(Element* buffer, int count) {
+    std::fill_n(buffer, count, Element{});
+}
+
+/** Results are looked at in checkMemoryAllocation and hasAllBuffers. */
+void allocateBuffers(Tracker& tracker) {
+#define VOXLOC_ALLOCATE(element, name, per, each, need, written) \
+    tracker.name = allocateZeroed<element>(countOf(Per::per, tracker) * (each));
+    VOXLOC_TRACKER_BUFFERS(VOXLOC_ALLOCATE)
+#undef VOXLOC_ALLOCATE
+}
+
+/** The order in which buffers take turns begins with the first of each two. */
+void pointAtBuffers(Tracker& tracker) {
+    tracker.CurrentRawAudioInput = tracker.RawAudioInput1;
+    tracker.PreviousRawAudioInput = tracker.RawAudioInput2;
+    tracker.CurrentNumerator = tracker.Numerator1;
+    tracker.PreviousNumerator = tracker.Numerator2;
+    tracker.TimeoutLimit = ShortTimeout;
 }
 
 /** True when everything that the geometry is written to could be allocated. */
-bool hasGeometryMemory() {
-    const bool hasElevation =
-        NumberOfElevationPairs == 0 || (ElevationPairs && AzimuthElevationLookupTable);
-    return hasElevation && Microphones && Loudspeaker && AzimuthPairs && AzimuthRangeLookupTable;
+bool hasGeometryMemory(const Tracker& tracker) {
+    const bool hasElevation = tracker.NumberOfElevationPairs == 0 ||
+                              (tracker.ElevationPairs && tracker.AzimuthElevationLookupTable);
+    return hasElevation && tracker.Microphones && tracker.Loudspeaker && tracker.AzimuthPairs &&
+           tracker.AzimuthRangeLookupTable && tracker.KeptCorrelations;
 }
 
-void generateTransformTables() {
-    voxloc_generateHammingWindow(HammingWindow);
-    voxloc_generateTwiddleFactors(TwiddleFactors, AnalysisSamples / 2);
-    voxloc_generateTwiddleFactors(TwiddleFactorsUpsampled, CorrelationLags / 2);
-    voxloc_generateAbTables(ATable, BTable, AnalysisSamples / 2);
-    voxloc_generateAbTables(ATableUpsampled, BTableUpsampled, CorrelationLags / 2);
+void generateTransformTables(TransformTables& tables) {
+    voxloc_generateHammingWindow(tables.HammingWindow);
+    voxloc_generateTwiddleFactors(tables.TwiddleFactors, AnalysisSamples / 2);
+    voxloc_generateTwiddleFactors(tables.TwiddleFactorsUpsampled, CorrelationLags / 2);
+    voxloc_generateAbTables(tables.ATable, tables.BTable, AnalysisSamples / 2);
+    voxloc_generateAbTables(tables.ATableUpsampled, tables.BTableUpsampled, CorrelationLags / 2);
 }
 
-void pointPairsAtTables() {
-    for (int k = 0; k < NumberOfElevationPairs; ++k) {
-        ElevationPairs[k].lookupTable = AzimuthElevationLookupTable + k * AzimuthElevationPoints;
+void pointPairsAtTables(Tracker& tracker) {
+    for (int k = 0; k < tracker.NumberOfElevationPairs; ++k) {
+        tracker.ElevationPairs[k].lookupTable =
+            tracker.AzimuthElevationLookupTable + k * AzimuthElevationPoints;
     }
-    for (int k = 0; k < NumberOfAzimuthPairs; ++k) {
-        AzimuthPairs[k].lookupTable = AzimuthRangeLookupTable + k * AzimuthRangePoints;
-    }
-}
-
-void fillAngles(float minimum, int count, float* angles) {
-    for (int i = 0; i < count; ++i) {
-        angles[i] = std::asin(minimum + static_cast<float>(i) * AngleInterval);
+    for (int k = 0; k < tracker.NumberOfAzimuthPairs; ++k) {
+        tracker.AzimuthPairs[k].lookupTable =
+            tracker.AzimuthRangeLookupTable + k * AzimuthRangePoints;
     }
 }
 
-void fillGrids() {
-    for (int i = 0; i < RangeCount; ++i) Ranges[i] = 0.5f + 0.2f * static_cast<float>(i);
-    fillAngles(MinimumAzimuth, AzimuthCount, AzimuthAngles);
-    fillAngles(MinimumElevation, ElevationCount, ElevationAngles);
+/** The channels of a pair block: elevation pairs first. */
+VoxlocPair channelsOfBlock(const VoxlocArray& array, int p) {
+    return p < array.elevationPairs ? array.elevationPair[p]
+                                    : array.azimuthPair[p - array.elevationPairs];
 }
 
-void fillLagTables() {
+int reachOfBlock(const VoxlocArray& array, int p) {
+    const VoxlocPair channels = channelsOfBlock(array, p);
+    return reachInLags(array.microphone[channels.first], array.microphone[channels.second]);
+}
+
+/**
+ * Slots so close that neither end of one reaches another's, or whole ones where the last slot's
+ * first lags would lie on the first slot's last ones.
+ */
+KeptSlots keptSlots(const VoxlocArray& array) {
+    const int blocks = array.elevationPairs + array.azimuthPairs;
+    int reach = 0;
+    for (int p = 0; p < blocks; ++p) reach = std::max(reach, reachOfBlock(array, p));
+    constexpr int whole = CorrelationBufferFloats + GatherWindow;
+    const int distance = 2 * reach + GatherWindow;
+    const bool fit = (blocks - 1) * distance + reach + GatherWindow <= CorrelationLags - reach;
+    const int used = fit ? distance : whole;
+    return {used, (blocks - 1) * used + whole};
+}
+
+/**
+ * A pair may serve both maps; all that goes into its correlation is then the same, and computed
+ * once.
+ */
+int firstOfSameMicrophones(const VoxlocArray& array, int p) {
+    const VoxlocPair wanted = channelsOfBlock(array, p);
+    int q = 0;
+    while (channelsOfBlock(array, q).first != wanted.first ||
+           channelsOfBlock(array, q).second != wanted.second) {
+        ++q;
+    }
+    return q;
+}
+
+void planPairBlocks(Tracker& tracker) {
+    const int elevationPairs = tracker.NumberOfElevationPairs;
+    for (int p = 0; p < numberOfPairs(tracker); ++p) {
+        const int source = firstOfSameMicrophones(tracker.Array, p);
+        tracker.Blocks[p] = {p < elevationPairs ? &tracker.ElevationPairs[p]
+                                                : &tracker.AzimuthPairs[p - elevationPairs],
+                             source, reachOfBlock(tracker.Array, p),
+                             tracker.KeptCorrelations + source * tracker.Kept.distance};
+    }
+}
+
+void fillAngles(float minimum, float interval, int count, float* angles) {
+    for (int i = 0; i < count; ++i) angles[i] = std::asin(gridSine(minimum, interval, i));
+}
+
+void fillGrids(Tracker& tracker) {
+    for (int i = 0; i < RangeCount; ++i) {
+        tracker.Ranges[i] = NearestRange + RangeInterval * static_cast<float>(i);
+    }
+    fillAngles(tracker.MinimumAzimuth, tracker.AngleInterval, AzimuthCount, tracker.AzimuthAngles);
+    fillAngles(tracker.MinimumElevation, tracker.AngleInterval, ElevationCount,
+               tracker.ElevationAngles);
+}
+
+void fillLagTables(const Tracker& tracker) {
     std::array<float, AzimuthCount> sine, cosine;
     for (std::size_t a = 0; a < AzimuthCount; ++a) {
-        sine[a] = std::sin(AzimuthAngles[a]);
-        cosine[a] = std::cos(AzimuthAngles[a]);
+        sine[a] = std::sin(tracker.AzimuthAngles[a]);
+        cosine[a] = std::cos(tracker.AzimuthAngles[a]);
     }
     const auto fillRow = [&](const MicrophonePair& pair, int row, float elevation, float range) {
         lagsOfRow({sine.data(), cosine.data()}, AzimuthCount, elevation, range,
-                  Microphones[pair.firstMicrophone], Microphones[pair.secondMicrophone],
+                  tracker.Microphones[pair.firstMicrophone],
+                  tracker.Microphones[pair.secondMicrophone],
                   pair.lookupTable + row * AzimuthCount);
     };
-    for (int k = 0; k < NumberOfElevationPairs; ++k) {
+    for (int k = 0; k < tracker.NumberOfElevationPairs; ++k) {
         for (int e = 0; e < ElevationCount; ++e) {
-            fillRow(ElevationPairs[k], e, ElevationAngles[e], FarField);
+            fillRow(tracker.ElevationPairs[k], e, tracker.ElevationAngles[e], FarField);
         }
     }
-    for (int k = 0; k < NumberOfAzimuthPairs; ++k) {
-        for (int r = 0; r < RangeCount; ++r) fillRow(AzimuthPairs[k], r, 0.0f, Ranges[r]);
+    for (int k = 0; k < tracker.NumberOfAzimuthPairs; ++k) {
+        for (int r = 0; r < RangeCount; ++r) {
+            fillRow(tracker.AzimuthPairs[k], r, 0.0f, tracker.Ranges[r]);
+        }
     }
 }
 
 /** Without memory for it the geometry stays unset, which the checks at the end then report. */
-void buildGeometry() {
-    if (!hasGeometryMemory()) return;
-    initializeTransducerData();
-    pointPairsAtTables();
-    IsTransducersInitialized = true;
-    fillGrids();
-    fillLagTables();
+void buildGeometry(Tracker& tracker) {
+    if (!hasGeometryMemory(tracker)) return;
+    initializeTransducerData(tracker, &tracker.Array);
+    pointPairsAtTables(tracker);
+    planPairBlocks(tracker);
+    tracker.IsTransducersInitialized = true;
+    fillGrids(tracker);
+    fillLagTables(tracker);
 }
 
-void initializeDetectors() {
-    intializeNoiseLevel();
-    initializeFrequencyDomainActivityDetector();
-    initializeTimeDomainActivityDetector();
-    initializeUltraSoundDistortionDetector();
+/** All but the ultrasound detector, which has memory of its own. */
+void resetDetectors(Tracker& tracker) {
+    intializeNoiseLevel(tracker.Noise);
+    initializeFrequencyDomainActivityDetector(tracker.FrequencyDomain);
+    initializeTimeDomainActivityDetector(tracker.TimeDomain);
 }
 
 }  // namespace
 
-void initializeSinglePair(MicrophonePair* pair, int first, int second) {
-    const Position& firstPosition = Microphones[first];
-    const Position& secondPosition = Microphones[second];
+void applySettings(Tracker& tracker, std::int32_t productType, const VoxlocArray& array) {
+    const auto channel = [](std::int32_t index) { return static_cast<std::uint32_t>(index); };
+    tracker.Array = array;
+    tracker.ProductType = productType;
+    tracker.NumberOfChannels = array.channels;
+    tracker.NumberOfAzimuthPairs = array.azimuthPairs;
+    tracker.NumberOfElevationPairs = array.elevationPairs;
+    tracker.MinimumAzimuth = array.minimumAzimuth;
+    tracker.MinimumElevation = array.minimumElevation;
+    tracker.AngleInterval = array.angleInterval;
+    tracker.AttenuateLoudspeaker = array.attenuateLoudspeaker != 0;
+    tracker.Kept = keptSlots(array);
+    const std::uint32_t timeDomainChannel = channel(array.timeDomainVoiceChannel);
+    setTimeDomainVadChannel(tracker.TimeDomain, timeDomainChannel, timeDomainChannel);
+    setFrequencyDomainVadChannels(tracker.FrequencyDomain, channel(array.voiceChannels.first),
+                                  channel(array.voiceChannels.second));
+    setNoiseLevelChannels(tracker.Noise, channel(array.noiseChannels.first),
+                          channel(array.noiseChannels.second));
+}
+
+void setUp(Tracker& tracker) {
+    allocateBuffers(tracker);
+    pointAtBuffers(tracker);
+    generateTransformTables(tracker.Tables);
+    buildGeometry(tracker);
+    resetDetectors(tracker);
+}
+
+void initializeSinglePair(const Tracker& tracker, MicrophonePair* pair, int first, int second) {
+    const Position& firstPosition = tracker.Microphones[first];
+    const Position& secondPosition = tracker.Microphones[second];
     pair->firstMicrophone = static_cast<std::int16_t>(first);
     pair->secondMicrophone = static_cast<std::int16_t>(second);
     pair->lookupTable = nullptr;
     voxloc_setCutoffCoefficients(&firstPosition, &secondPosition, &pair->upperBin, &pair->lowerBin);
-    LoudspeakerZone zone = {0, 0, 1.0f};
-    if (AttenuateLoudspeaker) {
-        zone = loudspeakerZone(voxloc_calculateDistance(Loudspeaker, &firstPosition),
-                               voxloc_calculateDistance(Loudspeaker, &secondPosition));
+    LoudspeakerZone zone = NoLoudspeakerZone;
+    if (tracker.AttenuateLoudspeaker) {
+        zone = loudspeakerZone(voxloc_calculateDistance(tracker.Loudspeaker, &firstPosition),
+                               voxloc_calculateDistance(tracker.Loudspeaker, &secondPosition));
     }
     pair->loudspeakerHalfWidth = zone.halfWidth;
     pair->loudspeakerLag = zone.lag;
     pair->loudspeakerGain = zone.gain;
 }
 
-void initializeTransducerData() {
-    const Product* product = findProduct(ProductType);
-    if (product == nullptr) PLATFORM_ASSERT(false);
-    for (int c = 0; c < NumberOfChannels; ++c) {
-        Microphones[c] = product->microphone[static_cast<std::size_t>(c)];
+void initializeTransducerData(Tracker& tracker, const VoxlocArray* array) {
+    PLATFORM_ASSERT_AS("false", array != nullptr);
+    std::copy_n(array->microphone, tracker.NumberOfChannels, tracker.Microphones);
+    *tracker.Loudspeaker = array->loudspeaker;
+    for (int k = 0; k < tracker.NumberOfElevationPairs; ++k) {
+        const VoxlocPair channels = array->elevationPair[k];
+        initializeSinglePair(tracker, &tracker.ElevationPairs[k], channels.first, channels.second);
     }
-    *Loudspeaker = product->loudspeaker;
-    for (int k = 0; k < NumberOfElevationPairs; ++k) {
-        const ChannelPair channels = product->elevationPair[static_cast<std::size_t>(k)];
-        initializeSinglePair(&ElevationPairs[k], channels.first, channels.second);
-    }
-    for (int k = 0; k < NumberOfAzimuthPairs; ++k) {
-        const ChannelPair channels = product->azimuthPair[static_cast<std::size_t>(k)];
-        initializeSinglePair(&AzimuthPairs[k], channels.first, channels.second);
+    for (int k = 0; k < tracker.NumberOfAzimuthPairs; ++k) {
+        const VoxlocPair channels = array->azimuthPair[k];
+        initializeSinglePair(tracker, &tracker.AzimuthPairs[k], channels.first, channels.second);
     }
 }
 
-/** Neither ElevationPairs nor its count is checked: one product deliberately has none. */
-void checkMemoryAllocation() {
-    PLATFORM_ASSERT(NumberOfChannels > 0);
-    PLATFORM_ASSERT(NumberOfAzimuthPairs > 0);
-    PLATFORM_ASSERT(MinimumElevation != 0.0f);
-    PLATFORM_ASSERT(MinimumAzimuth != 0.0f);
-    PLATFORM_ASSERT(AngleInterval > 0.0f);
-    PLATFORM_ASSERT(InputAudio);
-    PLATFORM_ASSERT(RawAudioInput1);
-    PLATFORM_ASSERT(RawAudioInput2);
-    PLATFORM_ASSERT(FftResult);
-    PLATFORM_ASSERT(Numerator1);
-    PLATFORM_ASSERT(Numerator2);
-    PLATFORM_ASSERT(NoisePowerEstimate);
-    PLATFORM_ASSERT(FrequencyWeight);
-    PLATFORM_ASSERT(TimeoutCounter);
-    PLATFORM_ASSERT(AzimuthElevationLookupTable);
-    PLATFORM_ASSERT(AzimuthRangeLookupTable);
-    PLATFORM_ASSERT(Microphones);
-    PLATFORM_ASSERT(Loudspeaker);
-    PLATFORM_ASSERT(AzimuthPairs);
-    PLATFORM_ASSERT(AzimuthQuality);
-    PLATFORM_ASSERT(ElevationQuality);
+void checkMemoryAllocation(const Tracker& tracker) {
+    PLATFORM_ASSERT_AS("NumberOfChannels > 0", tracker.NumberOfChannels > 0);
+    PLATFORM_ASSERT_AS("NumberOfAzimuthPairs > 0", tracker.NumberOfAzimuthPairs > 0);
+    PLATFORM_ASSERT_AS("MinimumElevation != 0.0f", tracker.MinimumElevation != 0.0f);
+    PLATFORM_ASSERT_AS("MinimumAzimuth != 0.0f", tracker.MinimumAzimuth != 0.0f);
+    PLATFORM_ASSERT_AS("AngleInterval > 0.0f", tracker.AngleInterval > 0.0f);
+#define VOXLOC_ASSERT_Must(name) PLATFORM_ASSERT_AS(#name, tracker.name)
+#define VOXLOC_ASSERT_May(name) static_cast<void>(0)
+#define VOXLOC_ASSERT(element, name, per, each, need, written) VOXLOC_ASSERT_##need(name);
+    VOXLOC_TRACKER_BUFFERS(VOXLOC_ASSERT)
+#undef VOXLOC_ASSERT
+#undef VOXLOC_ASSERT_May
+#undef VOXLOC_ASSERT_Must
+}
+
+bool hasAllBuffers(const Tracker& tracker) {
+    bool all = true;
+#define VOXLOC_LOOK(element, name, per, each, need, written) all = all && tracker.name != nullptr;
+    VOXLOC_TRACKER_BUFFERS(VOXLOC_LOOK)
+#undef VOXLOC_LOOK
+    return all;
+}
+
+void releaseBuffers(Tracker& tracker) {
+#define VOXLOC_RELEASE(element, name, per, each, need, written) std::free(tracker.name);
+    VOXLOC_TRACKER_BUFFERS(VOXLOC_RELEASE)
+#undef VOXLOC_RELEASE
+}
+
+void forgetFrames(Tracker& tracker) {
+#define VOXLOC_CLEAR(element, name, per, each, need, written) \
+    if (Written::written == Written::Frame)                   \
+        clear(tracker.name, countOf(Per::per, tracker) * (each));
+    VOXLOC_TRACKER_BUFFERS(VOXLOC_CLEAR)
+#undef VOXLOC_CLEAR
+    clear(tracker.AzimuthElevationResult, AzimuthElevationPoints);
+    clear(tracker.AzimuthRangeResult, AzimuthRangePoints);
+    tracker.BlockedCounter = 0;
+    pointAtBuffers(tracker);
+    resetDetectors(tracker);
+    resetUltraSoundDistortionDetector(tracker.UltraSound);
 }
 
 }  // namespace voxloc
-
-using namespace voxloc;
-
-void voxloc_initialize(int32_t productType) {
-    ProductType = productType;
-    const Product* product = findProduct(productType);
-    if (product == nullptr) PLATFORM_ASSERT(false);
-    applySettings(*product);
-    PLATFORM_ASSERT(!IsTransducersInitialized);
-    allocateBuffers();
-    generateTransformTables();
-    buildGeometry();
-    initializeDetectors();
-    checkMemoryAllocation();
-    PLATFORM_ASSERT(IsTransducersInitialized);
-}
-
-void voxloc_destroy(void) {
-    if (!IsTransducersInitialized) return;
-    void* const buffers[] = {InputAudio,
-                             RawAudioInput1,
-                             RawAudioInput2,
-                             FftResult,
-                             Numerator1,
-                             Numerator2,
-                             NoisePowerEstimate,
-                             FrequencyWeight,
-                             TimeoutCounter,
-                             AzimuthElevationLookupTable,
-                             AzimuthRangeLookupTable,
-                             Microphones,
-                             Loudspeaker,
-                             AzimuthPairs,
-                             ElevationPairs,
-                             AzimuthQuality,
-                             ElevationQuality};
-    for (void* buffer : buffers) std::free(buffer);
-    destroyUltraSoundDistortionDetector();
-    voxloc_record_stop();
-    IsTransducersInitialized = false;
-}
-
-uint32_t voxloc_getNumberOfChannels(void) {
-    return static_cast<std::uint32_t>(NumberOfChannels);
-}
-
-const Position* voxloc_getMicrophoneCoordinates(uint32_t channel) {
-    return &Microphones[channel];
-}
