@@ -169,7 +169,7 @@ int voxloc_record_isOpen(void);
 /** Samples between the newest one that a position rests on and the newest one that went in. */
 uint32_t voxloc_getLatency(void);
 
-/** Two microphones, by channel. The order decides the sign of their lags and nothing else. */
+/** Two microphones, by channel. Their order decides the sign of their lags and the rounding. */
 typedef struct VoxlocPair {
     int32_t first, second;
 } VoxlocPair;
