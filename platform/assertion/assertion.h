@@ -2,12 +2,13 @@
  * The one assertion of this code base: a broken precondition ends the process.
  *
  * Assertions are part of the behaviour, so they are active in every build type (NDEBUG changes
- * nothing). A failure prints the platform's own assert message on standard error,
+ * nothing). A failure reports on standard error and aborts. The report has the C library's own
+ * words; glibc writes
  *
  *     program: path:line: function: Assertion `expression' failed.
  *
- * and aborts. `path` is the source path without extension, relative to the top of the tree. A unit
- * names itself once, before its first assertion:
+ * `path` is the source path without extension, relative to the top of the tree. A unit names
+ * itself once, before its first assertion:
  *
  *     constexpr char SourcePath[] = "platform/audio/audtest/audunittest";
  *
@@ -31,12 +32,16 @@ extern "C" [[noreturn]] void __assert_fail(const char* expression, const char* p
                                            unsigned int line, const char* function) noexcept;
 
 /** Aborts with `expression` as the text unless it is true. Needs `SourcePath` in scope. */
-#define PLATFORM_ASSERT(expression)      \
-    ((expression) ? static_cast<void>(0) \
-                  : __assert_fail(#expression, SourcePath, __LINE__, __func__))
+#define PLATFORM_ASSERT(expression) PLATFORM_ASSERT_AS(#expression, expression)
+
+/** The same with a fixed text: reports keep their words when the code behind them changes. */
+#define PLATFORM_ASSERT_AS(text, condition) PLATFORM_ASSERT_AS_AT(__LINE__, text, condition)
 
 /** The same with a fixed line number, for reports whose line users already match on. */
-#define PLATFORM_ASSERT_AT(line, expression) \
-    ((expression) ? static_cast<void>(0) : __assert_fail(#expression, SourcePath, line, __func__))
+#define PLATFORM_ASSERT_AT(line, expression) PLATFORM_ASSERT_AS_AT(line, #expression, expression)
+
+/** Line and text both fixed. */
+#define PLATFORM_ASSERT_AS_AT(line, text, condition) \
+    ((condition) ? static_cast<void>(0) : __assert_fail(text, SourcePath, line, __func__))
 
 #endif
