@@ -11,6 +11,8 @@ function(voxloc_install_package)
   install(FILES
     "${PROJECT_BINARY_DIR}/voxlocConfig.cmake"
     "${PROJECT_BINARY_DIR}/voxlocConfigVersion.cmake"
+    "${PROJECT_SOURCE_DIR}/cmake/audunittestDiscoverTests.cmake"
+    "${PROJECT_SOURCE_DIR}/cmake/audunittestAddTests.cmake"
     DESTINATION ${packageDir})
 
   # Relative, so that the installed tree may be moved.

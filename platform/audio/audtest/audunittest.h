@@ -4,7 +4,7 @@
  * A test is a function that takes nothing and returns nothing and reports what it found through the
  * calls below. It is registered by name before main, and main hands over to the command line:
  *
- *     #include <audunittest.h>
+ *     #include <audunittest/audunittest.h>
  *
  *     static void test__sum__is_commutative(void) {
  *         if (1 + 2 == 2 + 1) {
@@ -21,6 +21,9 @@
  *     int main(int argc, char* argv[]) {
  *         return (int)audunittest_commandline(argc, (const char* const*)argv);
  *     }
+ *
+ * audunittest_checks.h has macros that write all of this: the comparison and its report, the
+ * registration and main.
  *
  * The report goes to standard error (see console.h), nothing goes to standard output. A failed
  * assertion never stops a test or a run; it shows in the report and in the exit status. The harness

@@ -3,7 +3,7 @@
 separate_arguments(EMULATOR UNIX_COMMAND "${EMULATOR}")
 set(prefix "${WORK_DIR}/prefix")
 set(headers
-  audunittest/audunittest.h
+  audunittest/audunittest.h audunittest/audunittest_checks.h
   console/audtime.h console/console.h console/eventlog.h
   dsplib/cfft_pow2_conjpair_splitrad_c89_neon.h dsplib/sp_fir_neon.h
   voxloc/unittestGenerator.h voxloc/voxloc.h)

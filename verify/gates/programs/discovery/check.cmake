@@ -6,7 +6,7 @@ function(configure)
   execute_process(
     COMMAND "${CMAKE_COMMAND}" -S "${PROJECT}" -B "${BUILD}" -G "${GENERATOR}"
       "-DCMAKE_MAKE_PROGRAM=${MAKE_PROGRAM}" "-DMODULES=${MODULES}"
-      "-DPROGRAM=${PROGRAM}" "-DEMULATOR=${EMULATOR}"
+      "-DPROGRAM=${PROGRAM}" "-DEMULATOR=${EMULATOR}" ${ARGV}
     OUTPUT_VARIABLE output ERROR_VARIABLE output
     COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
@@ -14,7 +14,7 @@ endfunction()
 # Runs ctest with the arguments given; sets status and output for the caller.
 function(ctest)
   execute_process(
-    COMMAND "${CMAKE_CTEST_COMMAND}" --test-dir "${BUILD}" --no-tests=error ${ARGV}
+    COMMAND "${CMAKE_CTEST_COMMAND}" --test-dir "${BUILD}" --no-tests=error ${configuration} ${ARGV}
     RESULT_VARIABLE result OUTPUT_VARIABLE text ERROR_VARIABLE text)
   set(status "${result}" PARENT_SCOPE)
   set(output "${text}" PARENT_SCOPE)
@@ -137,6 +137,44 @@ function(takes_any_characters_in_names)
   ctest(-j2)
   expect_success()
   expect_text("100% tests passed, 0 tests failed out of 7")
+endfunction()
+
+# Of three runs - of every test, of one that passes and of none - only the second succeeds.
+function(demands_a_match_of_one_run)
+  configure(-D ONE_RUN=ON)
+  ctest()
+  expect_text("Test #1: everything" "Test #2: matching" "Test #3: nothing"
+    "33% tests passed, 2 tests failed out of 3")
+  ctest(-R matching --verbose)
+  expect_success()
+  expect_text("Test success: 1 test with 0 assertions")
+  ctest(-R nothing)
+  expect_text("Error regular expression found in output")
+endfunction()
+
+function(works_with_several_configurations)
+  if(NOT MAKE_PROGRAM MATCHES "ninja")
+    message("skipped: the build does not use ninja, whose multi-config generator this takes")
+    return()
+  endif()
+  set(GENERATOR "Ninja Multi-Config")
+  configure()
+  set(configuration -C Release)
+  names_each_test()
+  takes_the_exit_status_as_result()
+  foreach(configuration IN ITEMS "" "-C;NoSuch")
+    ctest(-j2)
+    expect_failure()
+    expect_text("0% tests passed, 1 tests failed out of 1" "program_NEEDS_A_CONFIGURATION")
+  endforeach()
+endfunction()
+
+function(comes_with_the_package)
+  execute_process(COMMAND "${CMAKE_COMMAND}" --install "${TREE}" --prefix "${BUILD}-prefix"
+    OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+  configure(-D "PACKAGE=${BUILD}-prefix")
+  names_each_test()
+  takes_the_exit_status_as_result()
 endfunction()
 
 if(CASE STREQUAL "goes_through_the_emulator")

@@ -1,6 +1,4 @@
 /* A program on the harness that has no tests. */
-#include "audunittest/audunittest.h"
+#include "audunittest/audunittest_checks.h"
 
-int main(int argc, char* argv[]) {
-    return (int)audunittest_commandline(argc, (const char* const*)argv);
-}
+AUDUNITTEST_MAIN

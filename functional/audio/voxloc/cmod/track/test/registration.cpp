@@ -1,5 +1,5 @@
 /** Hands the eighteen tests to the harness before main. */
-#include "audunittest/audunittest.h"
+#include "audunittest/audunittest_checks.h"
 #include "tests.h"
 
 namespace {
@@ -18,13 +18,11 @@ void assertNoErrors(unsigned errors, int line) {
 
 }  // namespace
 
-#define REGISTER_TEST(name, function, line)                                      \
-    static void test__voxloc__##name() {                                         \
-        assertNoErrors(voxloc_tests::function(), line);                          \
-    }                                                                            \
-    __attribute__((constructor)) static void register_voxloc_##name() {          \
-        audunittest_register_test(test__voxloc__##name, "test__voxloc__" #name); \
-    }
+#define REGISTER_TEST(name, function, line)             \
+    static void test__voxloc__##name() {                \
+        assertNoErrors(voxloc_tests::function(), line); \
+    }                                                   \
+    AUDUNITTEST_REGISTER(register_voxloc_##name, test__voxloc__##name)
 
 // clang-format off
 REGISTER_TEST(stable_speaker_aster,    stableSpeakerTestAster,     6)

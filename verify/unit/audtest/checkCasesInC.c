@@ -1,0 +1,2 @@
+#define CHECK_CASES check_cases_in_c
+#include "checkCases.h"
