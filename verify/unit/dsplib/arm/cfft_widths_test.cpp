@@ -39,13 +39,13 @@ TEST(Widths, FourLanesGiveTheBitsOfTheLibrary) {
     expectSameBitsAtWidth<4>();
 }
 
-#ifdef DSPLIB_SIMD_SIMD_AVX_H
+#if SP_SIMD_WIDEST >= 8
 TEST(Widths, EightLanesGiveTheBitsOfTheLibrary) {
     expectSameBitsAtWidth<8>();
 }
 #endif
 
-#ifdef DSPLIB_SIMD_SIMD_AVX512_H
+#if SP_SIMD_WIDEST >= 16
 TEST(Widths, SixteenLanesGiveTheBitsOfTheLibrary) {
     expectSameBitsAtWidth<16>();
 }

@@ -63,11 +63,11 @@ struct Width {
     static constexpr int Count = L;
 };
 
-#ifdef DSPLIB_SIMD_SIMD_AVX512_H
+#if SP_SIMD_WIDEST >= 16
 using AllWidths = testing::Types<Width<1>, Width<2>, Width<4>, Width<8>, Width<16>>;
 using WideWidths = testing::Types<Width<4>, Width<8>, Width<16>>;
 using StreamWidths = testing::Types<Width<1>, Width<4>, Width<8>, Width<16>>;
-#elif defined(DSPLIB_SIMD_SIMD_AVX_H)
+#elif SP_SIMD_WIDEST >= 8
 using AllWidths = testing::Types<Width<1>, Width<2>, Width<4>, Width<8>>;
 using WideWidths = testing::Types<Width<4>, Width<8>>;
 using StreamWidths = testing::Types<Width<1>, Width<4>, Width<8>>;
@@ -371,7 +371,7 @@ TEST(FourLanes, ProductsWithOneLaneAreThoseWithItsSplat) {
     expectProductsWithEachLane<4>();
 }
 
-#ifdef DSPLIB_SIMD_SIMD_AVX_H
+#if SP_SIMD_WIDEST >= 8
 TEST(EightLanes, ProductsWithOneLaneAreThoseWithItsSplat) {
     expectProductsWithEachLane<8>();
 }
@@ -395,7 +395,7 @@ Values<L> movedGroups(const Values<L>& a, const Values<L>& b, std::vector<std::s
     return moved;
 }
 
-#ifdef DSPLIB_SIMD_SIMD_AVX_H
+#if SP_SIMD_WIDEST >= 8
 TEST(EightLanes, GroupMovesKeepGroupsWhole) {
     const Values<8> a = values<8>(1.0f), b = values<8>(50.0f);
     EXPECT_EQ(unload<8>(simd::lowGroups(load<8>(a), load<8>(b))), movedGroups<8>(a, b, {0, 2}));
@@ -403,7 +403,7 @@ TEST(EightLanes, GroupMovesKeepGroupsWhole) {
 }
 #endif
 
-#ifdef DSPLIB_SIMD_SIMD_AVX512_H
+#if SP_SIMD_WIDEST >= 16
 TEST(SixteenLanes, GroupMovesKeepGroupsWhole) {
     const Values<16> a = values<16>(1.0f), b = values<16>(50.0f);
     const simd::F32x16 va = load<16>(a), vb = load<16>(b);

@@ -1,10 +1,6 @@
 /**
- * The complex FFT's transforms for one kind of machine.
- *
- * An x86-64 program built for the distribution's baseline may not assume vectors of more than four
- * lanes, and need not do without them either: the transforms are compiled for wider ones as well
- * (cfft_avx.cpp, cfft_avx512.cpp), and the entry points take the widest that the machine has. None
- * of these builds fuses a product with a sum, so the results are the same bits on every machine.
+ * The complex FFT's transforms of 32 elements and more, for the machine that an object is compiled
+ * for. An x86 program has them for several machines and chooses when it runs.
  */
 #ifndef DSPLIB_CFFT_KERNELS_H
 #define DSPLIB_CFFT_KERNELS_H
@@ -23,17 +19,16 @@ struct Kernels {
 
 inline namespace SP_SIMD_TARGET {
 
-/** At the widest vectors that this object is compiled for. */
-constexpr Kernels OwnKernels = {transform<Direction::Forward, simd::BestLanes>,
-                                transform<Direction::Inverse, simd::BestLanes>,
-                                transformEnds<Direction::Inverse, simd::BestLanes>};
+/** On vectors of up to L lanes. */
+template <int L>
+constexpr Kernels KernelsOfWidth = {transform<Direction::Forward, L>,
+                                    transform<Direction::Inverse, L>,
+                                    transformEnds<Direction::Inverse, L>};
+
+/** At the width that is best where this object runs. */
+constexpr const Kernels& OwnKernels = KernelsOfWidth<simd::BestLanes>;
 
 }  // namespace SP_SIMD_TARGET
-
-// Only where SP_CFFT_WIDER_VECTORS is set
-extern const Kernels AvxKernels;
-extern const Kernels Avx512Kernels;
-
 }  // namespace cfft
 
 #endif

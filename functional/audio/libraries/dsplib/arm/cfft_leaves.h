@@ -12,6 +12,9 @@
 
 #include "cfft_complex.h"
 #include "cfft_tables.h"
+#if SP_SIMD_WIDEST > 4
+#include "dsplib/x86/cfft_leaf_groups.h"
+#endif
 
 namespace cfft {
 inline namespace SP_SIMD_TARGET {
@@ -146,28 +149,6 @@ inline void storeLeafOfEachGroup(float* const* to, simd::F32x4 v0, simd::F32x4 v
     simd::store4(to[0] + 8, v2);
     simd::store4(to[0] + 12, v3);
 }
-
-#ifdef DSPLIB_SIMD_SIMD_AVX_H
-inline void storeLeafOfEachGroup(float* const* to, simd::F32x8 v0, simd::F32x8 v1, simd::F32x8 v2,
-                                 simd::F32x8 v3) {
-    simd::store8(to[0], simd::lowGroups(v0, v1));
-    simd::store8(to[0] + 8, simd::lowGroups(v2, v3));
-    simd::store8(to[2], simd::highGroups(v0, v1));
-    simd::store8(to[2] + 8, simd::highGroups(v2, v3));
-}
-#endif
-
-#ifdef DSPLIB_SIMD_SIMD_AVX512_H
-inline void storeLeafOfEachGroup(float* const* to, simd::F32x16 v0, simd::F32x16 v1,
-                                 simd::F32x16 v2, simd::F32x16 v3) {
-    const simd::F32x16 low0 = simd::lowGroups(v0, v1), low2 = simd::lowGroups(v2, v3);
-    const simd::F32x16 high0 = simd::highGroups(v0, v1), high2 = simd::highGroups(v2, v3);
-    simd::store16(to[0], simd::evenGroups(low0, low2));
-    simd::store16(to[2], simd::oddGroups(low0, low2));
-    simd::store16(to[4], simd::evenGroups(high0, high2));
-    simd::store16(to[6], simd::oddGroups(high0, high2));
-}
-#endif
 
 /**
  * The elements k and k+1 of two adjacent leaves, (re, im, re, im) each, zip into the block of the

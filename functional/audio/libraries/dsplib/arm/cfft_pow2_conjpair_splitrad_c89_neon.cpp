@@ -12,6 +12,9 @@
 #include "assertion/assertion.h"
 #include "cfft_kernels.h"
 #include "cfft_small.h"
+#ifdef SP_CFFT_WIDER_VECTORS
+#include "dsplib/x86/cfft_wider.h"
+#endif
 
 namespace {
 
@@ -20,13 +23,12 @@ using cfft::Direction;
 constexpr char SourcePath[] =
     "functional/audio/libraries/dsplib/arm/cfft_pow2_conjpair_splitrad_c89_neon";
 
-/** The widest that this machine has. */
 const cfft::Kernels& kernels() {
 #ifdef SP_CFFT_WIDER_VECTORS
-    if (__builtin_cpu_supports("avx512f")) return cfft::Avx512Kernels;
-    if (__builtin_cpu_supports("avx")) return cfft::AvxKernels;
-#endif
+    return cfft::widestKernels();
+#else
     return cfft::OwnKernels;
+#endif
 }
 
 /** 32 for 0 */

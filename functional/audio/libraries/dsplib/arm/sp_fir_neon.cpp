@@ -1,11 +1,11 @@
+/** The entry points of the FIR engine, and the stream filters' view of history and new samples. */
 #include "sp_fir_neon.h"
 
 #include <algorithm>
 #include <cstddef>
-#include <utility>
+#include <cstring>
 
 #include "assertion/assertion.h"
-#include "sp_fir_neon_blocks.h"
 #include "sp_fir_neon_internal.h"
 #include "sp_fir_neon_kernels.h"
 
@@ -14,98 +14,198 @@ namespace {
 
 constexpr char SourcePath[] = "functional/audio/libraries/dsplib/arm/sp_fir_neon";
 
-/** Passes of 4·Vectors outputs while there are so many. Returns the next output. */
-template <int Vectors>
-int passesOf(const float* x, const float* h, float* y, int nh, int ny, int i) {
-    for (; ny - i >= 4 * Vectors; i += 4 * Vectors) {
-        SumsOfOutputs<Vectors> sums = emptySums<Vectors>();
-        addTaps(sums, x + i, h, nh);
-        storeOutputs(y + i, sums);
-    }
-    return i;
-}
+/** Samples of history and new ones laid end to end for the block filters: 8 KiB of stack. */
+constexpr int StageLength = 2048;
 
-/** The decimating counterpart: `outputs` windows lie `step` samples apart. */
-template <int Outputs>
-int decimatingPassesOf(const float* x, const float* h, float* y, int nh, int outputs, int step,
-                       int m) {
-    for (; outputs - m >= Outputs; m += Outputs) {
-        SumsInLanes<Outputs> sums = emptyLanes<Outputs>();
-        addTaps(sums, x + std::ptrdiff_t{m} * step, step, h, nh);
-        storeOutputs(y + m, sums);
-    }
-    return m;
-}
+/** Fewer outputs than this are not worth the copy of their history. */
+constexpr int FewestStagedOutputs = 8;
 
-/** The unrolled kernel of `nh` taps, for nh = 1 + one of the indices. Returns its outputs. */
-template <int... Index>
-int unrolledFilterOf(int nh, const float* x, const float* h, float* y, int ny,
-                     std::integer_sequence<int, Index...>) {
-    int made = 0;
-    static_cast<void>(
-        ((nh == 1 + Index && (made = unrolledFilter<BlockWidth, 1 + Index>(x, h, y, ny), true)) ||
-         ...));
-    return made;
-}
-
-/**
- * Wide blocks for more taps than are unrolled, where they are faster than passes of 12: a host
- * splats each coefficient with an instruction of its own, which pays over eight vectors of outputs
- * and not over three. ARM multiplies by a lane, and the scalar build does what ARM does.
- */
-int wideFilterOf([[maybe_unused]] const float* x, [[maybe_unused]] const float* h,
-                 [[maybe_unused]] float* y, [[maybe_unused]] int nh, [[maybe_unused]] int ny) {
-    int made = 0;
-#if defined(__SSE2__) && !defined(SP_SIMD_SCALAR)
-    made = wideFilter<BlockWidth>(x, h, y, nh, ny);
-    if constexpr (BlockWidth::Count > 4) {
-        made += wideFilter<FourLanes>(x + made, h, y + made, nh, ny - made);
-    }
-#endif
-    return made;
-}
+/** Outputs of the widest block kernel; leading outputs are rounded up to whole blocks. */
+constexpr int WidestBlock = 64;
 
 void zeroFill(float* y, int count) {
     std::fill_n(y, count, 0.0f);
 }
 
+void copySamples(float* to, const float* from, int count) {
+    if (count > 0) std::memcpy(to, from, static_cast<std::size_t>(count) * sizeof(float));
+}
+
+/** The samples from sample `at` on that lie in a row in memory. */
+struct Run {
+    const float* samples;
+    int length;
+};
+
+Run runAt(const Window& window, int at) {
+    if (at < window.oldEnd) return {window.old + at, window.oldEnd - at};
+    if (at < window.recentEnd) return {window.recent + (at - window.oldEnd), window.recentEnd - at};
+    return {window.fresh + (at - window.recentEnd), window.freshEnd - at};
+}
+
+/** Copies samples first ... first+count-1, as far as the window has them. Returns how many. */
+int copyWindow(float* to, const Window& window, int first, int count) {
+    int copied = 0;
+    while (copied < count && first + copied < window.freshEnd) {
+        const Run run = runAt(window, first + copied);
+        const int length = std::min(run.length, count - copied);
+        copySamples(to + copied, run.samples, length);
+        copied += length;
+    }
+    return copied;
+}
+
+/**
+ * Hands the window of Outputs successive outputs, the first at sample `first`, to
+ * addTaps(samples, tap, taps) piece by piece: whole groups of four taps from where the samples lie,
+ * and the groups at a seam, two at a time, from the overlap buffer.
+ */
+template <int Outputs, class AddTaps>
+void walkWindow(const Window& window, int first, int nh, AddTaps addTapsOf) {
+    constexpr int OverlapLength = Outputs == 1 ? 8 : 12;
+    static_assert(OverlapLength >= 8 + Outputs - 1, "two groups of taps for every output");
+    alignas(16) float overlap[OverlapLength];
+    for (int tap = 0; tap < nh;) {
+        const int left = nh - tap;
+        const Run run = runAt(window, first + tap);
+        int taps = std::min(run.length - (Outputs - 1), left);
+        if (taps < left) taps -= taps % 4;
+        if (taps > 0) {
+            addTapsOf(run.samples, tap, taps);
+        } else {
+            taps = std::min(8, left);
+            init_overlap(overlap, OverlapLength, window, first + tap);
+            addTapsOf(overlap, tap, taps);
+        }
+        tap += taps;
+    }
+}
+
+void fourOutputs(const Window& window, const float* h, float* y, int nh, int first) {
+    SumsOfOutputs<1> sums = emptySums<1>();
+    walkWindow<4>(window, first, nh, [&](const float* samples, int tap, int taps) {
+        addTaps(sums, samples, h + tap, taps);
+    });
+    storeOutputs(y, sums);
+}
+
+void oneOutput(const Window& window, const float* h, float* y, int nh, int first) {
+    SumsInLanes<1> sums = emptyLanes<1>();
+    walkWindow<1>(window, first, nh, [&](const float* samples, int tap, int taps) {
+        addTaps(sums, samples, 0, h + tap, taps);
+    });
+    storeOutputs(y, sums);
+}
+
+/** Outputs a stage can hold, in whole blocks where there are that many. */
+int outputsPerStage(int nh, int step) {
+    if (nh > StageLength) return 0;
+    const int most = (step == 1 ? StageLength - nh : (StageLength - nh) / step) + 1;
+    return most > WidestBlock ? most - most % WidestBlock : most;
+}
+
+/**
+ * Computes `count` outputs whose windows begin at samples first, first+step, ... The window is laid
+ * end to end for the block filters where that is worth it; the rest, and filters too long for the
+ * stage, walk the three runs of memory as they are.
+ */
+void filterWindow(const Window& window, const float* h, float* y, int nh, int first, int count,
+                  int step) {
+    const int perStage = outputsPerStage(nh, step);
+    int m = 0;
+    while (std::min(perStage, count - m) >= FewestStagedOutputs) {
+        alignas(16) float stage[StageLength];
+        const int outputs = std::min(perStage, count - m);
+        const int span = (outputs - 1) * step + 1;
+        copyWindow(stage, window, first + m * step, span + nh - 1);
+        if (step == 1) {
+            sp_fir_gen_(stage, h, y + m, nh, outputs);
+        } else {
+            sp_fir_gen_downsample_(stage, h, y + m, nh, span, step);
+        }
+        m += outputs;
+    }
+    if (step == 1) {
+        for (; count - m >= 4; m += 4) fourOutputs(window, h, y + m, nh, first + m);
+    }
+    for (; m < count; ++m) oneOutput(window, h, y + m, nh, first + m * step);
+}
+
+/** pos modulo nh, taken non-negative. */
+int normalised(int pos, int nh) {
+    if (pos >= 0 && pos < nh) return pos;  // nearly always, and a division costs as much as a tap
+    const int remainder = pos % nh;
+    return remainder < 0 ? remainder + nh : remainder;
+}
+
+/** How many of begin, begin+step, begin+2·step, ... are below n. */
+int dueBelow(int n, int begin, int step) {
+    return begin < n ? (n - 1 - begin) / step + 1 : 0;
+}
+
+/** The outputs at samples begin, begin+step, ... of a block of n. */
+void decimateBlock(const float* x, const float* h, const float* dl, int pos, float* y, int nh,
+                   int n, int begin, int step) {
+    const int due = dueBelow(n, begin, step);
+    const int leading = std::min(due, dueBelow(nh - 1, begin, step));
+    filterWindow(windowOf(x, dl, pos, nh, n), h, y, nh, begin, leading, step);
+    if (leading == due) return;
+    const int k = begin + leading * step;
+    sp_fir_gen_downsample_(x + 1 - nh + k, h, y + leading, nh, n - k, step);
+}
+
 }  // namespace
 
-void pipelined_unroll12x(const float* x, const float* h, float* y, int nh, int ny) {
-    int i = passesOf<3>(x, h, y, nh, ny, 0);
-    i = passesOf<1>(x, h, y, nh, ny, i);
-    decimatingPassesOf<1>(x, h, y, nh, ny, 1, i);
+Window windowOf(const float* x, const float* dl, int pos, int nh, int n) {
+    const int oldCount = std::min(nh - pos, nh - 1);
+    return {dl + pos, dl, x, oldCount, nh - 1, nh - 1 + n};
 }
 
-void sp_fir_gen_(const float* x, const float* h, float* y, int nh, int ny) {
-    constexpr int MostUnrolled = BlockWidth::MostTapsUnrolled;
-    const int made =
-        nh <= MostUnrolled
-            ? unrolledFilterOf(nh, x, h, y, ny, std::make_integer_sequence<int, MostUnrolled>{})
-            : wideFilterOf(x, h, y, nh, ny);
-    if (made < ny) pipelined_unroll12x(x + made, h, y + made, nh, ny - made);
+void init_overlap(float* overlap, int len, const Window& window, int first) {
+    PLATFORM_ASSERT(len == 8 || len == 12);
+    const int copied = copyWindow(overlap, window, first, len);
+    std::fill(overlap + copied, overlap + len, 0.0f);
 }
 
-void sp_fir_gen_downsample_(const float* x, const float* h, float* y, int nh, int n, int step) {
-    const int outputs = (n - 1) / step + 1;
-    int m = decimatingPassesOf<8>(x, h, y, nh, outputs, step, 0);
-    m = decimatingPassesOf<4>(x, h, y, nh, outputs, step, m);
-    decimatingPassesOf<1>(x, h, y, nh, outputs, step, m);
+int update_delay_line(const float* x, float* dl, int pos, int nh, int n) {
+    if (n >= nh) {
+        copySamples(dl, x + n - nh + 1, nh - 1);
+        dl[nh - 1] = x[n - nh];
+        return 0;
+    }
+    // A line in order is kept in order while the move is short (at most 2048 samples) or pays (a
+    // block of about half the taps, nh rounded down to a multiple of 8); otherwise it becomes
+    // circular. The bound and the rounding are deliberate: they decide where pos goes.
+    if (pos == 0 && nh <= 2048 && 4 * (nh / 8) <= n) {
+        const int kept = nh - 1 - n;
+        const float beforeKept = dl[n - 1];
+        std::memmove(dl, dl + n, static_cast<std::size_t>(kept) * sizeof(float));
+        copySamples(dl + kept, x, n);
+        dl[nh - 1] = beforeKept;
+        return 0;
+    }
+    const int end = (pos + n - 1) % nh;
+    const int head = std::min(n, end);
+    const int tail = n - head;
+    copySamples(dl + nh - tail, x, tail);
+    copySamples(dl + end - head, x + tail, head);
+    return end + 1 == nh ? 0 : end + 1;
 }
 
 }  // namespace sp_fir
 
 void sp_fir_gen(const float* x, const float* h, float* y, int nh, int ny) {
+    using namespace sp_fir;
     if (ny <= 0) return;
     if (nh <= 0) {
-        sp_fir::zeroFill(y, ny);
+        zeroFill(y, ny);
         return;
     }
-    sp_fir::sp_fir_gen_(x, h, y, nh, ny);
+    sp_fir_gen_(x, h, y, nh, ny);
 }
 
 void sp_fir_gen_downsample(const float* x, const float* h, float* y, int nh, int n, int step) {
-    using sp_fir::SourcePath;
+    using namespace sp_fir;
     if (n <= 0) return;
     PLATFORM_ASSERT(step > 0);
     if (step == 1) {
@@ -113,8 +213,42 @@ void sp_fir_gen_downsample(const float* x, const float* h, float* y, int nh, int
         return;
     }
     if (nh <= 0) {
-        sp_fir::zeroFill(y, (n - 1) / step + 1);
+        zeroFill(y, (n - 1) / step + 1);
         return;
     }
-    sp_fir::sp_fir_gen_downsample_(x, h, y, nh, n, step);
+    sp_fir_gen_downsample_(x, h, y, nh, n, step);
+}
+
+int sp_fir_filter(const float* x, const float* h, float* dl, int pos, float* y, int nh, int n) {
+    using namespace sp_fir;
+    if (n <= 0) return pos;
+    if (nh <= 0) {
+        zeroFill(y, n);
+        return pos;
+    }
+    pos = normalised(pos, nh);
+    const int blocks = (nh - 1 + WidestBlock - 1) / WidestBlock;
+    const int leading = std::min(n, blocks * WidestBlock);
+    if (leading > 0) filterWindow(windowOf(x, dl, pos, nh, n), h, y, nh, 0, leading, 1);
+    if (leading < n) sp_fir_gen_(x + leading + 1 - nh, h, y + leading, nh, n - leading);
+    return update_delay_line(x, dl, pos, nh, n);
+}
+
+int sp_fir_filter_downsample(const float* x, const float* h, float* dl, int pos, float* y, int nh,
+                             int n, int* beginAddress, int step) {
+    using namespace sp_fir;
+    if (n <= 0) return pos;
+    const int begin = beginAddress != nullptr ? *beginAddress : 0;
+    PLATFORM_ASSERT(step > 0);
+    PLATFORM_ASSERT(begin >= 0 && begin < step);
+    if (step == 1) return sp_fir_filter(x, h, dl, pos, y, nh, n);
+    if (nh <= 0) {
+        zeroFill(y, dueBelow(n, begin, step));
+    } else {
+        pos = normalised(pos, nh);
+        decimateBlock(x, h, dl, pos, y, nh, n, begin, step);
+        pos = update_delay_line(x, dl, pos, nh, n);
+    }
+    if (beginAddress != nullptr) *beginAddress = normalised(begin - n, step);
+    return pos;
 }

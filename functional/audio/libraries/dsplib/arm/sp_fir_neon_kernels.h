@@ -1,7 +1,7 @@
 /**
  * The vector kernels of the FIR engine that take any number of taps: outputs side by side for what
- * a block filter has left over and for long filters on ARM, taps side by side for single outputs
- * and decimation. sp_fir_neon_blocks.h has the kernels for whole blocks.
+ * a block filter has left over and for long filters, taps side by side for single outputs
+ * and decimation. sp_fir_neon_blocks.h has the kernels for whole blocks of few taps.
  *
  * Every output of the engine, whatever kernel computes it, is
  *

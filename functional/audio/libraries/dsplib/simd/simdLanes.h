@@ -56,38 +56,6 @@ struct Lanes<4> {
     }
 };
 
-#ifdef DSPLIB_SIMD_SIMD_AVX_H
-template <>
-struct Lanes<8> {
-    using Type = F32x8;
-    static Type load(const float* from) { return load8(from); }
-    static void store(float* to, Type v) { store8(to, v); }
-    static Type splat(float value) { return splat8(value); }
-    using Pairs = F32x8Pairs;
-    static Pairs loadPairs(const float* from) { return loadPairs8(from); }
-    static Type loadBytes(const std::uint8_t* from) { return loadBytes8(from); }
-    static Type gather(const float* table, const std::int16_t* index) {
-        return gather8(table, index);
-    }
-};
-#endif
-
-#ifdef DSPLIB_SIMD_SIMD_AVX512_H
-template <>
-struct Lanes<16> {
-    using Type = F32x16;
-    static Type load(const float* from) { return load16(from); }
-    static void store(float* to, Type v) { store16(to, v); }
-    static Type splat(float value) { return splat16(value); }
-    using Pairs = F32x16Pairs;
-    static Pairs loadPairs(const float* from) { return loadPairs16(from); }
-    static Type loadBytes(const std::uint8_t* from) { return loadBytes16(from); }
-    static Type gather(const float* table, const std::int16_t* index) {
-        return gather16(table, index);
-    }
-};
-#endif
-
 template <int L>
 using F32 = typename Lanes<L>::Type;
 
@@ -121,17 +89,17 @@ inline float squareRoot(float v) {
     return std::sqrt(v);
 }
 
-/** a if a < b, else b, which a NaN makes it */
+/** a if a < b, else b; b too where one of them is NaN */
 inline float smaller(float a, float b) {
     return a < b ? a : b;
 }
 
-/** a if a > b, else b, which a NaN makes it */
+/** a if a > b, else b; b too where one of them is NaN */
 inline float larger(float a, float b) {
     return a > b ? a : b;
 }
 
-/** x if a < b, else y, which a NaN makes it */
+/** x if a < b, else y; y too where a or b is NaN */
 inline float selectLess(float a, float b, float x, float y) {
     return a < b ? x : y;
 }
@@ -159,7 +127,7 @@ inline void storeIntegers(std::int16_t* to, float v) {
     *to = static_cast<std::int16_t>(v);
 }
 
-/** Lanes of kernels that walk through arrays; even where transforms run on two lanes, four pay. */
+/** Lanes of kernels that walk through arrays; four even where transforms run on two. */
 constexpr int StreamLanes = BestLanes < 4 ? 4 : BestLanes;
 
 /**

@@ -87,17 +87,17 @@ inline uint32x4_t isLess(F32x4 a, F32x4 b) {
 #endif
 }
 
-/** x where a < b, else y, which a NaN makes it */
+/** x where a < b, else y; y too where a or b is NaN */
 inline F32x4 selectLess(F32x4 a, F32x4 b, F32x4 x, F32x4 y) {
     return vbslq_f32(isLess(a, b), x, y);
 }
 
-/** a where a < b, else b, which a NaN makes it */
+/** a where a < b, else b; b too where one of them is NaN */
 inline F32x4 smaller(F32x4 a, F32x4 b) {
     return selectLess(a, b, a, b);
 }
 
-/** a where a > b, else b, which a NaN makes it */
+/** a where a > b, else b; b too where one of them is NaN */
 inline F32x4 larger(F32x4 a, F32x4 b) {
     return selectLess(b, a, a, b);
 }

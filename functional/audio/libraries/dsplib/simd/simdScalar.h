@@ -64,17 +64,17 @@ inline F32x4 squareRoot(F32x4 v) {
     return lanewise(v, v, [](float x, float) { return std::sqrt(x); });
 }
 
-/** a where a < b, else b, which a NaN makes it */
+/** a where a < b, else b; b too where one of them is NaN */
 inline F32x4 smaller(F32x4 a, F32x4 b) {
     return lanewise(a, b, [](float x, float y) { return x < y ? x : y; });
 }
 
-/** a where a > b, else b, which a NaN makes it */
+/** a where a > b, else b; b too where one of them is NaN */
 inline F32x4 larger(F32x4 a, F32x4 b) {
     return lanewise(a, b, [](float x, float y) { return x > y ? x : y; });
 }
 
-/** x where a < b, else y, which a NaN makes it */
+/** x where a < b, else y; y too where a or b is NaN */
 inline F32x4 selectLess(F32x4 a, F32x4 b, F32x4 x, F32x4 y) {
     F32x4 v;
     for (std::size_t i = 0; i < 4; ++i) v.lane[i] = a.lane[i] < b.lane[i] ? x.lane[i] : y.lane[i];

@@ -4,14 +4,16 @@
  * Moves of lanes never cross from one group of four to another, except `reversed`, the pairs and
  * those that have groups in their name.
  */
-#ifndef DSPLIB_SIMD_SIMD_AVX_H
-#define DSPLIB_SIMD_SIMD_AVX_H
+#ifndef DSPLIB_X86_SIMD_AVX_H
+#define DSPLIB_X86_SIMD_AVX_H
 
 #ifndef __AVX__
 #error "simdAvx.h needs a compiler that targets AVX"
 #endif
 
 #include <immintrin.h>
+
+#include <cstdint>
 
 namespace simd {
 inline namespace SP_SIMD_TARGET {
@@ -68,17 +70,17 @@ inline F32x8 squareRoot(F32x8 v) {
     return _mm256_sqrt_ps(v);
 }
 
-/** a where a < b, else b, which a NaN makes it */
+/** a where a < b, else b; b too where one of them is NaN */
 inline F32x8 smaller(F32x8 a, F32x8 b) {
     return _mm256_min_ps(a, b);
 }
 
-/** a where a > b, else b, which a NaN makes it */
+/** a where a > b, else b; b too where one of them is NaN */
 inline F32x8 larger(F32x8 a, F32x8 b) {
     return _mm256_max_ps(a, b);
 }
 
-/** x where a < b, else y, which a NaN makes it */
+/** x where a < b, else y; y too where a or b is NaN */
 inline F32x8 selectLess(F32x8 a, F32x8 b, F32x8 x, F32x8 y) {
     return _mm256_blendv_ps(y, x, _mm256_cmp_ps(a, b, _CMP_LT_OQ));
 }
@@ -222,6 +224,23 @@ inline F32x8 inRegister(F32x8 v) {
     __asm__("" : "+x"(v));
     return v;
 }
+
+template <int L>
+struct Lanes;
+
+template <>
+struct Lanes<8> {
+    using Type = F32x8;
+    static Type load(const float* from) { return load8(from); }
+    static void store(float* to, Type v) { store8(to, v); }
+    static Type splat(float value) { return splat8(value); }
+    using Pairs = F32x8Pairs;
+    static Pairs loadPairs(const float* from) { return loadPairs8(from); }
+    static Type loadBytes(const std::uint8_t* from) { return loadBytes8(from); }
+    static Type gather(const float* table, const std::int16_t* index) {
+        return gather8(table, index);
+    }
+};
 
 }  // namespace SP_SIMD_TARGET
 }  // namespace simd

@@ -4,14 +4,16 @@
  * Moves of lanes never cross from one group of four to another, except `reversed`, the pairs and
  * those that have groups in their name.
  */
-#ifndef DSPLIB_SIMD_SIMD_AVX512_H
-#define DSPLIB_SIMD_SIMD_AVX512_H
+#ifndef DSPLIB_X86_SIMD_AVX512_H
+#define DSPLIB_X86_SIMD_AVX512_H
 
 #ifndef __AVX512F__
 #error "simdAvx512.h needs a compiler that targets AVX-512"
 #endif
 
 #include <immintrin.h>
+
+#include <cstdint>
 
 namespace simd {
 inline namespace SP_SIMD_TARGET {
@@ -74,17 +76,17 @@ inline F32x16 squareRoot(F32x16 v) {
     return _mm512_maskz_sqrt_ps(AllLanes, v);
 }
 
-/** a where a < b, else b, which a NaN makes it */
+/** a where a < b, else b; b too where one of them is NaN */
 inline F32x16 smaller(F32x16 a, F32x16 b) {
     return _mm512_maskz_min_ps(AllLanes, a, b);
 }
 
-/** a where a > b, else b, which a NaN makes it */
+/** a where a > b, else b; b too where one of them is NaN */
 inline F32x16 larger(F32x16 a, F32x16 b) {
     return _mm512_maskz_max_ps(AllLanes, a, b);
 }
 
-/** x where a < b, else y, which a NaN makes it */
+/** x where a < b, else y; y too where a or b is NaN */
 inline F32x16 selectLess(F32x16 a, F32x16 b, F32x16 x, F32x16 y) {
     return _mm512_mask_blend_ps(_mm512_cmp_ps_mask(a, b, _CMP_LT_OQ), y, x);
 }
@@ -248,6 +250,23 @@ inline F32x16 evenGroups(F32x16 a, F32x16 b) {
 inline F32x16 oddGroups(F32x16 a, F32x16 b) {
     return _mm512_maskz_shuffle_f32x4(AllLanes, a, b, _MM_SHUFFLE(3, 1, 3, 1));
 }
+
+template <int L>
+struct Lanes;
+
+template <>
+struct Lanes<16> {
+    using Type = F32x16;
+    static Type load(const float* from) { return load16(from); }
+    static void store(float* to, Type v) { store16(to, v); }
+    static Type splat(float value) { return splat16(value); }
+    using Pairs = F32x16Pairs;
+    static Pairs loadPairs(const float* from) { return loadPairs16(from); }
+    static Type loadBytes(const std::uint8_t* from) { return loadBytes16(from); }
+    static Type gather(const float* table, const std::int16_t* index) {
+        return gather16(table, index);
+    }
+};
 
 }  // namespace SP_SIMD_TARGET
 }  // namespace simd

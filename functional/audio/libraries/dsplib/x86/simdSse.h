@@ -1,6 +1,6 @@
-/** The vector layer on the host: SSE2, fused multiply-add where the compiler may assume it. */
-#ifndef DSPLIB_SIMD_SIMD_SSE_H
-#define DSPLIB_SIMD_SIMD_SSE_H
+/** The vector layer's 2-lane and 4-lane types on x86-64: SSE2, and FMA where the layer fuses. */
+#ifndef DSPLIB_X86_SIMD_SSE_H
+#define DSPLIB_X86_SIMD_SSE_H
 
 #ifndef __SSE2__
 #error "simdSse.h needs a compiler that targets SSE2"
@@ -53,17 +53,17 @@ inline F32x4 squareRoot(F32x4 v) {
     return _mm_sqrt_ps(v);
 }
 
-/** a where a < b, else b, which a NaN makes it */
+/** a where a < b, else b; b too where one of them is NaN */
 inline F32x4 smaller(F32x4 a, F32x4 b) {
     return _mm_min_ps(a, b);
 }
 
-/** a where a > b, else b, which a NaN makes it */
+/** a where a > b, else b; b too where one of them is NaN */
 inline F32x4 larger(F32x4 a, F32x4 b) {
     return _mm_max_ps(a, b);
 }
 
-/** x where a < b, else y, which a NaN makes it */
+/** x where a < b, else y; y too where a or b is NaN */
 inline F32x4 selectLess(F32x4 a, F32x4 b, F32x4 x, F32x4 y) {
     const __m128 mask = _mm_cmplt_ps(a, b);
     return _mm_or_ps(_mm_and_ps(mask, x), _mm_andnot_ps(mask, y));
@@ -285,23 +285,7 @@ inline F32x4 sumLanesOfFour(F32x4 a, F32x4 b, F32x4 c, F32x4 d) {
     return addPairs(addPairs(a, b), addPairs(c, d));
 }
 
-/** The width at which a kernel that works at any width runs best. */
-#if defined(__AVX512F__)
-constexpr int BestLanes = 16;
-#elif defined(__AVX__)
-constexpr int BestLanes = 8;
-#else
-constexpr int BestLanes = 4;
-#endif
-
 }  // namespace SP_SIMD_TARGET
 }  // namespace simd
-
-#ifdef __AVX__
-#include "simdAvx.h"
-#endif
-#ifdef __AVX512F__
-#include "simdAvx512.h"
-#endif
 
 #endif

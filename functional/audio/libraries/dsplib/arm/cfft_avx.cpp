@@ -1,3 +1,0 @@
-#include "cfft_kernels.h"
-
-const cfft::Kernels cfft::AvxKernels = cfft::OwnKernels;

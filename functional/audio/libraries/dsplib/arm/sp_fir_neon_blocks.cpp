@@ -1,0 +1,62 @@
+/** The block filters behind the entry points: which kernel makes which outputs. */
+#include "sp_fir_neon_blocks.h"
+
+#include <cstddef>
+
+#include "sp_fir_neon_internal.h"
+#include "sp_fir_neon_kernels.h"
+#ifdef SP_SIMD_X86
+#include "dsplib/x86/sp_fir_wide.h"
+#endif
+
+namespace sp_fir {
+namespace {
+
+/** Passes of 4·Vectors outputs while there are so many. Returns the next output. */
+template <int Vectors>
+int passesOf(const float* x, const float* h, float* y, int nh, int ny, int i) {
+    for (; ny - i >= 4 * Vectors; i += 4 * Vectors) {
+        SumsOfOutputs<Vectors> sums = emptySums<Vectors>();
+        addTaps(sums, x + i, h, nh);
+        storeOutputs(y + i, sums);
+    }
+    return i;
+}
+
+/** The decimating counterpart: `outputs` windows lie `step` samples apart. */
+template <int Outputs>
+int decimatingPassesOf(const float* x, const float* h, float* y, int nh, int outputs, int step,
+                       int m) {
+    for (; outputs - m >= Outputs; m += Outputs) {
+        SumsInLanes<Outputs> sums = emptyLanes<Outputs>();
+        addTaps(sums, x + std::ptrdiff_t{m} * step, step, h, nh);
+        storeOutputs(y + m, sums);
+    }
+    return m;
+}
+
+}  // namespace
+
+void pipelined_unroll12x(const float* x, const float* h, float* y, int nh, int ny) {
+    int i = passesOf<3>(x, h, y, nh, ny, 0);
+    i = passesOf<1>(x, h, y, nh, ny, i);
+    decimatingPassesOf<1>(x, h, y, nh, ny, 1, i);
+}
+
+void sp_fir_gen_(const float* x, const float* h, float* y, int nh, int ny) {
+#ifdef SP_SIMD_X86
+    const int made = filterWideBlocks(x, h, y, nh, ny);
+#else
+    const int made = filterBlocks(x, h, y, nh, ny);
+#endif
+    if (made < ny) pipelined_unroll12x(x + made, h, y + made, nh, ny - made);
+}
+
+void sp_fir_gen_downsample_(const float* x, const float* h, float* y, int nh, int n, int step) {
+    const int outputs = (n - 1) / step + 1;
+    int m = decimatingPassesOf<8>(x, h, y, nh, outputs, step, 0);
+    m = decimatingPassesOf<4>(x, h, y, nh, outputs, step, m);
+    decimatingPassesOf<1>(x, h, y, nh, outputs, step, m);
+}
+
+}  // namespace sp_fir
