@@ -9,8 +9,16 @@ set(VOXLOC_WARNINGS
 # -fno-math-errno: nobody reads errno after a square root, and no kernel calls a function for it.
 set(VOXLOC_ARITHMETIC -ffp-contract=off -fno-math-errno)
 
+# voxloc_compile_strictly(<target>)
+# Sets the arithmetic, and the warnings where they are asked for. Inside another project they are
+# off, and with them that project's own: this code is not its author's to mend.
 function(voxloc_compile_strictly target)
-  target_compile_options(${target} PRIVATE ${VOXLOC_WARNINGS} ${VOXLOC_ARITHMETIC})
+  target_compile_options(${target} PRIVATE ${VOXLOC_ARITHMETIC})
+  if(VOXLOC_STRICT)
+    target_compile_options(${target} PRIVATE ${VOXLOC_WARNINGS})
+  elseif(NOT PROJECT_IS_TOP_LEVEL)
+    target_compile_options(${target} PRIVATE -w)
+  endif()
   if(VOXLOC_SIMD_SCALAR)
     target_compile_definitions(${target} PRIVATE SP_SIMD_SCALAR)
   endif()
@@ -29,22 +37,41 @@ function(voxloc_forward_header target room header)
     CONTENT "#include \"${header}\"\n")
 endfunction()
 
-# voxloc_add_library(<name> ROOM <room> FOLDER <dir> SOURCES ... PUBLIC_HEADERS ...
-#                    [GENERATED_SOURCES ...] [LINKS ...])
-# A static library voxloc_<name>, alias voxloc::<name>, installed with its public headers, which are
-# included as <room>/<header> in the tree and out of it.
+# voxloc_make_linkable(<target>)
+# Position independent, so that an archive may go into somebody's shared library, too. A name is
+# never replaced by another library's at run time; the compiler may therefore inline across them as
+# in a program. A shared library exports what has C linkage: the public functions, nothing else.
+function(voxloc_make_linkable target)
+  set(exports "${PROJECT_SOURCE_DIR}/cmake/exports.map")
+  set_target_properties(${target} PROPERTIES
+    POSITION_INDEPENDENT_CODE ON
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}
+    INSTALL_RPATH "$ORIGIN"
+    LINK_DEPENDS "${exports}")
+  target_compile_options(${target} PRIVATE -fno-semantic-interposition)
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL "SHARED_LIBRARY")
+    target_link_options(${target} PRIVATE "LINKER:--version-script=${exports}" LINKER:--no-undefined)
+  endif()
+endfunction()
+
+# voxloc_add_library(<name> ROOM <room> FOLDER <dir> DESCRIPTION <text> SOURCES ...
+#                    PUBLIC_HEADERS ... [GENERATED_SOURCES ...] [LINKS ...] [USES ...])
+# A library voxloc_<name>, alias voxloc::<name>, installed with its public headers, which are
+# included as <room>/<header> in the tree and out of it. LINKS are the libraries that its headers
+# include, USES those that only its sources need.
 function(voxloc_add_library name)
-  cmake_parse_arguments(arg "" "ROOM;FOLDER"
-    "SOURCES;GENERATED_SOURCES;PUBLIC_HEADERS;LINKS" ${ARGN})
+  cmake_parse_arguments(arg "" "ROOM;FOLDER;DESCRIPTION"
+    "SOURCES;GENERATED_SOURCES;PUBLIC_HEADERS;LINKS;USES" ${ARGN})
   set(target voxloc_${name})
   list(TRANSFORM arg_SOURCES PREPEND "${arg_FOLDER}/")
   list(TRANSFORM arg_PUBLIC_HEADERS PREPEND "${PROJECT_SOURCE_DIR}/${arg_FOLDER}/")
   foreach(header IN LISTS arg_PUBLIC_HEADERS)
     voxloc_forward_header(${target} ${arg_ROOM} "${header}")
   endforeach()
-  list(TRANSFORM arg_LINKS PREPEND "voxloc::")
 
-  add_library(${target} STATIC ${arg_SOURCES} ${arg_GENERATED_SOURCES})
+  add_library(${target} ${arg_SOURCES} ${arg_GENERATED_SOURCES})
   add_library(voxloc::${name} ALIAS ${target})
   if(name STREQUAL PROJECT_NAME)
     set(archive ${name})
@@ -55,21 +82,36 @@ function(voxloc_add_library name)
     OUTPUT_NAME ${archive}
     EXPORT_NAME ${name}
     ROOM ${arg_ROOM}
+    DESCRIPTION "${arg_DESCRIPTION}"
     PUBLIC_HEADER "${arg_PUBLIC_HEADERS}")
-  target_include_directories(${target}
+  set(system)
+  if(NOT PROJECT_IS_TOP_LEVEL)
+    set(system SYSTEM)  # another project's warnings stop at its own code
+  endif()
+  target_include_directories(${target} ${system}
     PUBLIC
       $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/include/${target}>
-      $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
-    PRIVATE ${VOXLOC_ROOMS})
-  target_link_libraries(${target} PUBLIC ${arg_LINKS} m)
+      $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  target_include_directories(${target} PRIVATE ${VOXLOC_ROOMS})
+  voxloc_link(${target} LINKS ${arg_LINKS} USES ${arg_USES})
   target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti>)
   if(VOXLOC_CALL_GRAPH)
     target_compile_options(${target} PRIVATE -fcallgraph-info=su)
   endif()
+  voxloc_make_linkable(${target})
   voxloc_compile_strictly(${target})
-  install(TARGETS ${target} EXPORT voxlocTargets
-    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    PUBLIC_HEADER DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${arg_ROOM})
+  voxloc_install_library(${target} ${archive})
+endfunction()
+
+# voxloc_link(<target> LINKS ... USES ...)
+# And the C library's mathematics. Linked as C: nothing here needs the C++ library at run time.
+function(voxloc_link target)
+  cmake_parse_arguments(arg "" "" "LINKS;USES" ${ARGN})
+  set_target_properties(${target} PROPERTIES LINKER_LANGUAGE C ROOMS_LINKED "${arg_LINKS}"
+    ROOMS_USED "${arg_USES}")
+  list(TRANSFORM arg_LINKS PREPEND "voxloc::")
+  list(TRANSFORM arg_USES PREPEND "voxloc::")
+  target_link_libraries(${target} PUBLIC ${arg_LINKS} PRIVATE ${arg_USES} m)
 endfunction()
 
 # voxloc_embed_clips(<variable> FOLDER <dir> CLIPS <wav>=<array> ...)
