@@ -21,12 +21,13 @@ enum class Orientation { Positive, Negative };
 /** X[k] and X[k+8] of a 16-point unit from its leaves A (first) and B, in place; t = w_nl[k]. */
 template <Direction D, Orientation O, class Z>
 inline void joinLeaves(Z& a, Z& b, Twiddle<Z> t) {
+    constexpr int Sign = KernelSign<D>;
     if constexpr (O == Orientation::Positive) {
-        const Z turned = turnedAgainst<D>(b, t);
+        const Z turned = timesTwiddle<-Sign>(b, b, t);
         b = a - turned;
         a = a + turned;
     } else {
-        const Z turned = turnedWith<D>(a, t);
+        const Z turned = timesTwiddle<Sign>(a, a, t);
         a = b + turned;
         b = b - turned;
     }
@@ -42,29 +43,28 @@ inline void joinLeaves(Z& a, Z& b, Twiddle<Z> t) {
  */
 template <Direction D, class Z>
 inline void butterfly4(Z& x0, Z& x1, Z& x2, Z& x3, Twiddle<Z> w) {
+    constexpr int Sign = KernelSign<D>;
     const Z p = x2 + x3, d = x2 - x3;
-    const Z sum = crossed<D>(p, d, w), difference = crossed<D>(d, p, w);
+    const Z sum = timesTwiddle<Sign>(p, d, w), difference = timesTwiddle<Sign>(d, p, w);
     x2 = x0 - sum;
     x0 = x0 + sum;
-    x3 = subQuarterTurn<D>(x1, difference);
-    x1 = addQuarterTurn<D>(x1, difference);
+    x3 = addTimesI<-Sign>(x1, difference);
+    x1 = addTimesI<Sign>(x1, difference);
 }
 
 /** The same operations; where turns move lanes, -i·D from -i·d needs one turn instead of three. */
 template <Direction D, int L>
 inline void butterfly4(Block<L>& x0, Block<L>& x1, Block<L>& x2, Block<L>& x3,
                        Twiddle<Block<L>> w) {
-    const Block<L> p = x2 + x3, q = turnedBack(x2 - x3);
+    constexpr int Sign = KernelSign<D>;
+    const Block<L> p = x2 + x3, q = timesMinusI(x2 - x3);
     const simd::F32<L> pc = simd::mul(p.lanes, w.cosine), qc = simd::mul(q.lanes, w.cosine);
-    const bool forward = D == Direction::Forward;
-    const Block<L> sum = {forward ? simd::mulAdd(pc, q.lanes, w.sine)
-                                  : simd::mulSub(pc, q.lanes, w.sine)};
-    const Block<L> turned = {forward ? simd::mulSub(qc, p.lanes, w.sine)
-                                     : simd::mulAdd(qc, p.lanes, w.sine)};
+    const Block<L> sum = {addProduct<-Sign, L>(pc, q.lanes, w.sine)};
+    const Block<L> turned = {addProduct<Sign, L>(qc, p.lanes, w.sine)};  // -i·difference
     x2 = x0 - sum;
     x0 = x0 + sum;
-    x3 = forward ? x1 - turned : x1 + turned;
-    x1 = forward ? x1 + turned : x1 - turned;
+    x3 = Sign < 0 ? x1 - turned : x1 + turned;
+    x1 = Sign < 0 ? x1 + turned : x1 - turned;
 }
 
 /** Values of a node an eighth apart. */

@@ -22,6 +22,17 @@ inline namespace SP_SIMD_TARGET {
 
 enum class Direction { Forward, Inverse };
 
+/** The sign of i in the transform's kernel e^(±2πi·nk/N), and so of all that turns with it. */
+template <Direction D>
+constexpr int KernelSign = D == Direction::Forward ? -1 : 1;
+
+/** sum + Sign·a·b; Sign is 1 or -1, here and below */
+template <int Sign, int L>
+inline simd::F32<L> addProduct(simd::F32<L> sum, simd::F32<L> a, simd::F32<L> b) {
+    static_assert(Sign == 1 || Sign == -1);
+    return Sign > 0 ? simd::mulAdd(sum, a, b) : simd::mulSub(sum, a, b);
+}
+
 template <int L>
 struct Split {
     static constexpr int Elements = L;
@@ -75,74 +86,44 @@ inline Interleaved<L> scaled(Interleaved<L> a, float factor) {
     return {simd::mul(a.lanes, simd::Lanes<L>::splat(factor))};
 }
 
-/** a + factor·b */
-template <int L>
+/** a + Sign·factor·b */
+template <int Sign, int L>
 inline Split<L> addScaled(Split<L> a, Split<L> b, float factor) {
     const simd::F32<L> f = simd::Lanes<L>::splat(factor);
-    return {simd::mulAdd(a.re, b.re, f), simd::mulAdd(a.im, b.im, f)};
+    return {addProduct<Sign, L>(a.re, b.re, f), addProduct<Sign, L>(a.im, b.im, f)};
 }
 
-template <int L>
+template <int Sign, int L>
 inline Interleaved<L> addScaled(Interleaved<L> a, Interleaved<L> b, float factor) {
-    return {simd::mulAdd(a.lanes, b.lanes, simd::Lanes<L>::splat(factor))};
+    return {addProduct<Sign, L>(a.lanes, b.lanes, simd::Lanes<L>::splat(factor))};
 }
 
-/** a - factor·b */
-template <int L>
-inline Split<L> subScaled(Split<L> a, Split<L> b, float factor) {
-    const simd::F32<L> f = simd::Lanes<L>::splat(factor);
-    return {simd::mulSub(a.re, b.re, f), simd::mulSub(a.im, b.im, f)};
-}
+// Quarter turns. An arrangement that keeps both parts in one vector turns by -i and then adds or
+// subtracts.
 
 template <int L>
-inline Interleaved<L> subScaled(Interleaved<L> a, Interleaved<L> b, float factor) {
-    return {simd::mulSub(a.lanes, b.lanes, simd::Lanes<L>::splat(factor))};
-}
-
-// Quarter turns: -i·b
-
-template <int L>
-inline Block<L> turnedBack(Block<L> b) {
+inline Block<L> timesMinusI(Block<L> b) {
     return {simd::negateHighHalf(simd::swapHalves(b.lanes))};
 }
 
 template <int L>
-inline Interleaved<L> turnedBack(Interleaved<L> b) {
+inline Interleaved<L> timesMinusI(Interleaved<L> b) {
     return {simd::negateOddLanes(simd::swapPairs(b.lanes))};
 }
 
-/** a - i·b */
-template <class Z>
-inline Z addTurnedBack(Z a, Z b) {
-    return a + turnedBack(b);
+/** a + Sign·i·b */
+template <int Sign, class Z>
+inline Z addTimesI(Z a, Z b) {
+    return Sign < 0 ? a + timesMinusI(b) : a - timesMinusI(b);
 }
 
-template <int L>
-inline Split<L> addTurnedBack(Split<L> a, Split<L> b) {
-    return {simd::add(a.re, b.im), simd::sub(a.im, b.re)};
-}
-
-/** a + i·b */
-template <class Z>
-inline Z subTurnedBack(Z a, Z b) {
-    return a - turnedBack(b);
-}
-
-template <int L>
-inline Split<L> subTurnedBack(Split<L> a, Split<L> b) {
-    return {simd::sub(a.re, b.im), simd::add(a.im, b.re)};
-}
-
-/** a plus b turned a quarter with the kernel of the transform: a - i·b forward, a + i·b inverse */
-template <Direction D, class Z>
-inline Z addQuarterTurn(Z a, Z b) {
-    return D == Direction::Forward ? addTurnedBack(a, b) : subTurnedBack(a, b);
-}
-
-/** a minus b turned a quarter with the kernel: a + i·b forward, a - i·b inverse */
-template <Direction D, class Z>
-inline Z subQuarterTurn(Z a, Z b) {
-    return D == Direction::Forward ? subTurnedBack(a, b) : addTurnedBack(a, b);
+template <int Sign, int L>
+inline Split<L> addTimesI(Split<L> a, Split<L> b) {
+    if constexpr (Sign < 0) {
+        return {simd::add(a.re, b.im), simd::sub(a.im, b.re)};
+    } else {
+        return {simd::sub(a.re, b.im), simd::add(a.im, b.re)};
+    }
 }
 
 // Twiddles w = cos + i·sin and products with them
@@ -161,46 +142,16 @@ struct Twiddle<Block<L>> {
     simd::F32<L> cosine, sine;
 };
 
-/** a·cos - i·b·sin */
-template <int L>
-inline Split<L> crossedBack(Split<L> a, Split<L> b, Twiddle<Split<L>> w) {
-    return {simd::mulAdd(simd::mul(a.re, w.cosine), b.im, w.sine),
-            simd::mulSub(simd::mul(a.im, w.cosine), b.re, w.sine)};
+/** a·cos + Sign·i·b·sin: for a = b, their product with w or, where Sign is -1, with conj(w) */
+template <int Sign, int L>
+inline Split<L> timesTwiddle(Split<L> a, Split<L> b, Twiddle<Split<L>> w) {
+    return {addProduct<-Sign, L>(simd::mul(a.re, w.cosine), b.im, w.sine),
+            addProduct<Sign, L>(simd::mul(a.im, w.cosine), b.re, w.sine)};
 }
 
-template <int L>
-inline Block<L> crossedBack(Block<L> a, Block<L> b, Twiddle<Block<L>> w) {
-    return {simd::mulAdd(simd::mul(a.lanes, w.cosine), turnedBack(b).lanes, w.sine)};
-}
-
-/** a·cos + i·b·sin */
-template <int L>
-inline Split<L> crossedOn(Split<L> a, Split<L> b, Twiddle<Split<L>> w) {
-    return {simd::mulSub(simd::mul(a.re, w.cosine), b.im, w.sine),
-            simd::mulAdd(simd::mul(a.im, w.cosine), b.re, w.sine)};
-}
-
-template <int L>
-inline Block<L> crossedOn(Block<L> a, Block<L> b, Twiddle<Block<L>> w) {
-    return {simd::mulSub(simd::mul(a.lanes, w.cosine), turnedBack(b).lanes, w.sine)};
-}
-
-/** a·cos - i·b·sin forward, a·cos + i·b·sin inverse */
-template <Direction D, class Z>
-inline Z crossed(Z a, Z b, Twiddle<Z> w) {
-    return D == Direction::Forward ? crossedBack(a, b, w) : crossedOn(a, b, w);
-}
-
-/** z times the twiddle that turns with the kernel of the transform: conj(w) forward, w inverse */
-template <Direction D, class Z>
-inline Z turnedWith(Z z, Twiddle<Z> w) {
-    return D == Direction::Forward ? crossedBack(z, z, w) : crossedOn(z, z, w);
-}
-
-/** z times the twiddle that turns against the kernel: w forward, conj(w) inverse */
-template <Direction D, class Z>
-inline Z turnedAgainst(Z z, Twiddle<Z> w) {
-    return D == Direction::Forward ? crossedOn(z, z, w) : crossedBack(z, z, w);
+template <int Sign, int L>
+inline Block<L> timesTwiddle(Block<L> a, Block<L> b, Twiddle<Block<L>> w) {
+    return {addProduct<-Sign, L>(simd::mul(a.lanes, w.cosine), timesMinusI(b).lanes, w.sine)};
 }
 
 // Memory. Z::Elements elements are 2·Z::Elements floats.

@@ -41,7 +41,10 @@ void noLeaves(int M, float* data) {
     }
 }
 
-/** N = 128, 4096, 8192: children, then a 4-way pass that leaves the interleaved layout. */
+/**
+ * N = 128, 4096, 8192: children, then a 4-way pass that leaves the interleaved layout. For the
+ * public interface alone; a frame of the tracker takes finishBy8 forward and the ends inverse.
+ */
 template <Direction D, int L>
 inline void finishBy4(int N, float* y) {
     noLeaves<D, Orientation::Positive, L>(N / 2, y);
@@ -76,7 +79,8 @@ void transform(int N, int log2N, const float* x, float* y) {
     }
 }
 
-// The passes and drivers by name, at the width at which this machine's transforms run.
+// The passes and drivers by the names that they are known by, at the width at which this machine's
+// transforms run. The transforms do not go through them: they are for looking at one pass alone.
 
 inline void fft_butterfly4_combine(int M, float* data) {
     combine4<Direction::Forward, Layout::Blocks, Arranged<simd::BestLanes>>(M, data);

@@ -13,7 +13,12 @@
 namespace cfft {
 inline namespace SP_SIMD_TARGET {
 
-/** Input elements from 3/16 of the size up to 13/16 are zero; nothing else of a leaf is read. */
+/**
+ * Three elements of a leaf are used: element 0 lies within N/16 of either end of the input, element
+ * 1 up to N/8 behind that, element 7 as far before it. The others fall into the zeros.
+ */
+static_assert(SP_IFFT_ENDS_USED == FFT_MAX / 16 + FFT_MAX / 8);
+
 template <int L>
 inline auto loadEnds(const LeafInput& in) {
     alignas(64) static constexpr float Zeros[2 * L] = {};
@@ -46,7 +51,18 @@ void leafPassOfEnds(const float* x, float* y) {
     }
 }
 
-/** The first and the last `wanted` values of a node of M elements from its children. */
+/** Ends are computed in whole steps, which the vectors of every width divide. */
+constexpr int EndStep = 32;
+
+/** `wanted` > 0 elements rounded up */
+constexpr int wholeEndSteps(int wanted) {
+    return (wanted + EndStep - 1) / EndStep * EndStep;
+}
+
+// The ends of FFT_MAX elements must not meet within a quarter: each pass works in place.
+static_assert(2 * wholeEndSteps(SP_IFFT_ENDS_MOST_WANTED) <= FFT_MAX / 4);
+
+/** The first and the last `wanted` values, in whole steps, of a node of M from its children. */
 template <Direction D, Layout Out, class Z>
 inline void combine4Ends(int M, float* data, int wanted) {
     combine4Part<D, Out, Z>(M, data, 0, wanted);

@@ -14,7 +14,7 @@ namespace cfft {
 struct Kernels {
     void (*forward)(int N, int log2N, const float* x, float* y);
     void (*inverse)(int N, int log2N, const float* x, float* y);
-    void (*inverseEnds)(const float* x, float* y, int wanted);  // wanted: a multiple of 32
+    void (*inverseEnds)(const float* x, float* y, int wanted);  // wanted: whole EndSteps
 };
 
 inline namespace SP_SIMD_TARGET {

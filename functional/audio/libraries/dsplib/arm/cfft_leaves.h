@@ -49,28 +49,29 @@ inline Z scaledSum(Z sum, float scale) {
  */
 template <Direction D, class Z>
 inline Leaf<Z> transformLeaf(const Leaf<Z>& x, float scale) {
+    constexpr int Sign = KernelSign<D>;
     const Z a0 = x.x0 + x.x4, a1 = x.x0 - x.x4, a2 = x.x2 + x.x6, a3 = x.x2 - x.x6;
     const Z b0 = x.x1 + x.x5, b1 = x.x1 - x.x5, b2 = x.x3 + x.x7, b3 = x.x3 - x.x7;
 
     const Z even0 = scaledSum<D>(a0 + a2, scale), odd0 = scaledSum<D>(b0 + b2, scale);
     const Z even2 = scaledSum<D>(a0 - a2, scale), odd2 = scaledSum<D>(b0 - b2, scale);
-    const Z even1 = scaledSum<D>(addQuarterTurn<D>(a1, a3), scale);
-    const Z even3 = scaledSum<D>(subQuarterTurn<D>(a1, a3), scale);
+    const Z even1 = scaledSum<D>(addTimesI<Sign>(a1, a3), scale);
+    const Z even3 = scaledSum<D>(addTimesI<-Sign>(a1, a3), scale);
 
     // √2 times the odd ones turned with the kernel: the first by an eighth, the third by three
     // eighths less half a turn, which is why it is subtracted where the first is added.
     const Z u = b1 - b3, v = b1 + b3;
-    const Z turned1 = addQuarterTurn<D>(u, v), turned3 = subQuarterTurn<D>(u, v);
+    const Z turned1 = addTimesI<Sign>(u, v), turned3 = addTimesI<-Sign>(u, v);
     const float factor = scale * SqrtHalf;
 
     return {even0 + odd0,
-            addScaled(even1, turned1, factor),
-            addQuarterTurn<D>(even2, odd2),
-            subScaled(even3, turned3, factor),
+            addScaled<1>(even1, turned1, factor),
+            addTimesI<Sign>(even2, odd2),
+            addScaled<-1>(even3, turned3, factor),
             even0 - odd0,
-            subScaled(even1, turned1, factor),
-            subQuarterTurn<D>(even2, odd2),
-            addScaled(even3, turned3, factor)};
+            addScaled<-1>(even1, turned1, factor),
+            addTimesI<-Sign>(even2, odd2),
+            addScaled<1>(even3, turned3, factor)};
 }
 
 /** Where the leaves of one size lie in the input and in the output buffer. */
@@ -203,7 +204,10 @@ inline void leafPassOfWidth(const LeafPlan plan, const float* x, float* y) {
     }
 }
 
-/** The leaf pass of N >= 32 elements on vectors of up to L lanes. */
+/**
+ * The leaf pass of N >= 32 elements on vectors of up to L lanes. A frame of the tracker takes the
+ * general case alone; 32, 64 and FFT_MAX are for the public interface.
+ */
 template <Direction D, int L>
 inline void leafPass(int N, int log2N, const float* x, float* y) {
     constexpr int Adjacent = decltype(loadAdjacent<L>(x))::Elements;

@@ -67,8 +67,6 @@ void sp_ifftSPxSP(int N, float* x, const float*, float* y, const unsigned char*,
 }
 
 void sp_ifft_ends(const float* x, float* y, int wanted) {
-    PLATFORM_ASSERT(wanted > 0 && wanted <= FFT_MAX / 32);
-    constexpr int step = 32;
-    const int rounded = (wanted + step - 1) / step * step;
-    kernels().inverseEnds(x, y, rounded);
+    PLATFORM_ASSERT(wanted > 0 && wanted <= SP_IFFT_ENDS_MOST_WANTED);
+    kernels().inverseEnds(x, y, cfft::wholeEndSteps(wanted));
 }

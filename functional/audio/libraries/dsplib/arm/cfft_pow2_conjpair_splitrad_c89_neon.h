@@ -47,16 +47,22 @@ void sp_fftSPxSP(int N, float* x, const float* twiddles, float* y, const unsigne
 void sp_ifftSPxSP(int N, float* x, const float* twiddles, float* y, const unsigned char* byteTable,
                   int radix, int offset, int size);
 
+/** Elements at either end of the input that sp_ifft_ends uses: 1536. */
+#define SP_IFFT_ENDS_USED (3 * FFT_MAX / 16)
+
+/** The most elements at either end of the output that sp_ifft_ends gives: 256. */
+#define SP_IFFT_ENDS_MOST_WANTED (FFT_MAX / 32)
+
 /**
  * The ends of the scaled inverse transform of FFT_MAX elements when the middle of its input is
  * zero: a band-limited spectrum whose first and last samples are wanted, in about half the time.
  *
- * @param x       in, 2·FFT_MAX floats, 8-byte aligned; elements 1536 to 6655 are taken to be zero
- *                and are not read
+ * @param x       in, 2·FFT_MAX floats, 8-byte aligned. Of its elements the first and the last
+ *                SP_IFFT_ENDS_USED are used; those between are taken to be zero and are not read
  * @param y       out, 2·FFT_MAX floats, 8-byte aligned, must not overlap x; its first and its last
  *                `wanted` elements are what the whole transform gives, bit for bit (a zero may have
  *                the other sign); all others are overwritten with values of no meaning
- * @param wanted  1 to 256 (asserted); the fewer, the faster
+ * @param wanted  1 to SP_IFFT_ENDS_MOST_WANTED (asserted); the fewer, the faster
  */
 void sp_ifft_ends(const float* x, float* y, int wanted);
 

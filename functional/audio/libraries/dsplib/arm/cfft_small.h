@@ -1,4 +1,7 @@
-/** The complex FFT of 1 to 16 elements: written out, no tables. */
+/**
+ * The complex FFT of 1 to 16 elements: written out, no tables. For the public interface alone: a
+ * frame of the tracker transforms 2048 and 8192.
+ */
 #ifndef DSPLIB_CFFT_SMALL_H
 #define DSPLIB_CFFT_SMALL_H
 
@@ -32,13 +35,14 @@ inline void transform2(const float* x, float* y) {
 
 template <Direction D>
 inline void transform4(const float* x, float* y) {
+    constexpr int Sign = KernelSign<D>;
     constexpr float Scale = scaleOf<D>(4);
     const Element x0 = load(x, 0), x1 = load(x, 1), x2 = load(x, 2), x3 = load(x, 3);
     const Element a0 = x0 + x2, a1 = x0 - x2, b0 = x1 + x3, b1 = x1 - x3;
     store(y, 0, scaledSum<D>(a0 + b0, Scale));
-    store(y, 1, scaledSum<D>(addQuarterTurn<D>(a1, b1), Scale));
+    store(y, 1, scaledSum<D>(addTimesI<Sign>(a1, b1), Scale));
     store(y, 2, scaledSum<D>(a0 - b0, Scale));
-    store(y, 3, scaledSum<D>(subQuarterTurn<D>(a1, b1), Scale));
+    store(y, 3, scaledSum<D>(addTimesI<-Sign>(a1, b1), Scale));
 }
 
 /** The 8-point transform of every `stride`-th element from `first` on. */
@@ -70,19 +74,25 @@ inline void store16(float* y, int k, Element even, Element turned) {
     store(y, k + 8, even - turned);
 }
 
+/** z turned with the kernel by the angle whose cosine and sine are given */
+template <Direction D>
+inline Element turned(Element z, float cosine, float sine) {
+    return timesTwiddle<KernelSign<D>>(z, z, Twiddle<Element>{cosine, sine});
+}
+
 template <Direction D>
 inline void transform16(const float* x, float* y) {
     const Leaf<Element> even = transformEvery<D>(x, 0, 2, scaleOf<D>(16));
     const Leaf<Element> odd = transformEvery<D>(x, 1, 2, scaleOf<D>(16));
     const Element zero{0.0f, 0.0f};
     store16(y, 0, even.x0, odd.x0);
-    store16(y, 1, even.x1, turnedWith<D>(odd.x1, Twiddle<Element>{CosPi8, SinPi8}));
-    store16(y, 2, even.x2, turnedWith<D>(odd.x2, Twiddle<Element>{SqrtHalf, SqrtHalf}));
-    store16(y, 3, even.x3, turnedWith<D>(odd.x3, Twiddle<Element>{SinPi8, CosPi8}));
-    store16(y, 4, even.x4, addQuarterTurn<D>(zero, odd.x4));
-    store16(y, 5, even.x5, turnedWith<D>(odd.x5, Twiddle<Element>{-SinPi8, CosPi8}));
-    store16(y, 6, even.x6, turnedWith<D>(odd.x6, Twiddle<Element>{-SqrtHalf, SqrtHalf}));
-    store16(y, 7, even.x7, turnedWith<D>(odd.x7, Twiddle<Element>{-CosPi8, SinPi8}));
+    store16(y, 1, even.x1, turned<D>(odd.x1, CosPi8, SinPi8));
+    store16(y, 2, even.x2, turned<D>(odd.x2, SqrtHalf, SqrtHalf));
+    store16(y, 3, even.x3, turned<D>(odd.x3, SinPi8, CosPi8));
+    store16(y, 4, even.x4, addTimesI<KernelSign<D>>(zero, odd.x4));
+    store16(y, 5, even.x5, turned<D>(odd.x5, -SinPi8, CosPi8));
+    store16(y, 6, even.x6, turned<D>(odd.x6, -SqrtHalf, SqrtHalf));
+    store16(y, 7, even.x7, turned<D>(odd.x7, -CosPi8, SinPi8));
 }
 
 /** N = 1, 2, 4, 8 or 16. */

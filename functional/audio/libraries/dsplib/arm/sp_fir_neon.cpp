@@ -1,4 +1,9 @@
-/** The entry points of the FIR engine, and the stream filters' view of history and new samples. */
+/**
+ * The entry points of the FIR engine, and the stream filters' view of history and new samples.
+ *
+ * A frame of the tracker uses sp_fir_gen alone; stream filters and decimation are for the public
+ * interface.
+ */
 #include "sp_fir_neon.h"
 
 #include <algorithm>

@@ -23,7 +23,10 @@ int passesOf(const float* x, const float* h, float* y, int nh, int ny, int i) {
     return i;
 }
 
-/** The decimating counterpart: `outputs` windows lie `step` samples apart. */
+/**
+ * The decimating counterpart: `outputs` windows lie `step` samples apart. With a step of 1 it makes
+ * the last outputs of a block; all else is for the public interface alone.
+ */
 template <int Outputs>
 int decimatingPassesOf(const float* x, const float* h, float* y, int nh, int outputs, int step,
                        int m) {

@@ -1,6 +1,7 @@
 /**
  * The vector kernels of the FIR engine for whole blocks of outputs and few taps, in the order of
- * additions that sp_fir_neon_kernels.h states.
+ * additions that sp_fir_neon_kernels.h states. On ARM they are for the public interface alone: the
+ * tracker's filters have 24 and 32 taps.
  */
 #ifndef DSPLIB_SP_FIR_NEON_BLOCKS_H
 #define DSPLIB_SP_FIR_NEON_BLOCKS_H
@@ -51,8 +52,8 @@ template <int Taps, class Vector>
 
 /** Vectors vectors of outputs with all taps unrolled. Reads x[0 .. outputs+Taps-2]. */
 template <class Width, int Taps, int Vectors>
-[[gnu::always_inline]] inline void unrolledBlock(
-    const float* x, const Coefficients<Width, Taps>& taps, float* y) {
+[[gnu::always_inline]] inline void unrolledBlock(const float* x,
+                                                 const Coefficients<Width, Taps>& taps, float* y) {
     unrolled<Vectors>([&](auto v) SP_FIR_INLINED {
         typename Width::Type sum[4];
         unrolled<Taps>([&](auto j) SP_FIR_INLINED {

@@ -10,7 +10,10 @@ namespace sp_fir {
 /** Block filter behind sp_fir_gen: nh >= 1, ny >= 1. */
 void sp_fir_gen_(const float* x, const float* h, float* y, int nh, int ny);
 
-/** Decimating block filter behind sp_fir_gen_downsample: nh >= 1, n >= 1, step >= 1. */
+/**
+ * Decimating block filter behind sp_fir_gen_downsample: nh >= 1, n >= 1, step >= 1. For the public
+ * interface alone: a frame of the tracker filters whole blocks.
+ */
 void sp_fir_gen_downsample_(const float* x, const float* h, float* y, int nh, int n, int step);
 
 /** Block filter for any number of taps, 12 outputs a pass; nh >= 1, ny >= 0. */
