@@ -1,8 +1,6 @@
 # What a user of the libraries finds them by: find_package(voxloc) and pkg-config.
 include(CMakePackageConfigHelpers)
 
-set(VOXLOC_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/voxloc")
-
 function(voxloc_install_program target)
   # Beside its libraries wherever the installed tree is moved.
   file(RELATIVE_PATH libraries "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
@@ -67,9 +65,10 @@ function(voxloc_install_package)
   if(NOT VOXLOC_INSTALL)
     return()
   endif()
-  install(EXPORT voxlocTargets NAMESPACE voxloc:: DESTINATION ${VOXLOC_PACKAGE_DIR})
+  set(packageDir "${CMAKE_INSTALL_LIBDIR}/cmake/voxloc")
+  install(EXPORT voxlocTargets NAMESPACE voxloc:: DESTINATION ${packageDir})
   configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/voxlocConfig.cmake.in"
-    "${PROJECT_BINARY_DIR}/voxlocConfig.cmake" INSTALL_DESTINATION ${VOXLOC_PACKAGE_DIR})
+    "${PROJECT_BINARY_DIR}/voxlocConfig.cmake" INSTALL_DESTINATION ${packageDir})
   write_basic_package_version_file("${PROJECT_BINARY_DIR}/voxlocConfigVersion.cmake"
     COMPATIBILITY SameMajorVersion)
   install(FILES
@@ -77,5 +76,5 @@ function(voxloc_install_package)
     "${PROJECT_BINARY_DIR}/voxlocConfigVersion.cmake"
     "${PROJECT_SOURCE_DIR}/cmake/audunittestDiscoverTests.cmake"
     "${PROJECT_SOURCE_DIR}/cmake/audunittestAddTests.cmake"
-    DESTINATION ${VOXLOC_PACKAGE_DIR})
+    DESTINATION ${packageDir})
 endfunction()

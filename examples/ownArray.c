@@ -34,7 +34,7 @@ static const Position* microphone(uint32_t channel) {
 }
 
 int main(void) {
-    const float talker[3] = {-0.35f, 0.21f, 3.0f}; /* -20 degrees, 12 degrees up, 3 m */
+    const float talker[3] = {-0.35f, 0.18f, 3.0f}; /* -20 degrees, 10 degrees up, 3 m */
     char reason[VOXLOC_REASON_SIZE];
     VoxlocArray wrong = Desk;
     wrong.azimuthPair[1].second = 5;

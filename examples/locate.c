@@ -1,3 +1,7 @@
+/*
+ * One array, one talker: ten frames, then where the talker is. The test audio generator stands in
+ * for the microphones.
+ */
 #include <stdio.h>
 #include <voxloc/unittestGenerator.h>
 #include <voxloc/voxloc.h>

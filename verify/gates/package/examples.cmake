@@ -1,0 +1,36 @@
+# Reads the table of examples: the variable `examples` is their names, <name>_libraries what each
+# needs from pkg-config, <name>_output the expression that its output matches.
+function(read_examples folder)
+  file(GLOB programs RELATIVE "${folder}" "${folder}/*.c")
+  list(TRANSFORM programs REPLACE "\\.c$" "")
+  file(READ "${folder}/examples.txt" table)
+  foreach(name IN LISTS programs)
+    if(NOT "\n${table}" MATCHES "\n${name} ([a-z_,]+) ([^\n]+)\n")
+      message(FATAL_ERROR "${name}.c has no line in ${folder}/examples.txt")
+    endif()
+    string(REPLACE "," ";" libraries "${CMAKE_MATCH_1}")
+    set(${name}_libraries "${libraries}" PARENT_SCOPE)
+    set(${name}_output "${CMAKE_MATCH_2}" PARENT_SCOPE)
+  endforeach()
+  set(examples ${programs} PARENT_SCOPE)
+endfunction()
+
+# The target of CMake for a library's name in pkg-config.
+function(target_of_library library variable)
+  string(REGEX REPLACE "^voxloc_" "" name "${library}")
+  set(${variable} voxloc::${name} PARENT_SCOPE)
+endfunction()
+
+# Adds each example as a program on the targets of the package or of the subproject.
+macro(add_examples folder)
+  read_examples("${folder}")
+  find_package(Threads REQUIRED)
+  foreach(name IN LISTS examples)
+    add_executable(${name} "${folder}/${name}.c")
+    target_link_libraries(${name} PRIVATE Threads::Threads m)
+    foreach(library IN LISTS ${name}_libraries)
+      target_of_library(${library} target)
+      target_link_libraries(${name} PRIVATE ${target})
+    endforeach()
+  endforeach()
+endmacro()
