@@ -14,11 +14,11 @@ namespace voxloc {
 /** The first thing that is wrong with an array; without a field nothing is. */
 struct ArrayFault {
     const char* field = nullptr;
-    int index = -1;             // of a field that is an array
-    const char* member = "";    // of a pair: ".first" or ".second"
-    bool hasValue = false;      // whether the value is worth telling
+    int index = -1;           // of a field that is an array
+    const char* member = "";  // of a pair: ".first" or ".second"
+    bool hasValue = false;    // whether the value is worth telling
     double value = 0.0;
-    const char* problem = "";   // goes on after the value, or after the field
+    const char* problem = "";  // goes on after the value, or after the field
 };
 
 constexpr bool isFinite(float value) {

@@ -8,8 +8,8 @@
 namespace voxloc {
 
 /**
- * Opens the file and writes the header; a recording that is open ends first. Returns 0 when the file
- * cannot be opened, else what the last write returned.
+ * Opens the file and writes the header; a recording that is open ends first. Returns 0 when the
+ * file cannot be opened, else what the last write returned.
  */
 int startRecording(std::FILE*& recording, const char* path, std::int32_t product,
                    std::int32_t channels);
