@@ -19,21 +19,18 @@ namespace {
 constexpr float Infinity = std::numeric_limits<float>::infinity();
 constexpr float NotANumber = std::numeric_limits<float>::quiet_NaN();
 
-const std::uint32_t StaticChannel1 = FdVadChannel1;
-const std::uint32_t StaticChannel2 = FdVadChannel2;
-
-class FrequencyDomainVadTest : public testing::Test {
+class FrequencyDomainVadTest : public testing::Test, protected FrequencyDomainVad {
   protected:
-    FrequencyDomainVadTest() {
-        initializeFrequencyDomainActivityDetector();
-        setFrequencyDomainVadChannels(0, 1);
+    FrequencyDomainVadTest() : FrequencyDomainVad{} {
+        initializeFrequencyDomainActivityDetector(*this);
+        setFrequencyDomainVadChannels(*this, 0, 1);
     }
 
     // One frame; returns the voice decision.
     int detect() {
         voice = sound = 0xee;
         const std::uint32_t result =
-            detectFrequencyDomainActivity(spectra.data(), noise.data(), &voice, &sound);
+            detectFrequencyDomainActivity(*this, spectra.data(), noise.data(), &voice, &sound);
         EXPECT_EQ(result, voice);
         EXPECT_LE(voice, 1);
         EXPECT_LE(sound, 1);
@@ -57,7 +54,7 @@ class FrequencyDomainVadTest : public testing::Test {
     // Voice after seven frames of this kind since an initialise: whether T < 2·V, if the ratio is
     // high.
     bool isBurst() {
-        initializeFrequencyDomainActivityDetector();
+        initializeFrequencyDomainActivityDetector(*this);
         for (int frame = 0; frame < 6; frame++) EXPECT_EQ(detect(), 0);
         return detect() == 1;
     }
@@ -79,16 +76,16 @@ class FrequencyDomainVadTest : public testing::Test {
 };
 
 TEST(FrequencyDomainVadStatics, AreThereBeforeTheFirstInitialise) {
-    EXPECT_EQ(StaticChannel1, 1u);
-    EXPECT_EQ(StaticChannel2, 2u);
+    EXPECT_EQ(FrequencyDomainVad{}.FdVadChannel1, 1u);
+    EXPECT_EQ(FrequencyDomainVad{}.FdVadChannel2, 2u);
 }
 
 TEST_F(FrequencyDomainVadTest, InitialiseClearsTheCountersAndKeepsTheChannels) {
-    setFrequencyDomainVadChannels(6, 2);
+    setFrequencyDomainVadChannels(*this, 6, 2);
     TemporalCount = 1;
     BurstCount = 2;
     HangCount = 3;
-    initializeFrequencyDomainActivityDetector();
+    initializeFrequencyDomainActivityDetector(*this);
     EXPECT_EQ(TemporalCount, 0);
     EXPECT_EQ(BurstCount, 0);
     EXPECT_EQ(HangCount, 0);
@@ -112,10 +109,10 @@ TEST_F(FrequencyDomainVadTest, PowerIsTheMeanOfTheTwoChannels) {
     std::fill_n(four.channel(1), SpectrumFloats, 0.0f);
     four.set(3, 30, 1, -4);  // 17
     four.set(1, 30, -2, 2);  // 8: together 12.5, above 1.3 times 9.6 and below 1.3 times 9.63
-    setFrequencyDomainVadChannels(3, 1);
+    setFrequencyDomainVadChannels(*this, 3, 1);
     for (const float noisePower : {9.60f, 9.63f}) {
         setNoise(std::sqrt(noisePower));
-        detectFrequencyDomainActivity(four.data(), noise.data(), &voice, &sound);
+        detectFrequencyDomainActivity(*this, four.data(), noise.data(), &voice, &sound);
         EXPECT_EQ(sound, noisePower < 9.61f ? 1 : 0);
     }
 }
@@ -283,7 +280,7 @@ TEST_F(FrequencyDomainVadTest, VoiceComesOnInTheSeventhFrame) {
 
 TEST_F(FrequencyDomainVadTest, FirstSixFramesAreNeverVoice) {
     for (const float value : {1.0f, 1e15f, Infinity, NotANumber}) {
-        initializeFrequencyDomainActivityDetector();
+        initializeFrequencyDomainActivityDetector(*this);
         spectra.clear();
         setAmplitude(30, value);
         for (int frame = 1; frame <= 6; frame++) EXPECT_EQ(detect(), 0) << value;
@@ -436,7 +433,7 @@ TEST_F(FrequencyDomainVadTest, AgreesWithTheModelOverALongRun) {
         std::mt19937 random(seed);
         std::uniform_real_distribution<float> uniform(-1, 1);
         std::uniform_int_distribution<int> length(1, 60);
-        initializeFrequencyDomainActivityDetector();
+        initializeFrequencyDomainActivityDetector(*this);
         Model model;
         int left = 0;
         float level = 1, speechLevel = 0;

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <random>
 #include <vector>
 
@@ -20,32 +21,27 @@ namespace {
 constexpr int FirstBandBin = 12, LastBandBin = 511;
 constexpr float Infinity = std::numeric_limits<float>::infinity();
 
-// Before any test has run: what is there without an initialise.
-const std::uint32_t StaticChannel1 = NoiseLevelChannel1;
-const std::uint32_t StaticChannel2 = NoiseLevelChannel2;
-const std::int16_t StaticCountFromBoot = NoiseCountFromBoot;
-
 // Silence unless a test says otherwise: the averages are then what the test puts into them, times
 // their decay. 0.875 · 64 = 56 and 0.75 · 64 = 48 are exact.
-class NoiseLevelTest : public testing::Test {
+class NoiseLevelTest : public testing::Test, protected NoiseLevelEstimator {
   protected:
-    NoiseLevelTest() {
-        intializeNoiseLevel();
-        setNoiseLevelChannels(0, 1);
+    NoiseLevelTest() : NoiseLevelEstimator{} {
+        intializeNoiseLevel(*this);
+        setNoiseLevelChannels(*this, 0, 1);
         NoiseCountFromBoot = 0;
     }
 
     const float* calculate(unsigned freeze = 0) {
-        const float* result = calculateNoiseLevel(spectra.data(), freeze);
+        const float* result = calculateNoiseLevel(*this, spectra.data(), freeze);
         EXPECT_TRUE(spectra.floats().intact());
         return result;
     }
 
     // A slow band sum of 56 in this frame, from one bin.
-    static void setSlowSumTo56() { SlowLevel[100] = 64; }
+    void setSlowSumTo56() { SlowLevel[100] = 64; }
 
     // As if the level had been as it is now for a long time.
-    static void makeStationary() {
+    void makeStationary() {
         setSlowSumTo56();
         NoiseAmplification = 56;
     }
@@ -74,9 +70,10 @@ class NoiseLevelTest : public testing::Test {
 };
 
 TEST(NoiseLevelStatics, AreThereBeforeTheFirstInitialise) {
-    EXPECT_EQ(StaticChannel1, 1u);
-    EXPECT_EQ(StaticChannel2, 2u);
-    EXPECT_EQ(StaticCountFromBoot, 40);
+    const auto estimator = std::make_unique<NoiseLevelEstimator>();
+    EXPECT_EQ(estimator->NoiseLevelChannel1, 1u);
+    EXPECT_EQ(estimator->NoiseLevelChannel2, 2u);
+    EXPECT_EQ(estimator->NoiseCountFromBoot, 40);
 }
 
 TEST_F(NoiseLevelTest, InitialiseSetsAllStateButTheChannels) {
@@ -87,9 +84,9 @@ TEST_F(NoiseLevelTest, InitialiseSetsAllStateButTheChannels) {
     CurrentNoiseDurationLimit = 5;
     NoiseAmplification = 6;
     NoiseCountFromBoot = 7;
-    setNoiseLevelChannels(5, 3);
+    setNoiseLevelChannels(*this, 5, 3);
 
-    intializeNoiseLevel();
+    intializeNoiseLevel(*this);
 
     for (int b = 0; b < SpectrumBins; b++) {
         EXPECT_EQ(NoiseLevel[b], 0.0f);
@@ -140,8 +137,8 @@ TEST_F(NoiseLevelTest, AmplitudeIsTheMeanMagnitudeOfTheTwoChannels) {
     std::fill_n(four.channel(1), SpectrumFloats, 0.0f);
     four.set(3, 20, 3, -4);   // 5
     four.set(1, 20, -5, 12);  // 13
-    setNoiseLevelChannels(3, 1);
-    calculateNoiseLevel(four.data(), 0);
+    setNoiseLevelChannels(*this, 3, 1);
+    calculateNoiseLevel(*this, four.data(), 0);
     EXPECT_EQ(FastLevel[20], 9.0f * 0.31830987f);
     EXPECT_EQ(SlowLevel[20], 9.0f * 0.15915494f);
     EXPECT_EQ(FastLevel[19], 0.0f);
@@ -188,7 +185,7 @@ TEST_F(NoiseLevelTest, ConstantAmplitudeSettlesAtFourOverPi) {
 
 TEST_F(NoiseLevelTest, SlowSumCoversBins12To511) {
     for (const int b : {0, 11, 12, 13, 510, 511, 512, 2048}) {
-        intializeNoiseLevel();
+        intializeNoiseLevel(*this);
         SlowLevel[b] = 64;
         calculate();
         EXPECT_EQ(NoiseAmplification, b < FirstBandBin || b > LastBandBin ? 0.0f : 56.0f) << b;
@@ -203,7 +200,7 @@ TEST_F(NoiseLevelTest, SlowSumCountsEachBinOnce) {
 
 TEST_F(NoiseLevelTest, FastSumCoversBins12To511) {
     for (const int b : {0, 11, 12, 13, 510, 511, 512, 2048}) {
-        intializeNoiseLevel();
+        intializeNoiseLevel(*this);
         makeStationary();
         NoiseLevel[100] = 1;
         FastLevel[b] = 4;  // 3 after the decay: 9.5 dB
@@ -214,7 +211,7 @@ TEST_F(NoiseLevelTest, FastSumCoversBins12To511) {
 
 TEST_F(NoiseLevelTest, EstimateSumCoversBins12To511) {
     for (const int b : {0, 11, 12, 13, 510, 511, 512, 2048}) {
-        intializeNoiseLevel();
+        intializeNoiseLevel(*this);
         NoiseCountFromBoot = 0;
         setSlowSumTo56();
         NoiseLevel[b] = 57;
@@ -236,7 +233,7 @@ TEST_F(NoiseLevelTest, SumsAreOfTheUpdatedAveragesAndOfTheEstimateBeforeItsUpdat
 // --- Start-up
 
 TEST_F(NoiseLevelTest, StartUpAdaptsFastFor39FramesAndCountsDownToZero) {
-    intializeNoiseLevel();
+    intializeNoiseLevel(*this);
     for (int frame = 1; frame <= 45; frame++) {
         setSlowSumTo56();
         NoiseAmplification = 0;  // never stationary
@@ -253,7 +250,7 @@ TEST_F(NoiseLevelTest, SilentFrameRestartsTheStartUp) {
 }
 
 TEST_F(NoiseLevelTest, SilentInputKeepsTheStartUpGoing) {
-    intializeNoiseLevel();
+    intializeNoiseLevel(*this);
     for (int frame = 0; frame < 100; frame++) {
         EXPECT_TRUE(adaptsFast());
         EXPECT_EQ(NoiseCountFromBoot, 40);
@@ -272,7 +269,7 @@ TEST_F(NoiseLevelTest, SilenceIsASlowSumOfUpTo1e34th) {
 // --- Stationarity
 
 TEST_F(NoiseLevelTest, FirstFrameRemembersTheLevelAndIsNotStationary) {
-    intializeNoiseLevel();
+    intializeNoiseLevel(*this);
     NoiseDetectionCounter = 5;
     setSlowSumTo56();
     calculate();
@@ -443,7 +440,7 @@ TEST_F(NoiseLevelTest, StaysAsItIsAtTheLevel) {
 }
 
 TEST_F(NoiseLevelTest, DropOfTheRoomLevelIsFollowedAtOnce) {
-    intializeNoiseLevel();
+    intializeNoiseLevel(*this);
     spectra.fill(100);
     for (int frame = 0; frame < 200; frame++) calculate();
     const float before = NoiseLevel[100];
@@ -573,7 +570,7 @@ TEST_F(NoiseLevelTest, AgreesWithTheModelOverALongRun) {
     Model total;
     for (const unsigned seed : {1u, 2u, 3u, 4u}) {
         SCOPED_TRACE(seed);
-        intializeNoiseLevel();
+        intializeNoiseLevel(*this);
         Model model;
         Room room(seed);
         for (int frame = 0; frame < 400; frame++) {
@@ -621,7 +618,7 @@ TEST_F(NoiseLevelTest, AgreesWithTheModelOverALongRun) {
 TEST_F(NoiseLevelTest, InitialiseAndTheSameInputGiveTheSameBits) {
     std::vector<float> first;
     for (int run = 0; run < 2; run++) {
-        intializeNoiseLevel();
+        intializeNoiseLevel(*this);
         Room room(9);
         for (int frame = 0; frame < 60; frame++) {
             room.nextFrame(&spectra);

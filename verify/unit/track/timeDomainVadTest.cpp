@@ -75,16 +75,6 @@ class History {
     std::vector<float> samples_ = std::vector<float>(3 * Frame);
 };
 
-// 32 + 24 + 32 products and sums at half an epsilon of the terms each is the most that can be.
-void expectEnvelope(const std::vector<Bounded>& expected) {
-    ASSERT_EQ(expected.size(), Frame);
-    for (std::size_t i = 0; i < Frame; i++) {
-        const double error = std::fabs(wide(EnvelopeOutput[i]) - expected[i].value);
-        ASSERT_TRUE(error <= 88 * Epsilon * expected[i].magnitude)
-            << "sample " << i << ": " << EnvelopeOutput[i] << ", expected " << expected[i].value;
-    }
-}
-
 // The tracker and the decision as plain loops over an envelope.
 struct Tracker {
     float median = 0, step = 1e-12f;
@@ -114,22 +104,33 @@ struct Tracker {
     }
 };
 
-class TimeDomainVadTest : public testing::Test {
+class TimeDomainVadTest : public testing::Test, protected TimeDomainVad {
   protected:
-    TimeDomainVadTest() {
-        setTimeDomainVadChannel(0, 0);
-        initializeTimeDomainActivityDetector();
+    TimeDomainVadTest() : TimeDomainVad{} {
+        setTimeDomainVadChannel(*this, 0, 0);
+        initializeTimeDomainActivityDetector(*this);
     }
 
     // One frame of the module; `frame` is left behind as the test set it.
     int detect() {
         std::uint8_t result = 0xee;
         const std::vector<float> before = frame.content();
-        detectTimeDomainActivity(frame.data(), &result);
+        detectTimeDomainActivity(*this, frame.data(), &result);
         EXPECT_TRUE(frame.intact());
         EXPECT_EQ(firstDifference(frame.data(), before.data(), before.size()), before.size());
         EXPECT_LE(result, 1);
         return result;
+    }
+
+    // 32 + 24 + 32 products and sums at half an epsilon of the terms each is the most that can be.
+    void expectEnvelope(const std::vector<Bounded>& expected) {
+        ASSERT_EQ(expected.size(), Frame);
+        for (std::size_t i = 0; i < Frame; i++) {
+            const double error = std::fabs(wide(EnvelopeOutput[i]) - expected[i].value);
+            ASSERT_TRUE(error <= 88 * Epsilon * expected[i].magnitude)
+                << "sample " << i << ": " << EnvelopeOutput[i] << ", expected "
+                << expected[i].value;
+        }
     }
 
     int detectSilence() {
@@ -156,9 +157,9 @@ TEST_F(TimeDomainVadTest, InitialiseSetsAllState) {
     std::fill_n(AudioData, HistorySamples, 1.0f);
     PreviousResult = false;
     CurrentMedianFilterDifference = 5;
-    setTimeDomainVadChannel(3, 0);
+    setTimeDomainVadChannel(*this, 3, 0);
 
-    initializeTimeDomainActivityDetector();
+    initializeTimeDomainActivityDetector(*this);
 
     EXPECT_EQ(std::count(EnvelopeOutput, EnvelopeOutput + EnvelopeSamples, 0.0f), EnvelopeSamples);
     EXPECT_EQ(std::count(MedianOutput, MedianOutput + FRAME_SAMPLES, 0.0f), FRAME_SAMPLES);
@@ -170,9 +171,9 @@ TEST_F(TimeDomainVadTest, InitialiseSetsAllState) {
 }
 
 TEST_F(TimeDomainVadTest, SecondChannelArgumentIsIgnored) {
-    setTimeDomainVadChannel(5, 7);
+    setTimeDomainVadChannel(*this, 5, 7);
     EXPECT_EQ(ChannelOffset, 10240u);
-    setTimeDomainVadChannel(5, 0);
+    setTimeDomainVadChannel(*this, 5, 0);
     EXPECT_EQ(ChannelOffset, 10240u);
 }
 
@@ -201,7 +202,7 @@ TEST_F(TimeDomainVadTest, ClickAnywhereGivesTheResponseOfTheThreeFilters) {
     // At the edges of what the frame's envelope hears, and inside; heard in the frame after it.
     for (const std::size_t at : {0u, 1u, 42u, 43u, 44u, 1000u, 2004u, 2005u, 2006u, 2007u, 2047u}) {
         SCOPED_TRACE(at);
-        initializeTimeDomainActivityDetector();
+        initializeTimeDomainActivityDetector(*this);
         History history;
         for (int later = 0; later < 4; later++) {
             SCOPED_TRACE(later);
@@ -227,7 +228,7 @@ TEST_F(TimeDomainVadTest, ClickIsHeardOneFrameLate) {
 TEST_F(TimeDomainVadTest, FirstSampleHeardIs43BeforeTheFrame) {
     // The filters' zero first taps hide two more; the third one's tail is all of E[0].
     for (const std::size_t at : {2006u, 2007u}) {
-        initializeTimeDomainActivityDetector();
+        initializeTimeDomainActivityDetector(*this);
         std::fill(frame.begin(), frame.end(), 0.0f);
         frame[at] = 1;
         detect();
@@ -263,7 +264,7 @@ TEST_F(TimeDomainVadTest, ConstantAndHighestFrequencyAreFilteredOut) {
     }
     for (const float tap : HighPass) high += wide(tap);
     for (const bool alternating : {false, true}) {
-        initializeTimeDomainActivityDetector();
+        initializeTimeDomainActivityDetector(*this);
         for (std::size_t i = 0; i < Frame; i++) frame[i] = alternating && i % 2 == 1 ? -1 : 1;
         for (int i = 0; i < 3; i++) detect();
         const double limit = alternating ? 5 * std::fabs(low) : 2 * std::fabs(high);
@@ -277,9 +278,9 @@ TEST_F(TimeDomainVadTest, ConstantAndHighestFrequencyAreFilteredOut) {
 TEST_F(TimeDomainVadTest, HearsOneChannelOfTheFrame) {
     GuardedFloats four(std::vector<float>(4 * Frame, 1000.0f));
     for (std::size_t i = 0; i < Frame; i++) four[2 * Frame + i] = static_cast<float>(i);
-    setTimeDomainVadChannel(2, 0);
+    setTimeDomainVadChannel(*this, 2, 0);
     std::uint8_t result = 0;
-    detectTimeDomainActivity(four.data(), &result);
+    detectTimeDomainActivity(*this, four.data(), &result);
     for (std::size_t i = 0; i < Frame; i++)
         ASSERT_EQ(AudioData[2 * Frame + i], static_cast<float>(i));
 }
@@ -289,10 +290,10 @@ TEST_F(TimeDomainVadTest, ChangeOfChannelKeepsTheHistory) {
     std::fill(two.begin(), two.begin() + Frame, 1.0f);
     std::fill(two.begin() + Frame, two.end(), 2.0f);
     std::uint8_t result = 0;
-    for (int i = 0; i < 3; i++) detectTimeDomainActivity(two.data(), &result);
-    setTimeDomainVadChannel(1, 0);
+    for (int i = 0; i < 3; i++) detectTimeDomainActivity(*this, two.data(), &result);
+    setTimeDomainVadChannel(*this, 1, 0);
     for (std::size_t newFrames = 1; newFrames <= 3; newFrames++) {
-        detectTimeDomainActivity(two.data(), &result);
+        detectTimeDomainActivity(*this, two.data(), &result);
         for (std::size_t block = 0; block < 3; block++) {
             EXPECT_EQ(AudioData[block * Frame], block + newFrames >= 3 ? 2.0f : 1.0f);
             EXPECT_EQ(AudioData[block * Frame + Frame - 1], block + newFrames >= 3 ? 2.0f : 1.0f);
@@ -458,7 +459,7 @@ TEST_F(TimeDomainVadTest, AgreesWithThePlainLoopsOverALongRun) {
         std::mt19937 random(seed);
         std::normal_distribution<float> noise(0, 1);
         std::uniform_int_distribution<std::size_t> anySample(0, Frame - 1);
-        initializeTimeDomainActivityDetector();
+        initializeTimeDomainActivityDetector(*this);
         History history;
         Tracker tracker;
         int before = 1;

@@ -10,7 +10,6 @@
 #include <string>
 #include <vector>
 
-#include "track/voxlocState.h"
 #include "trackSupport.h"
 
 // Names of the linker's --wrap: the detector calls __wrap_calloc, __real_calloc is the platform's.
@@ -40,9 +39,6 @@ constexpr int FirstUltraSoundBin = 1728, LastUltraSoundBin = 1844;
 constexpr int FirstNeighborBin = 1536, LastNeighborBin = 1705;
 constexpr unsigned Channels = 5;
 
-const float StaticLevel_dB = MaxUltraSoundLevel_dB;
-const float StaticLastLevel_dB = LastMaxUltraSoundLevel_dB;
-
 float decibels(float power) {
     return static_cast<float>(10 * std::log10(wide(power)) - 60.75550079345703);
 }
@@ -61,17 +57,16 @@ float exactPowerOf(float level) {
     return power;
 }
 
-class UltraSoundTest : public testing::Test {
+class UltraSoundTest : public testing::Test, protected UltraSoundDetector {
   protected:
-    UltraSoundTest() {
-        NumberOfChannels = Channels;
-        initializeUltraSoundDistortionDetector();
+    UltraSoundTest() : UltraSoundDetector{} {
+        initializeUltraSoundDistortionDetector(*this, Channels);
     }
-    ~UltraSoundTest() override { destroyUltraSoundDistortionDetector(); }
+    ~UltraSoundTest() override { destroyUltraSoundDistortionDetector(*this); }
 
     int detect() {
         std::uint8_t distorted = 0xee;
-        detectUltraSoundDistortion(spectra.data(), &distorted);
+        detectUltraSoundDistortion(*this, Log{}, spectra.data(), &distorted);
         EXPECT_TRUE(spectra.floats().intact());
         EXPECT_LE(distorted, 1);
         return distorted;
@@ -111,18 +106,18 @@ class UltraSoundTest : public testing::Test {
 };
 
 TEST(UltraSoundStatics, AreThereBeforeTheFirstInitialise) {
-    EXPECT_EQ(StaticLevel_dB, -100.0f);
-    EXPECT_EQ(StaticLastLevel_dB, -100.0f);
+    EXPECT_EQ(UltraSoundDetector{}.MaxUltraSoundLevel_dB, -100.0f);
+    EXPECT_EQ(UltraSoundDetector{}.LastMaxUltraSoundLevel_dB, -100.0f);
 }
 
 TEST_F(UltraSoundTest, InitialiseSetsAllState) {
-    destroyUltraSoundDistortionDetector();
+    destroyUltraSoundDistortionDetector(*this);
     TimeSmoothingFactor = 1;
     AccCount = 5;
     WarningIssued = true;
     MaxUltraSoundLevel_dB = 1;
     LastMaxUltraSoundLevel_dB = 2;
-    initializeUltraSoundDistortionDetector();
+    initializeUltraSoundDistortionDetector(*this, Channels);
     for (unsigned c = 0; c < Channels; c++) {
         EXPECT_EQ(bitsOf(UltraSoundLevel[c]), 0u);
         EXPECT_EQ(bitsOf(NeighborBandLevel[c]), 0u);
@@ -138,8 +133,8 @@ TEST_F(UltraSoundTest, BandsReachFrom1728To1844AndFrom1536To1705) {
     for (const int bin :
          {0, 1535, 1536, 1537, 1704, 1705, 1706, 1727, 1728, 1729, 1843, 1844, 1845, 2048}) {
         SCOPED_TRACE(bin);
-        destroyUltraSoundDistortionDetector();
-        initializeUltraSoundDistortionDetector();
+        destroyUltraSoundDistortionDetector(*this);
+        initializeUltraSoundDistortionDetector(*this, Channels);
         spectra.clear();
         spectra.set(2, bin, 3, -4);
         detect();
@@ -180,7 +175,7 @@ TEST_F(UltraSoundTest, EvaluatesOnEvery20thFrame) {
     for (int frame = 1; frame <= 45; frame++) {
         detect();
         EXPECT_EQ(AccCount, frame % 20);
-        EXPECT_EQ(voxloc_getUltraSoundLevel() == -100.0f, frame < 20) << frame;
+        EXPECT_EQ(MaxUltraSoundLevel_dB == -100.0f, frame < 20) << frame;
     }
 }
 
@@ -188,7 +183,7 @@ TEST_F(UltraSoundTest, OnlyTheCountOf20Evaluates) {
     AccCount = 20;
     detect();
     EXPECT_EQ(AccCount, 21);
-    EXPECT_EQ(voxloc_getUltraSoundLevel(), -100.0f);
+    EXPECT_EQ(MaxUltraSoundLevel_dB, -100.0f);
 }
 
 TEST_F(UltraSoundTest, EvaluationStartsTheSmoothingFromZero) {
@@ -203,10 +198,9 @@ TEST_F(UltraSoundTest, EvaluationStartsTheSmoothingFromZero) {
 TEST_F(UltraSoundTest, LevelIsTheSmoothedBandPowerInDecibels) {
     // Exact powers as levels: 10·log10(p) less 60.7555.
     evaluate(1, 0);
-    EXPECT_EQ(voxloc_getUltraSoundLevel(), -60.7555f);
+    EXPECT_EQ(MaxUltraSoundLevel_dB, -60.7555f);
     evaluate(1024, 0);
-    EXPECT_EQ(voxloc_getUltraSoundLevel(),
-              static_cast<float>(30.102999566398120 - 60.75550079345703));
+    EXPECT_EQ(MaxUltraSoundLevel_dB, static_cast<float>(30.102999566398120 - 60.75550079345703));
 }
 
 TEST_F(UltraSoundTest, SilenceHasALevelOfMinusInfinityAndNoLog) {
@@ -214,14 +208,14 @@ TEST_F(UltraSoundTest, SilenceHasALevelOfMinusInfinityAndNoLog) {
         for (int frame = 1; frame <= 20; frame++) EXPECT_EQ(detect(), 0);
     });
     EXPECT_EQ(log, "");
-    EXPECT_EQ(voxloc_getUltraSoundLevel(), -Infinity);
+    EXPECT_EQ(MaxUltraSoundLevel_dB, -Infinity);
     EXPECT_EQ(LastMaxUltraSoundLevel_dB, -Infinity);
 }
 
 TEST_F(UltraSoundTest, LoudestChannelCounts) {
     UltraSoundLevel[1] = 100;
     EXPECT_NE(logOfEvaluation(1e5f, 10, 3).find("channel: 3 "), std::string::npos);
-    EXPECT_EQ(voxloc_getUltraSoundLevel(), decibels(1e5f));
+    EXPECT_EQ(MaxUltraSoundLevel_dB, decibels(1e5f));
 }
 
 TEST_F(UltraSoundTest, EqualLevelsKeepTheLowerChannel) {
@@ -247,30 +241,30 @@ TEST_F(UltraSoundTest, StrictlyLouderChannelWins) {
 
 TEST_F(UltraSoundTest, LevelThatStandsOutReplacesTheKeptOne) {
     evaluate(exactPowerOf(-40), exactPowerOf(-60));
-    EXPECT_EQ(voxloc_getUltraSoundLevel(), -40.0f);
+    EXPECT_EQ(MaxUltraSoundLevel_dB, -40.0f);
     EXPECT_EQ(LastMaxUltraSoundLevel_dB, -40.0f);
     evaluate(exactPowerOf(-45), exactPowerOf(-70));
-    EXPECT_EQ(voxloc_getUltraSoundLevel(), -45.0f);
+    EXPECT_EQ(MaxUltraSoundLevel_dB, -45.0f);
 }
 
 TEST_F(UltraSoundTest, LevelLessThan15DecibelsAboveItsNeighbourIsNotKept) {
     LastMaxUltraSoundLevel_dB = -77;
     const float neighbor = exactPowerOf(-55);
     evaluate(exactPowerOf(-40), neighbor);
-    EXPECT_EQ(voxloc_getUltraSoundLevel(), -40.0f);
+    EXPECT_EQ(MaxUltraSoundLevel_dB, -40.0f);
     LastMaxUltraSoundLevel_dB = -77;
     evaluate(powerOf(previous(-40)), neighbor);
-    EXPECT_EQ(voxloc_getUltraSoundLevel(), -77.0f);
+    EXPECT_EQ(MaxUltraSoundLevel_dB, -77.0f);
     EXPECT_EQ(LastMaxUltraSoundLevel_dB, -77.0f);
 }
 
 TEST_F(UltraSoundTest, LevelOfUpToMinus60IsAlwaysKept) {
     LastMaxUltraSoundLevel_dB = -77;
     evaluate(exactPowerOf(-60), exactPowerOf(-60));
-    EXPECT_EQ(voxloc_getUltraSoundLevel(), -60.0f);
+    EXPECT_EQ(MaxUltraSoundLevel_dB, -60.0f);
     LastMaxUltraSoundLevel_dB = -77;
     evaluate(powerOf(next(-60)), exactPowerOf(-60));
-    EXPECT_EQ(voxloc_getUltraSoundLevel(), -77.0f);
+    EXPECT_EQ(MaxUltraSoundLevel_dB, -77.0f);
 }
 
 TEST_F(UltraSoundTest, BroadbandSoundNeitherWarnsNorIsKept) {
@@ -279,7 +273,7 @@ TEST_F(UltraSoundTest, BroadbandSoundNeitherWarnsNorIsKept) {
         for (int frame = 1; frame <= 60; frame++) EXPECT_EQ(detect(), 0);
     });
     EXPECT_EQ(log, "");
-    EXPECT_EQ(voxloc_getUltraSoundLevel(), -100.0f);
+    EXPECT_EQ(MaxUltraSoundLevel_dB, -100.0f);
 }
 
 // --- Warning
@@ -295,7 +289,7 @@ TEST_F(UltraSoundTest, DistortedIsALevelAboveMinus25) {
 TEST_F(UltraSoundTest, DistortedStandsMoreThan15DecibelsAboveItsNeighbour) {
     const float neighbor = exactPowerOf(-35);
     EXPECT_EQ(logOfEvaluation(exactPowerOf(-20), neighbor), "");
-    EXPECT_EQ(voxloc_getUltraSoundLevel(), -20.0f);  // 15 is enough to be kept
+    EXPECT_EQ(MaxUltraSoundLevel_dB, -20.0f);  // 15 is enough to be kept
     EXPECT_NE(logOfEvaluation(powerOf(next(-20)), neighbor), "");
 }
 
@@ -394,8 +388,7 @@ TEST_F(UltraSoundTest, AgreesWithAModelOverALongRun) {
             distortedFrames += distorted;
             // Sums of up to 170 positive terms and 20 frames of smoothing: at most 110 epsilon of
             // the power, 4.34 times that in dB, and the rounding of a float of up to 128.
-            ASSERT_TRUE(std::fabs(wide(voxloc_getUltraSoundLevel()) - U) <=
-                        (110 * 4.35 + 64) * Epsilon)
+            ASSERT_TRUE(std::fabs(wide(MaxUltraSoundLevel_dB) - U) <= (110 * 4.35 + 64) * Epsilon)
                 << frame;
             std::fill(ultraSound.begin(), ultraSound.end(), 0.0);
             std::fill(neighbor.begin(), neighbor.end(), 0.0);
@@ -408,18 +401,18 @@ TEST_F(UltraSoundTest, AgreesWithAModelOverALongRun) {
 // --- Memory
 
 TEST(UltraSoundDeathTest, EachAllocationIsAsserted) {
-    NumberOfChannels = 3;
+    UltraSoundDetector detector{};
     EXPECT_DEATH(
         {
             callsUntilFailure = 0;
-            initializeUltraSoundDistortionDetector();
+            initializeUltraSoundDistortionDetector(detector, 3);
         },
         "functional/audio/voxloc/cmod/track/UltraSoundDistortionDetection:38: "
         "initializeUltraSoundDistortionDetector: Assertion `UltraSoundLevel' failed");
     EXPECT_DEATH(
         {
             callsUntilFailure = 1;
-            initializeUltraSoundDistortionDetector();
+            initializeUltraSoundDistortionDetector(detector, 3);
         },
         "functional/audio/voxloc/cmod/track/UltraSoundDistortionDetection:39: "
         "initializeUltraSoundDistortionDetector: Assertion `NeighborBandLevel' failed");

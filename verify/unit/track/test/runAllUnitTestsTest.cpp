@@ -6,7 +6,7 @@
 #include "stubTests.h"
 #include "track/test/testSupport.h"
 #include "track/test/tests.h"
-#include "track/voxlocState.h"
+#include "track/tracker.h"
 #include "unit/track/trackSupport.h"
 
 namespace {
@@ -64,8 +64,8 @@ TEST_F(RunAllUnitTestsTest, AddsUpTheErrorsOfEveryTest) {
 TEST_F(RunAllUnitTestsTest, LeavesTheModuleInitialisedForTheFirstProduct) {
     run();
     EXPECT_TRUE(voxloc_tests::IsInitialized);
-    EXPECT_TRUE(voxloc::IsTransducersInitialized);
-    EXPECT_EQ(voxloc::ProductType, PRODUCT_ASTER);
+    EXPECT_TRUE(voxloc::moduleTracker().IsTransducersInitialized);
+    EXPECT_EQ(voxloc::moduleTracker().ProductType, PRODUCT_ASTER);
     EXPECT_NE(voxloc_tests::AudioData, nullptr);
 }
 
