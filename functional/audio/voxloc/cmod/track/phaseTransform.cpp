@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "dsplib/cfft_pow2_conjpair_splitrad_c89_neon.h"
 #include "dsplib/simd/simdLanes.h"
 #include "voxlocParts.h"
 

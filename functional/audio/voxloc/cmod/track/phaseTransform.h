@@ -5,16 +5,17 @@
 #ifndef VOXLOC_PHASE_TRANSFORM_H
 #define VOXLOC_PHASE_TRANSFORM_H
 
+#include "dsplib/cfft_pow2_conjpair_splitrad_c89_neon.h"
 #include "grids.h"
 #include "pairGeometry.h"
 
 namespace voxloc {
 
 /** Up to that many lags at either end a correlation costs half: 0.928 m of path. */
-constexpr int NearLags = 2 * 256;  // two lags an element of the transform
+constexpr int NearLags = 2 * SP_IFFT_ENDS_MOST_WANTED;  // two lags an element
 
 /** The highest bin count that a pair may use, so that the upsampled spectrum is mostly zero. */
-constexpr int MaxBinsInUse = 1536;
+constexpr int MaxBinsInUse = SP_IFFT_ENDS_USED;
 static_assert(HighestBin + 2 <= MaxBinsInUse, "pairs use more bins than the transform takes");
 
 /**
