@@ -1,6 +1,6 @@
 /** A console object that remembers what was printed on it. */
-#ifndef VERIFY_SUPPORT_CAPTURED_CONSOLE_H
-#define VERIFY_SUPPORT_CAPTURED_CONSOLE_H
+#ifndef VERIFY_KIT_CAPTURED_CONSOLE_H
+#define VERIFY_KIT_CAPTURED_CONSOLE_H
 
 #include <array>
 #include <cstdarg>

@@ -2,8 +2,8 @@
  * The platform calls that the harness depends on, under a test's control. A program that links this
  * is linked with --wrap for each of them; outside a test's script the real ones answer.
  */
-#ifndef VERIFY_SUPPORT_FAKE_PLATFORM_H
-#define VERIFY_SUPPORT_FAKE_PLATFORM_H
+#ifndef VERIFY_KIT_FAKE_PLATFORM_H
+#define VERIFY_KIT_FAKE_PLATFORM_H
 
 #include <ctime>
 #include <vector>

@@ -1,6 +1,6 @@
 /** What a process that aborts may print: the patterns of the death tests. */
-#ifndef VERIFY_SUPPORT_LAST_WORDS_H
-#define VERIFY_SUPPORT_LAST_WORDS_H
+#ifndef VERIFY_KIT_LAST_WORDS_H
+#define VERIFY_KIT_LAST_WORDS_H
 
 #include <string>
 

@@ -1,42 +1,15 @@
 #include "program.h"
 
-#include <regex.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
-#include <cstdio>
-#include <cstdlib>
 #include <iterator>
+#include <regex>
 #include <stdexcept>
 
 #include "programUnderTest.h"  // generated: the emulator, if there is one, and the path
 
 namespace {
-
-class TemporaryFile {
-  public:
-    TemporaryFile() : file_(std::tmpfile()) {
-        if (file_ == nullptr) throw std::runtime_error("tmpfile failed");
-    }
-    ~TemporaryFile() { std::fclose(file_); }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    int descriptor() const { return fileno(file_); }
-
-    std::string text() const {
-        std::rewind(file_);
-        std::string result;
-        for (int c = std::fgetc(file_); c != EOF; c = std::fgetc(file_)) {
-            result += static_cast<char>(c);
-        }
-        return result;
-    }
-
-  private:
-    std::FILE* file_;
-};
 
 pid_t start(const std::vector<std::string>& arguments, int standardOutput, int standardError) {
     std::vector<char*> argv;
@@ -61,17 +34,6 @@ int waitFor(pid_t child) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
-// Until the last writer is gone, which a terminal reports as an error.
-std::string readToEnd(int terminal) {
-    std::string text;
-    std::array<char, 4096> buffer{};
-    ssize_t count = 0;
-    while ((count = read(terminal, buffer.data(), buffer.size())) > 0) {
-        text.append(buffer.data(), static_cast<size_t>(count));
-    }
-    return text;
-}
-
 }  // namespace
 
 std::string programPath() {
@@ -79,33 +41,20 @@ std::string programPath() {
 }
 
 ProgramOutcome runProgram(const std::vector<std::string>& arguments, Output standardError) {
-    const TemporaryFile output;
+    const UnnamedFile output;
     if (standardError == Output::file) {
-        const TemporaryFile error;
+        const UnnamedFile error;
         const int status = waitFor(start(arguments, output.descriptor(), error.descriptor()));
         return {status, output.text(), error.text()};
     }
     const PseudoTerminal terminal = openPseudoTerminal();
     const pid_t child = start(arguments, output.descriptor(), terminal.slave);
     close(terminal.slave);
-    const std::string text = readToEnd(terminal.master);
+    const std::string text = readTerminal(terminal.master);
     close(terminal.master);
     return {waitFor(child), output.text(), text};
 }
 
 std::string withoutTimes(const std::string& text) {
-    regex_t duration;
-    if (regcomp(&duration, "\\[[0-9]+\\.[0-9]{3} (ms|s)\\]", REG_EXTENDED) != 0) {
-        throw std::runtime_error("regcomp failed");
-    }
-    std::string result;
-    const char* rest = text.c_str();
-    std::array<regmatch_t, 2> match{};  // the whole and the unit
-    while (regexec(&duration, rest, match.size(), match.data(), 0) == 0) {
-        result.append(rest, rest + match[0].rm_so);
-        result += "[T " + std::string(rest + match[1].rm_so, rest + match[1].rm_eo) + "]";
-        rest += match[0].rm_eo;
-    }
-    regfree(&duration);
-    return result + rest;
+    return std::regex_replace(text, std::regex("\\[\\d+\\.\\d{3} (ms|s)\\]"), "[T $1]");
 }

@@ -1,6 +1,6 @@
 /** Runs the program under test as a user would, and says what came out of it. */
-#ifndef VERIFY_SUPPORT_PROGRAM_H
-#define VERIFY_SUPPORT_PROGRAM_H
+#ifndef VERIFY_KIT_PROGRAM_H
+#define VERIFY_KIT_PROGRAM_H
 
 #include <string>
 #include <vector>

@@ -1,6 +1,6 @@
 /** A test that compares what a program prints, byte for byte, on a file and on a terminal. */
-#ifndef VERIFY_PROGRAM_GOLDEN_TEXT_H
-#define VERIFY_PROGRAM_GOLDEN_TEXT_H
+#ifndef VERIFY_GATES_PROGRAMS_GOLDEN_TEXT_H
+#define VERIFY_GATES_PROGRAMS_GOLDEN_TEXT_H
 
 #include <gtest/gtest.h>
 
@@ -11,6 +11,10 @@
 
 class GoldenText : public ::testing::TestWithParam<Output> {
   protected:
+    void SetUp() override {
+        if (GetParam() == Output::terminal) SKIP_WITHOUT_PSEUDO_TERMINAL();
+    }
+
     static std::string red(const std::string& text) { return coloured("\033[31m", text); }
     static std::string green(const std::string& text) { return coloured("\033[32m", text); }
     static std::string yellow(const std::string& text) { return coloured("\033[33m", text); }
@@ -45,12 +49,10 @@ class GoldenText : public ::testing::TestWithParam<Output> {
     }
 };
 
-inline std::string outputName(const ::testing::TestParamInfo<Output>& info) {
-    return info.param == Output::file ? "OnAFile" : "OnATerminal";
-}
-
-#define INSTANTIATE_GOLDEN_TEXT(suite)                                                         \
-    INSTANTIATE_TEST_SUITE_P(Output, suite, ::testing::Values(Output::file, Output::terminal), \
-                             outputName)
+#define INSTANTIATE_GOLDEN_TEXT(suite)                                                            \
+    INSTANTIATE_TEST_SUITE_P(Output, suite, ::testing::Values(Output::file, Output::terminal),    \
+                             [](const auto& output) {                                             \
+                                 return output.param == Output::file ? "OnAFile" : "OnATerminal"; \
+                             })
 
 #endif

@@ -25,10 +25,8 @@ class Checks : public HarnessTest {
             EXPECT_EQ(output(), shouldPass ? ""
                                            : "\nFailed: " + file + ":" + std::to_string(line) +
                                                  " in a_test: " + report + "\n");
-            EXPECT_EQ(audunittest_num_assertions(), 1u);
-            EXPECT_EQ(audunittest_num_failed(), shouldPass ? 0u : 1u);
+            expectCounts(1, shouldPass ? 0 : 1);
             audunittest_reset();
-            console_.text.clear();
         }
         EXPECT_GT(cases, 40);
     }

@@ -1,6 +1,6 @@
-/** The harness with an empty test list of its own, its output captured, its state put back. */
-#ifndef VERIFY_PLATFORM_AUDIO_AUDTEST_HARNESS_FIXTURE_H
-#define VERIFY_PLATFORM_AUDIO_AUDTEST_HARNESS_FIXTURE_H
+/** The harness with a test list, output and clock of the test's own; its state is put back. */
+#ifndef VERIFY_UNIT_AUDTEST_HARNESS_FIXTURE_H
+#define VERIFY_UNIT_AUDTEST_HARNESS_FIXTURE_H
 
 #include <gtest/gtest.h>
 
@@ -20,6 +20,8 @@ class HarnessTest : public ::testing::Test {
     void SetUp() override {
         ASSERT_EQ(audunittest::tests, nullptr);
         current_console = &console_.operations;
+        // The time stands still: every duration is zero.
+        fakeClock::script(std::vector<fakeClock::Reading>(100, {0, 0}));
     }
 
     void TearDown() override {
@@ -32,18 +34,13 @@ class HarnessTest : public ::testing::Test {
         }
     }
 
-    /** The time stands still: every duration is zero. */
-    static void stopTheClock() { fakeClock::script(std::vector<fakeClock::Reading>(100, {0, 0})); }
+    /** What was printed since the last call. */
+    std::string output() { return std::exchange(console_.text, ""); }
 
-    static std::vector<std::string> registeredNames() {
-        std::vector<std::string> names;
-        for (auto* entry = audunittest::tests; entry != nullptr; entry = entry->next) {
-            names.emplace_back(entry->name);
-        }
-        return names;
+    void expectCounts(uint32_t assertions, uint32_t failed) {
+        EXPECT_EQ(audunittest_num_assertions(), assertions);
+        EXPECT_EQ(audunittest_num_failed(), failed);
     }
-
-    const std::string& output() const { return console_.text; }
 
     CapturedConsole console_;
 };
@@ -54,8 +51,8 @@ inline void passOnce() {
     audunittest_succeed_test("file", 1);
 }
 inline void passTwice() {
-    audunittest_succeed_test("file", 1);
-    audunittest_succeed_test("file", 2);
+    passOnce();
+    passOnce();
 }
 inline void failOnce() {
     audunittest_fail_test("file", 6);
@@ -64,12 +61,32 @@ inline void failTwice() {
     audunittest_fail_equals_uint("file", 6, 0, 3, "!=");
     audunittest_fail_test("file", 7);
 }
+/** 0 in a counter of eight bits. */
+inline void fail256Times() {
+    for (int i = 0; i < 256; i++) failOnce();
+}
 inline void assertNothing() {}
 }  // namespace body
+
+/** What the harness prints where the time stands still. */
+inline std::string success(const std::string& name) {
+    return "Running " + name + "... Success [0.000 ms]\n";
+}
+inline std::string twoFailures(const std::string& name) {
+    return "Running " + name + "...\nFailed: file:6 in " + name + ": 0 != 3\n\nFailed: file:7 in " +
+           name + "\n [0.000 ms]\n";
+}
+inline std::string summary(const std::string& line) {
+    const std::string dashes(32, '-');
+    return dashes + "\n" + line + "\n" + dashes + "\n";
+}
 
 /** The report of a failed assertion in the harness. */
 inline std::string assertionReport(const std::string& function, const std::string& expression) {
     return assertionReport("platform/audio/audtest/audunittest", function, expression);
 }
+
+/** The end of a process by an assertion or an abort. */
+inline const ::testing::KilledBySignal Aborted(SIGABRT);
 
 #endif

@@ -4,13 +4,7 @@
 
 namespace {
 
-class Report : public HarnessTest {
-  protected:
-    void expectCounts(uint32_t assertions, uint32_t failed) {
-        EXPECT_EQ(audunittest_num_assertions(), assertions);
-        EXPECT_EQ(audunittest_num_failed(), failed);
-    }
-};
+using Report = HarnessTest;
 
 TEST_F(Report, OfASuccessIsCountedAndSilent) {
     audunittest_succeed_test("file", 12);
@@ -18,79 +12,46 @@ TEST_F(Report, OfASuccessIsCountedAndSilent) {
     expectCounts(1, 0);
 }
 
-TEST_F(Report, OfAFailure) {
-    audunittest_fail_test("some/file", 12);
-    EXPECT_EQ(output(), "\nFailed: some/file:12\n");
-    expectCounts(1, 1);
+// Each failure without a context, which is the first report, and in one.
+const struct {
+    void (*fail)();
+    std::string place;
+    std::string values;
+} Failures[] = {
+    {[] { audunittest_fail_test("some/file", 12); }, "some/file:12", ""},
+    {[] { audunittest_fail_equals("a", 1, "left", "right", "=="); }, "a:1", ": left == right"},
+    {[] { audunittest_fail_equals_int("a", -1, -1, LONG_MAX, "<"); }, "a:-1",
+     ": -1 < " + std::to_string(LONG_MAX)},
+    {[] { audunittest_fail_equals_int("a", INT_MAX, LONG_MIN, 2, "!="); }, "a:2147483647",
+     ": " + std::to_string(LONG_MIN) + " != 2"},
+    {[] { audunittest_fail_equals_uint("a", 6, 0, 3, "!="); }, "a:6", ": 0 != 3"},
+    {[] { audunittest_fail_equals_uint("a", 6, ULONG_MAX, 1, ">"); }, "a:6",
+     ": " + std::to_string(ULONG_MAX) + " > 1"},
+    {[] { audunittest_fail_equals_double("a", 2, 0.1, -1e10, ">="); }, "a:2",
+     ": 0.100000 >= -10000000000.000000"},
+};
+
+TEST_F(Report, OfAFailureNamesPlaceContextAndValues) {
+    for (const auto& failure : Failures) {
+        audunittest::current_context = nullptr;
+        failure.fail();
+        EXPECT_EQ(output(), "\nFailed: " + failure.place + failure.values + "\n");
+        expectCounts(1, 1);
+
+        audunittest_set_context("a_test");
+        failure.fail();
+        EXPECT_EQ(output(), "\nFailed: " + failure.place + " in a_test" + failure.values + "\n");
+        expectCounts(2, 2);
+        audunittest_reset();
+        expectCounts(0, 0);
+    }
 }
 
-TEST_F(Report, OfAFailureInContext) {
-    audunittest_set_context("a_test");
-    audunittest_fail_test("some/file", 12);
-    EXPECT_EQ(output(), "\nFailed: some/file:12 in a_test\n");
-    expectCounts(1, 1);
-}
-
-TEST_F(Report, OfStrings) {
-    audunittest_fail_equals("some/file", 12, "left", "right", "!=");
-    EXPECT_EQ(output(), "\nFailed: some/file:12: left != right\n");
-    expectCounts(1, 1);
-}
-
-TEST_F(Report, OfStringsInContext) {
-    audunittest_set_context("a_test");
-    audunittest_fail_equals("some/file", 12, "left", "right", "==");
-    EXPECT_EQ(output(), "\nFailed: some/file:12 in a_test: left == right\n");
-    expectCounts(1, 1);
-}
-
-TEST_F(Report, OfSignedNumbers) {
-    audunittest_fail_equals_int("some/file", -1, LONG_MIN, LONG_MAX, "<");
-    EXPECT_EQ(output(), "\nFailed: some/file:-1: " + std::to_string(LONG_MIN) + " < " +
-                            std::to_string(LONG_MAX) + "\n");
-    expectCounts(1, 1);
-}
-
-TEST_F(Report, OfSignedNumbersInContext) {
-    audunittest_set_context("a_test");
-    audunittest_fail_equals_int("some/file", 12, -1, 2, "!=");
-    EXPECT_EQ(output(), "\nFailed: some/file:12 in a_test: -1 != 2\n");
-    expectCounts(1, 1);
-}
-
-TEST_F(Report, OfUnsignedNumbers) {
-    audunittest_fail_equals_uint("some/file", 12, 1, ULONG_MAX, "!=");
-    EXPECT_EQ(output(), "\nFailed: some/file:12: 1 != " + std::to_string(ULONG_MAX) + "\n");
-    expectCounts(1, 1);
-}
-
-TEST_F(Report, OfUnsignedNumbersInContext) {
-    audunittest_set_context("test__voxloc__stable_speaker_aster");
-    audunittest_fail_equals_uint("some/file", 6, 0, 3, "!=");
-    EXPECT_EQ(output(), "\nFailed: some/file:6 in test__voxloc__stable_speaker_aster: 0 != 3\n");
-    expectCounts(1, 1);
-}
-
-TEST_F(Report, OfDoubles) {
-    audunittest_fail_equals_double("some/file", 12, 0.1, -1e10, ">");
-    EXPECT_EQ(output(), "\nFailed: some/file:12: 0.100000 > -10000000000.000000\n");
-    expectCounts(1, 1);
-}
-
-TEST_F(Report, OfDoublesInContext) {
-    audunittest_set_context("a_test");
-    audunittest_fail_equals_double("some/file", 12, 1.5, 2.25, "!=");
-    EXPECT_EQ(output(), "\nFailed: some/file:12 in a_test: 1.500000 != 2.250000\n");
-    expectCounts(1, 1);
-}
-
-TEST_F(Report, CountsAddUpUntilReset) {
+TEST_F(Report, CountsPassedAndFailedAssertions) {
     body::passTwice();
     body::failTwice();
     body::failOnce();
     expectCounts(5, 3);
-    audunittest_reset();
-    expectCounts(0, 0);
 }
 
 TEST_F(Report, KeepsTheCallersContext) {
@@ -102,7 +63,7 @@ TEST_F(Report, KeepsTheCallersContext) {
 using ReportDeathTest = Report;
 
 TEST_F(ReportDeathTest, NeedsAContextToSet) {
-    EXPECT_EXIT(audunittest_set_context(nullptr), ::testing::KilledBySignal(SIGABRT),
+    EXPECT_EXIT(audunittest_set_context(nullptr), Aborted,
                 assertionReport("audunittest_set_context", "context"));
 }
 

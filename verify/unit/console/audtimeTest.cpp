@@ -23,24 +23,25 @@ TEST_F(Time, IsReadFromTheMonotonicClockIntoTheCallersRecord) {
     EXPECT_EQ(fakeClock::clocksRead(), std::vector<clockid_t>{CLOCK_MONOTONIC});
 }
 
-TEST_F(Time, InMicrosecondsIsRoundedDown) {
-    fakeClock::script({{5, 1999}, {0, 999}, {0, 999999999}});
-    EXPECT_EQ(NYRA_now64(), 5000001u);
-    EXPECT_EQ(NYRA_now64(), 0u);
-    EXPECT_EQ(NYRA_now64(), 999999u);
-}
-
-TEST_F(Time, InMicrosecondsGoesBeyond32Bits) {
-    fakeClock::script({{2000000000, 7000}});
-    EXPECT_EQ(NYRA_now64(), 2000000000000007u);
-}
-
-TEST_F(Time, TicksAreTheLow32BitsOfTheMicroseconds) {
-    fakeClock::script({{5, 1999}, {4294, 967295000}, {4294, 967296000}, {5000, 1000}});
-    EXPECT_EQ(audtime_getTicks(), 5000001u);
-    EXPECT_EQ(audtime_getTicks(), 4294967295u);
-    EXPECT_EQ(audtime_getTicks(), 0u);
-    EXPECT_EQ(audtime_getTicks(), 705032705u);  // 5,000,000,001 - 2^32
+TEST_F(Time, IsWholeMicrosecondsOrTheirLow32BitsAsTicks) {
+    const struct {
+        fakeClock::Reading reading;
+        uint64_t microseconds;
+        uint32_t ticks;
+    } rows[] = {
+        {{0, 999}, 0, 0},
+        {{0, 999999999}, 999999, 999999},
+        {{5, 1999}, 5000001, 5000001},
+        {{4294, 967295000}, 4294967295, 4294967295},
+        {{4294, 967296000}, 4294967296, 0},
+        {{5000, 1000}, 5000000001, 705032705},  // less 2^32
+        {{2000000000, 7000}, 2000000000000007, 1233977351},
+    };
+    for (const auto& row : rows) {
+        fakeClock::script({row.reading, row.reading});
+        EXPECT_EQ(NYRA_now64(), row.microseconds);
+        EXPECT_EQ(audtime_getTicks(), row.ticks) << row.microseconds;
+    }
 }
 
 TEST_F(Time, OfTheRealClockNeverRunsBackwards) {

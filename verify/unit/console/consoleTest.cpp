@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -22,37 +21,26 @@ class Printing : public ::testing::Test {
     CapturedConsole console_;
 };
 
-TEST_F(Printing, HasNoConsoleByDefault) {
-    EXPECT_EQ(current_console, nullptr);
-}
-
-TEST_F(Printing, GoesToStandardErrorAndReturnsTheCount) {
+TEST_F(Printing, GoesToStandardErrorByDefaultAndReturnsTheCount) {
+    ASSERT_EQ(current_console, nullptr);
     RedirectedStandardError standardError(Output::file);
     EXPECT_EQ(custom_printf("%s %d\n", "x", 12), 5);
-    EXPECT_EQ(standardError.text(), "x 12\n");
-}
-
-TEST_F(Printing, InColourOnAFileIsTheTextAlone) {
-    RedirectedStandardError standardError(Output::file);
-    EXPECT_EQ(custom_printf_color(1, "x"), 1);
-    EXPECT_EQ(standardError.text(), "x");
+    EXPECT_EQ(custom_printf_color(CONSOLE_GREEN, "y"), 1);
+    EXPECT_EQ(standardError.text(), "x 12\ny");  // no colour on a file
 }
 
 TEST_F(Printing, InColourOnATerminalIsFramedBySequences) {
+    SKIP_WITHOUT_PSEUDO_TERMINAL();
     RedirectedStandardError standardError(Output::terminal);
     custom_printf_color(0, "%d", 10);
     custom_printf_color(1, "x");
+    custom_printf("plain");
     custom_printf_color(2, "y");
-    EXPECT_EQ(standardError.text(), "\033[31m10\033[00m\033[32mx\033[00m\033[33my\033[00m");
-}
-
-TEST_F(Printing, WithoutColourOnATerminalIsTheTextAlone) {
-    RedirectedStandardError standardError(Output::terminal);
-    custom_printf("x");
-    EXPECT_EQ(standardError.text(), "x");
+    EXPECT_EQ(standardError.text(), "\033[31m10\033[00m\033[32mx\033[00mplain\033[33my\033[00m");
 }
 
 TEST_F(Printing, OnAConsoleIsNeverColoured) {
+    SKIP_WITHOUT_PSEUDO_TERMINAL();
     current_console = &console_.operations;
     RedirectedStandardError standardError(Output::terminal);
     EXPECT_EQ(custom_printf("a%d", 1), 2);
@@ -69,9 +57,9 @@ TEST_F(Printing, OnAConsoleReturnsTheConsolesResult) {
 }
 
 TEST(Colours, AreRedGreenYellow) {
-    EXPECT_STREQ(begin_colors[0], "\033[31m");
-    EXPECT_STREQ(begin_colors[1], "\033[32m");
-    EXPECT_STREQ(begin_colors[2], "\033[33m");
+    EXPECT_STREQ(begin_colors[CONSOLE_RED], "\033[31m");
+    EXPECT_STREQ(begin_colors[CONSOLE_GREEN], "\033[32m");
+    EXPECT_STREQ(begin_colors[CONSOLE_YELLOW], "\033[33m");
     EXPECT_EQ(CONSOLE_RED, 0);
     EXPECT_EQ(CONSOLE_GREEN, 1);
     EXPECT_EQ(CONSOLE_YELLOW, 2);
@@ -81,24 +69,34 @@ TEST(Colours, AreRedGreenYellow) {
 
 // A console with all three operations, each of which notes its calls in its own way.
 struct FullConsole {
-    con operations{
-        [](con* console, const char* format, va_list args) {
-            CapturedConsole formatted;
-            CapturedConsole::vout(&formatted.operations, format, args);
-            reinterpret_cast<FullConsole*>(console)->calls.push_back("vout " + formatted.text);
-            return 101;
-        },
-        [](con* console, const char* text) {
-            reinterpret_cast<FullConsole*>(console)->calls.push_back(std::string("puts ") + text);
-            return 102;
-        },
-        [](con* console, const void* buffer, size_t length) {
-            reinterpret_cast<FullConsole*>(console)->calls.push_back(
-                "write " + std::string(static_cast<const char*>(buffer), length));
-            return 103;
-        }};
+    con operations{[](con* console, const char* format, va_list args) {
+                       CapturedConsole formatted;
+                       CapturedConsole::vout(&formatted.operations, format, args);
+                       return note(console, "vout " + formatted.text, 101);
+                   },
+                   [](con* console, const char* text) {
+                       return note(console, std::string("puts ") + text, 102);
+                   },
+                   [](con* console, const void* buffer, size_t length) {
+                       return note(console,
+                                   "write " + std::string(static_cast<const char*>(buffer), length),
+                                   103);
+                   }};
     std::vector<std::string> calls;
+
+    static int note(con* console, const std::string& call, int result) {
+        reinterpret_cast<FullConsole*>(console)->calls.push_back(call);
+        return result;
+    }
 };
+
+int voutWithArguments(con* console, const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    const int result = con_vout(console, format, args);
+    va_end(args);
+    return result;
+}
 
 TEST(Console, HasItsOperationsInTheOrderVoutPutsWrite) {
     EXPECT_EQ(offsetof(con, vout), 0u);
@@ -110,10 +108,11 @@ TEST(Console, HandsEachCallToItsOperation) {
     FullConsole console;
     const char bytes[] = {'a', '\0', 'b'};
     EXPECT_EQ(con_out(&console.operations, "%d%%", 5), 101);
+    EXPECT_EQ(voutWithArguments(&console.operations, "%s-%d", "a", 7), 101);
     EXPECT_EQ(con_puts(&console.operations, "%s"), 102);
     EXPECT_EQ(con_write(&console.operations, bytes, sizeof bytes), 103);
-    EXPECT_EQ(console.calls,
-              (std::vector<std::string>{"vout 5%", "puts %s", std::string("write a\0b", 9)}));
+    EXPECT_EQ(console.calls, (std::vector<std::string>{"vout 5%", "vout a-7", "puts %s",
+                                                       std::string("write a\0b", 9)}));
 }
 
 TEST(Console, WorksThroughVoutAlone) {
@@ -123,20 +122,6 @@ TEST(Console, WorksThroughVoutAlone) {
     EXPECT_EQ(con_write(&console.operations, "%defg", 4), 4);
     EXPECT_EQ(con_write(&console.operations, "unseen", 0), 0);
     EXPECT_EQ(console.text, "5%%s;%def");
-}
-
-int voutWithArguments(con* console, const char* format, ...) {
-    va_list args;
-    va_start(args, format);
-    const int result = con_vout(console, format, args);
-    va_end(args);
-    return result;
-}
-
-TEST(Console, PassesAnArgumentListOn) {
-    CapturedConsole console;
-    EXPECT_EQ(voutWithArguments(&console.operations, "%s-%d", "a", 7), 3);
-    EXPECT_EQ(console.text, "a-7");
 }
 
 TEST(Console, ThatIsNullRefusesEverything) {
@@ -155,73 +140,66 @@ std::string addressOf(const void* place) {
     return text;
 }
 
-std::string dump(const void* data, size_t length, unsigned int bytesPerLine) {
+std::string repeated(int count, const std::string& text) {
+    std::string result;
+    while (count-- > 0) result += text;
+    return result;
+}
+
+// The dump of `data`, checked to begin each line with its address, without the addresses.
+std::string dump(const std::string& data, unsigned int bytesPerLine, unsigned int width) {
     CapturedConsole console;
-    EXPECT_EQ(con_hexdump(&console.operations, data, length, bytesPerLine), 0);
-    return console.text;
+    EXPECT_EQ(con_hexdump(&console.operations, data.data(), data.size(), bytesPerLine), 0);
+    std::string& text = console.text;
+    std::size_t line = 0;
+    for (std::size_t first = 0; first < data.size(); first += width) {
+        const std::string address = addressOf(data.data() + first);
+        if (text.compare(line, address.size(), address) != 0) return "no address in: " + text;
+        text.erase(line, address.size());
+        line = text.find('\n', line) + 1;
+    }
+    return text;
 }
 
 TEST(Hexdump, ShowsAddressBytesAndText) {
-    const unsigned char data[] = {0x41, 0x20, 0x7F};
-    EXPECT_EQ(dump(data, 3, 4), addressOf(data) + "41 20 7f    A.. \n");
-}
-
-TEST(Hexdump, PrintsTheCodes33To126AsText) {
-    const unsigned char data[] = {0x00, 0x20, 0x21, 0x7E, 0x7F, 0x80, 0xFF};
-    EXPECT_EQ(dump(data, 7, 7), addressOf(data) + "00 20 21 7e 7f 80 ff ..!~...\n");
-}
-
-TEST(Hexdump, BreaksLinesAtTheWidth) {
-    const char data[] = {'a', 'b', 'c', 'd', 'e'};
-    EXPECT_EQ(dump(data, 4, 2),
-              addressOf(data) + "61 62 ab\n" + addressOf(data + 2) + "63 64 cd\n");
-    EXPECT_EQ(dump(data, 5, 4),
-              addressOf(data) + "61 62 63 64 abcd\n" + addressOf(data + 4) + "65          e   \n");
-    EXPECT_EQ(dump(data, 1, 1), addressOf(data) + "61 a\n");
+    EXPECT_EQ(dump("A \x7F", 4, 4), "41 20 7f    A.. \n");
+    EXPECT_EQ(dump(std::string("\0 !~\x7F\x80\xFF", 7), 7, 7), "00 20 21 7e 7f 80 ff ..!~...\n");
+    EXPECT_EQ(dump("abcd", 2, 2), "61 62 ab\n63 64 cd\n");
+    EXPECT_EQ(dump("abcde", 4, 4), "61 62 63 64 abcd\n65          e   \n");
+    EXPECT_EQ(dump("a", 1, 1), "61 a\n");
+    EXPECT_EQ(dump("", 16, 16), "");
 }
 
 TEST(Hexdump, IsAtMost32BytesWide) {
-    const std::string data(40, 'A');
-    std::string first;
-    for (int i = 0; i < 32; i++) first += "41 ";
-    std::string second;
-    for (int i = 0; i < 8; i++) second += "41 ";
-    const std::string expected = addressOf(data.data()) + first + std::string(32, 'A') + "\n" +
-                                 addressOf(data.data() + 32) + second + std::string(24 * 3, ' ') +
-                                 std::string(8, 'A') + std::string(24, ' ') + "\n";
-    EXPECT_EQ(dump(data.data(), 40, 64), expected);
-    EXPECT_EQ(dump(data.data(), 40, 33), expected);
-    EXPECT_EQ(dump(data.data(), 40, 32), expected);
-    EXPECT_NE(dump(data.data(), 40, 31), expected);
-}
-
-TEST(Hexdump, OfNothingPrintsNothing) {
-    FullConsole console;
-    EXPECT_EQ(con_hexdump(&console.operations, "", 0, 16), 0);
-    EXPECT_TRUE(console.calls.empty());
+    const std::string expected = repeated(32, "41 ") + repeated(32, "A") + "\n" +
+                                 repeated(8, "41 ") + repeated(24, "   ") + repeated(8, "A") +
+                                 repeated(24, " ") + "\n";
+    for (const unsigned int width : {32u, 33u, 64u, ~0u}) {
+        EXPECT_EQ(dump(repeated(40, "A"), width, 32), expected) << width;
+    }
+    EXPECT_EQ(dump(repeated(32, "A"), 31, 31), repeated(31, "41 ") + repeated(31, "A") + "\n" +
+                                                   "41 " + repeated(30, "   ") + "A" +
+                                                   repeated(30, " ") + "\n");
 }
 
 TEST(Hexdump, PutsEachLine) {
     FullConsole console;
     const char data[] = {'%', 's', 'n'};
+    EXPECT_EQ(con_hexdump(&console.operations, data, 0, 16), 0);
     EXPECT_EQ(con_hexdump(&console.operations, data, 3, 2), 0);
     EXPECT_EQ(console.calls,
               (std::vector<std::string>{"puts " + addressOf(data) + "25 73 %s\n",
                                         "puts " + addressOf(data + 2) + "6e    n \n"}));
 }
 
-TEST(Hexdump, AcceptsALineThatCountsZero) {
-    static int lines;
-    lines = 0;
-    con counting{nullptr, [](con*, const char*) { return lines++, 0; }, nullptr};
-    EXPECT_EQ(con_hexdump(&counting, "abc", 3, 1), 0);
-    EXPECT_EQ(lines, 3);
-}
-
 TEST(Hexdump, StopsAtTheFirstLineThatIsRefused) {
     static int lines;
-    lines = 0;
+    con counting{nullptr, [](con*, const char*) { return lines++, 0; }, nullptr};
     con refusing{nullptr, [](con*, const char*) { return ++lines == 2 ? -5 : 1; }, nullptr};
+    lines = 0;
+    EXPECT_EQ(con_hexdump(&counting, "abc", 3, 1), 0);  // a count of zero is no refusal
+    EXPECT_EQ(lines, 3);
+    lines = 0;
     EXPECT_EQ(con_hexdump(&refusing, "abc", 3, 1), -1);
     EXPECT_EQ(lines, 2);
 }
