@@ -9,6 +9,8 @@
 #include <random>
 #include <vector>
 
+#include "track/loudspeakerZone.h"
+
 namespace {
 
 constexpr double Unit = 0x1p-24;

@@ -8,7 +8,7 @@
 #include "initializedModule.h"
 #include "models/geometryModel.h"
 #include "models/productRows.h"
-#include "track/voxlocState.h"
+#include "track/tracker.h"
 
 namespace {
 
@@ -35,16 +35,18 @@ struct Grid {
     int rows;
     bool isElevation;
 
-    float elevation(int r) const { return isElevation ? voxloc::ElevationAngles[r] : 0.0f; }
-    float range(int r) const { return isElevation ? 1000.0f : voxloc::Ranges[r]; }
+    float elevation(int r) const {
+        return isElevation ? voxloc::moduleTracker().ElevationAngles[r] : 0.0f;
+    }
+    float range(int r) const { return isElevation ? 1000.0f : voxloc::moduleTracker().Ranges[r]; }
 };
 
 int countDifferences(const Grid& grid, const Position& first, const Position& second) {
     int differences = 0;
     for (int r = 0; r < grid.rows; ++r) {
         for (int a = 0; a < Azimuths; ++a) {
-            const Position point =
-                reference::pointAt(voxloc::AzimuthAngles[a], grid.elevation(r), grid.range(r));
+            const Position point = reference::pointAt(voxloc::moduleTracker().AzimuthAngles[a],
+                                                      grid.elevation(r), grid.range(r));
             const int expected = reference::lagOf(point, first, second);
             if (grid.lags[r * Azimuths + a] != expected) ++differences;
         }
@@ -55,13 +57,13 @@ int countDifferences(const Grid& grid, const Position& first, const Position& se
 TEST_P(LagTables, EqualTheSinglePrecisionFormulasEverywhere) {
     for (std::size_t p = 0; p < row().elevationPair.size(); ++p) {
         const auto [first, second] = row().elevationPair[p];
-        const Grid grid{voxloc::AzimuthElevationLookupTable + p * 29737, 131, true};
+        const Grid grid{voxloc::moduleTracker().AzimuthElevationLookupTable + p * 29737, 131, true};
         EXPECT_EQ(countDifferences(grid, microphone(first), microphone(second)), 0)
             << "elevation pair " << p;
     }
     for (std::size_t p = 0; p < row().azimuthPair.size(); ++p) {
         const auto [first, second] = row().azimuthPair[p];
-        const Grid grid{voxloc::AzimuthRangeLookupTable + p * 10896, 48, false};
+        const Grid grid{voxloc::moduleTracker().AzimuthRangeLookupTable + p * 10896, 48, false};
         EXPECT_EQ(countDifferences(grid, microphone(first), microphone(second)), 0)
             << "azimuth pair " << p;
     }
@@ -78,7 +80,7 @@ double worstExcess(const Grid& grid, const Position& first, const Position& seco
     double worst = -1.0;
     for (int r = 0; r < grid.rows; ++r) {
         for (int a = 0; a < Azimuths; ++a) {
-            const double azimuth = static_cast<double>(voxloc::AzimuthAngles[a]);
+            const double azimuth = static_cast<double>(voxloc::moduleTracker().AzimuthAngles[a]);
             if (std::isnan(azimuth)) continue;
             const double elevation = static_cast<double>(grid.elevation(r));
             const double range = static_cast<double>(grid.range(r));
@@ -95,13 +97,13 @@ double worstExcess(const Grid& grid, const Position& first, const Position& seco
 TEST_P(LagTables, AreWithinTheBoundOfExactGeometry) {
     for (std::size_t p = 0; p < row().elevationPair.size(); ++p) {
         const auto [first, second] = row().elevationPair[p];
-        const Grid grid{voxloc::AzimuthElevationLookupTable + p * 29737, 131, true};
+        const Grid grid{voxloc::moduleTracker().AzimuthElevationLookupTable + p * 29737, 131, true};
         EXPECT_LE(worstExcess(grid, microphone(first), microphone(second)), 0.0)
             << "elevation pair " << p;
     }
     for (std::size_t p = 0; p < row().azimuthPair.size(); ++p) {
         const auto [first, second] = row().azimuthPair[p];
-        const Grid grid{voxloc::AzimuthRangeLookupTable + p * 10896, 48, false};
+        const Grid grid{voxloc::moduleTracker().AzimuthRangeLookupTable + p * 10896, 48, false};
         EXPECT_LE(worstExcess(grid, microphone(first), microphone(second)), 0.0)
             << "azimuth pair " << p;
     }
@@ -110,11 +112,11 @@ TEST_P(LagTables, AreWithinTheBoundOfExactGeometry) {
 TEST_P(LagTables, StayInsideTheCorrelation) {
     const int elevationEntries = row().elevationPairs * 29737;
     for (int i = 0; i < elevationEntries; ++i) {
-        const int lag = voxloc::AzimuthElevationLookupTable[i];
+        const int lag = voxloc::moduleTracker().AzimuthElevationLookupTable[i];
         ASSERT_TRUE(lag >= 0 && lag <= 16384) << i;
     }
     for (int i = 0; i < row().azimuthPairs * 10896; ++i) {
-        const int lag = voxloc::AzimuthRangeLookupTable[i];
+        const int lag = voxloc::moduleTracker().AzimuthRangeLookupTable[i];
         ASSERT_TRUE(lag >= 0 && lag <= 16384) << i;
     }
 }
@@ -126,33 +128,42 @@ bool sameBits(float a, float b) {
 TEST_P(LagTables, HaveTheirGridsBitForBit) {
     for (int a = 0; a < 227; ++a) {
         const float expected = reference::gridAngle(row().minimumAzimuth, row().angleInterval, a);
-        const float actual = voxloc::AzimuthAngles[a];
+        const float actual = voxloc::moduleTracker().AzimuthAngles[a];
         EXPECT_TRUE(sameBits(actual, expected) || (std::isnan(actual) && std::isnan(expected)))
             << "azimuth " << a << ": " << actual << ", " << expected;
     }
     for (int e = 0; e < 131; ++e) {
         const float expected = reference::gridAngle(row().minimumElevation, row().angleInterval, e);
-        EXPECT_TRUE(sameBits(voxloc::ElevationAngles[e], expected)) << "elevation " << e;
+        EXPECT_TRUE(sameBits(voxloc::moduleTracker().ElevationAngles[e], expected))
+            << "elevation " << e;
     }
     for (int r = 0; r < 48; ++r) {
         const float expected = 0.5f + 0.2f * static_cast<float>(r);
-        EXPECT_TRUE(sameBits(voxloc::Ranges[r], expected)) << "range " << r;
+        EXPECT_TRUE(sameBits(voxloc::moduleTracker().Ranges[r], expected)) << "range " << r;
     }
 }
 
 TEST(Grids, OfAsterStartWhereTheyShould) {
     const InitializedModule module(PRODUCT_ASTER);
-    EXPECT_LE(std::abs(static_cast<double>(voxloc::AzimuthAngles[0]) - std::asin(-0.905)), 1e-6);
-    EXPECT_LE(std::abs(static_cast<double>(voxloc::AzimuthAngles[226]) - std::asin(0.903)), 1e-6);
-    EXPECT_LE(std::abs(static_cast<double>(voxloc::ElevationAngles[0]) - std::asin(-0.52)), 1e-6);
-    EXPECT_EQ(voxloc::Ranges[0], 0.5f);
-    EXPECT_FLOAT_EQ(voxloc::Ranges[1], 0.7f);
-    EXPECT_FLOAT_EQ(voxloc::Ranges[47], 9.9f);
+    EXPECT_LE(
+        std::abs(static_cast<double>(voxloc::moduleTracker().AzimuthAngles[0]) - std::asin(-0.905)),
+        1e-6);
+    EXPECT_LE(std::abs(static_cast<double>(voxloc::moduleTracker().AzimuthAngles[226]) -
+                       std::asin(0.903)),
+              1e-6);
+    EXPECT_LE(std::abs(static_cast<double>(voxloc::moduleTracker().ElevationAngles[0]) -
+                       std::asin(-0.52)),
+              1e-6);
+    EXPECT_EQ(voxloc::moduleTracker().Ranges[0], 0.5f);
+    EXPECT_FLOAT_EQ(voxloc::moduleTracker().Ranges[1], 0.7f);
+    EXPECT_FLOAT_EQ(voxloc::moduleTracker().Ranges[47], 9.9f);
 }
 
 TEST(Grids, OfElmwoodEndBelowTheMirrorOfTheirStart) {
     const InitializedModule module(PRODUCT_ELMWOOD);
-    EXPECT_LE(std::abs(static_cast<double>(voxloc::ElevationAngles[130]) - std::asin(0.399)), 1e-6);
+    EXPECT_LE(std::abs(static_cast<double>(voxloc::moduleTracker().ElevationAngles[130]) -
+                       std::asin(0.399)),
+              1e-6);
 }
 
 class GannetColumns : public ::testing::Test {
@@ -163,22 +174,25 @@ class GannetColumns : public ::testing::Test {
 
 TEST_F(GannetColumns, OutsideTheUnitIntervalHoldNaNAngles) {
     for (int a = 0; a < 227; ++a) {
-        EXPECT_EQ(std::isnan(voxloc::AzimuthAngles[a]), isOutside(a)) << a;
+        EXPECT_EQ(std::isnan(voxloc::moduleTracker().AzimuthAngles[a]), isOutside(a)) << a;
     }
-    for (const float angle : voxloc::ElevationAngles) EXPECT_FALSE(std::isnan(angle));
+    for (const float angle : voxloc::moduleTracker().ElevationAngles)
+        EXPECT_FALSE(std::isnan(angle));
 }
 
 TEST_F(GannetColumns, OutsideTheUnitIntervalHaveLagZero) {
     for (int row = 0; row < 2 * 131; ++row) {
         for (int a = 0; a < 227; ++a) {
             if (!isOutside(a)) continue;
-            ASSERT_EQ(voxloc::AzimuthElevationLookupTable[row * 227 + a], 0) << row << ", " << a;
+            ASSERT_EQ(voxloc::moduleTracker().AzimuthElevationLookupTable[row * 227 + a], 0)
+                << row << ", " << a;
         }
     }
     for (int row = 0; row < 3 * 48; ++row) {
         for (int a = 0; a < 227; ++a) {
             if (!isOutside(a)) continue;
-            ASSERT_EQ(voxloc::AzimuthRangeLookupTable[row * 227 + a], 0) << row << ", " << a;
+            ASSERT_EQ(voxloc::moduleTracker().AzimuthRangeLookupTable[row * 227 + a], 0)
+                << row << ", " << a;
         }
     }
 }

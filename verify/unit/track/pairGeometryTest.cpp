@@ -7,12 +7,11 @@
 
 #include "initializedModule.h"
 #include "models/productRows.h"
-#include "track/voxlocState.h"
+#include "track/loudspeakerZone.h"
+#include "track/tracker.h"
 
 namespace {
 
-using voxloc::AzimuthPairs;
-using voxloc::ElevationPairs;
 using voxloc::MicrophonePair;
 
 constexpr float Unit = 0x1p-24f;
@@ -181,22 +180,23 @@ void expectRecords(const MicrophonePair* pairs, std::initializer_list<PairRecord
 
 TEST(PairRecords, OfCinder) {
     const InitializedModule module(PRODUCT_CINDER);
-    expectRecords(ElevationPairs, {{3, 4, 243, 0, 2, 0.1592718882916882},
-                                   {3, 5, 87, 88, 28, 0.1},
-                                   {2, 4, 87, 16296, 28, 0.1}});
-    expectRecords(AzimuthPairs, {{3, 2, 93, 88, 28, 0.1},
-                                 {3, 0, 22, 74, 28, 0.10591097393565976},
-                                 {1, 0, 93, 16297, 28, 0.1}});
+    expectRecords(voxloc::moduleTracker().ElevationPairs, {{3, 4, 243, 0, 2, 0.1592718882916882},
+                                                           {3, 5, 87, 88, 28, 0.1},
+                                                           {2, 4, 87, 16296, 28, 0.1}});
+    expectRecords(voxloc::moduleTracker().AzimuthPairs, {{3, 2, 93, 88, 28, 0.1},
+                                                         {3, 0, 22, 74, 28, 0.10591097393565976},
+                                                         {1, 0, 93, 16297, 28, 0.1}});
 }
 
 TEST(PairRecords, OfDovetail) {
     const InitializedModule module(PRODUCT_DOVETAIL);
-    expectRecords(ElevationPairs, {{2, 5, 243, 16384, 2, 0.14560169251763525},
-                                   {3, 4, 243, 16384, 2, 0.20947900339652184},
-                                   {2, 4, 87, 16296, 28, 0.14560169251763525}});
-    expectRecords(AzimuthPairs, {{4, 5, 93, 88, 27, 0.14584269904249578},
-                                 {2, 1, 31, 139, 28, 0.1},
-                                 {1, 0, 93, 16297, 28, 0.1}});
+    expectRecords(voxloc::moduleTracker().ElevationPairs,
+                  {{2, 5, 243, 16384, 2, 0.14560169251763525},
+                   {3, 4, 243, 16384, 2, 0.20947900339652184},
+                   {2, 4, 87, 16296, 28, 0.14560169251763525}});
+    expectRecords(voxloc::moduleTracker().AzimuthPairs, {{4, 5, 93, 88, 27, 0.14584269904249578},
+                                                         {2, 1, 31, 139, 28, 0.1},
+                                                         {1, 0, 93, 16297, 28, 0.1}});
 }
 
 void expectNoZone(const MicrophonePair* pairs, int count, const std::vector<int>& lowerBins) {
@@ -214,8 +214,10 @@ void expectNoZone(const MicrophonePair* pairs, int count, const std::vector<int>
 void expectNoZones(std::int32_t product, const std::vector<int>& elevationBins,
                    const std::vector<int>& azimuthBins) {
     const InitializedModule module(product);
-    expectNoZone(ElevationPairs, voxloc::NumberOfElevationPairs, elevationBins);
-    expectNoZone(AzimuthPairs, voxloc::NumberOfAzimuthPairs, azimuthBins);
+    expectNoZone(voxloc::moduleTracker().ElevationPairs,
+                 voxloc::moduleTracker().NumberOfElevationPairs, elevationBins);
+    expectNoZone(voxloc::moduleTracker().AzimuthPairs, voxloc::moduleTracker().NumberOfAzimuthPairs,
+                 azimuthBins);
 }
 
 // The others do not attenuate, elmwood in spite of the place of its loudspeaker.
@@ -240,7 +242,7 @@ TEST(InitializeSinglePair, ClearsTheLookupTable) {
     MicrophonePair pair{};
     std::int16_t lag = 0;
     pair.lookupTable = &lag;
-    voxloc::initializeSinglePair(&pair, 4, 2);
+    voxloc::initializeSinglePair(voxloc::moduleTracker(), &pair, 4, 2);
     EXPECT_EQ(pair.lookupTable, nullptr);
     EXPECT_EQ(pair.firstMicrophone, 4);
     EXPECT_EQ(pair.secondMicrophone, 2);
@@ -248,9 +250,10 @@ TEST(InitializeSinglePair, ClearsTheLookupTable) {
 
 TEST(InitializeSinglePair, PutsTheZoneAtZeroForALoudspeakerBetweenTheMicrophones) {
     const InitializedModule module(PRODUCT_CINDER);
-    *voxloc::Loudspeaker = {0.0f, 0.0f, 0.0305f};  // as far from microphone 0 as from 3
+    *voxloc::moduleTracker().Loudspeaker = {0.0f, 0.0f,
+                                            0.0305f};  // as far from microphone 0 as from 3
     MicrophonePair pair{};
-    voxloc::initializeSinglePair(&pair, 0, 3);
+    voxloc::initializeSinglePair(voxloc::moduleTracker(), &pair, 0, 3);
     EXPECT_EQ(pair.loudspeakerLag, 0);
     EXPECT_EQ(pair.loudspeakerHalfWidth, 2);
     EXPECT_EQ(pair.loudspeakerGain, 0.4f * 0.33f);

@@ -20,8 +20,8 @@ class PhaseTransformBin : public ::testing::Test {
     PhaseTransformBin() { voxloc_generateAbTables(a_.data(), b_.data(), 8192); }
 
     void correlate() {
-        voxloc::correlateNear(bins_.data(), 22, 1453, voxloc::NearLags, a_.data(), b_.data(),
-                              scratch_.data(), correlation_.data());
+        voxloc::correlate(bins_.data(), 22, 1453, voxloc::NearLags, a_.data(), b_.data(),
+                          scratch_.data(), correlation_.data());
     }
     void setBin(std::size_t k, float re, float im) {
         std::fill(bins_.begin(), bins_.end(), 0.0f);

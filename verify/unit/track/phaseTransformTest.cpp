@@ -60,8 +60,8 @@ std::vector<float> nearCorrelation(const std::vector<float>& bins, int begin, in
                                    int lags = NearLags) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     std::vector<float> scratch(CorrelationLags, nan), correlation(CorrelationLags, nan);
-    correlateNear(bins.data(), begin, end, lags, tables().a.data(), tables().b.data(),
-                  scratch.data(), correlation.data());
+    correlate(bins.data(), begin, end, lags, tables().a.data(), tables().b.data(), scratch.data(),
+              correlation.data());
     return correlation;
 }
 

@@ -1,5 +1,3 @@
-#include "track/products.h"
-
 #include <gtest/gtest.h>
 
 #include "initializedModule.h"
@@ -8,7 +6,7 @@
 #include "track/frequencyDomainVad.h"
 #include "track/noiseLevel.h"
 #include "track/timeDomainVad.h"
-#include "track/voxlocState.h"
+#include "track/tracker.h"
 
 namespace {
 
@@ -24,23 +22,23 @@ INSTANTIATE_TEST_SUITE_P(Every, Products, ::testing::ValuesIn(reference::product
                          reference::RowName());
 
 TEST_P(Products, HasItsNumbers) {
-    EXPECT_EQ(voxloc::ProductType, row().type);
-    EXPECT_EQ(voxloc::NumberOfChannels, row().channels);
-    EXPECT_EQ(voxloc::NumberOfAzimuthPairs, row().azimuthPairs);
-    EXPECT_EQ(voxloc::NumberOfElevationPairs, row().elevationPairs);
-    EXPECT_EQ(voxloc::MinimumAzimuth, row().minimumAzimuth);
-    EXPECT_EQ(voxloc::MinimumElevation, row().minimumElevation);
-    EXPECT_EQ(voxloc::AngleInterval, row().angleInterval);
-    EXPECT_EQ(voxloc::AttenuateLoudspeaker, row().attenuates);
+    EXPECT_EQ(voxloc::moduleTracker().ProductType, row().type);
+    EXPECT_EQ(voxloc::moduleTracker().NumberOfChannels, row().channels);
+    EXPECT_EQ(voxloc::moduleTracker().NumberOfAzimuthPairs, row().azimuthPairs);
+    EXPECT_EQ(voxloc::moduleTracker().NumberOfElevationPairs, row().elevationPairs);
+    EXPECT_EQ(voxloc::moduleTracker().MinimumAzimuth, row().minimumAzimuth);
+    EXPECT_EQ(voxloc::moduleTracker().MinimumElevation, row().minimumElevation);
+    EXPECT_EQ(voxloc::moduleTracker().AngleInterval, row().angleInterval);
+    EXPECT_EQ(voxloc::moduleTracker().AttenuateLoudspeaker, row().attenuates);
     EXPECT_EQ(voxloc_getNumberOfChannels(), static_cast<std::uint32_t>(row().channels));
 }
 
 TEST_P(Products, HandsItsChannelsToTheDetectors) {
-    EXPECT_EQ(voxloc::FdVadChannel1, row().voiceChannels[0]);
-    EXPECT_EQ(voxloc::FdVadChannel2, row().voiceChannels[1]);
-    EXPECT_EQ(voxloc::NoiseLevelChannel1, row().noiseChannels[0]);
-    EXPECT_EQ(voxloc::NoiseLevelChannel2, row().noiseChannels[1]);
-    EXPECT_EQ(voxloc::ChannelOffset, 2U * 2048U);
+    EXPECT_EQ(voxloc::moduleTracker().FrequencyDomain.FdVadChannel1, row().voiceChannels[0]);
+    EXPECT_EQ(voxloc::moduleTracker().FrequencyDomain.FdVadChannel2, row().voiceChannels[1]);
+    EXPECT_EQ(voxloc::moduleTracker().Noise.NoiseLevelChannel1, row().noiseChannels[0]);
+    EXPECT_EQ(voxloc::moduleTracker().Noise.NoiseLevelChannel2, row().noiseChannels[1]);
+    EXPECT_EQ(voxloc::moduleTracker().TimeDomain.ChannelOffset, 2U * 2048U);
 }
 
 void expectPosition(const Position& actual, const Position& expected) {
@@ -53,11 +51,11 @@ TEST_P(Products, PlacesItsMicrophonesAndLoudspeaker) {
     ASSERT_EQ(row().microphones.size(), static_cast<std::size_t>(row().channels));
     for (std::size_t c = 0; c < row().microphones.size(); ++c) {
         SCOPED_TRACE(c);
-        expectPosition(voxloc::Microphones[c], row().microphones[c]);
+        expectPosition(voxloc::moduleTracker().Microphones[c], row().microphones[c]);
         EXPECT_EQ(voxloc_getMicrophoneCoordinates(static_cast<std::uint32_t>(c)),
-                  &voxloc::Microphones[c]);
+                  &voxloc::moduleTracker().Microphones[c]);
     }
-    expectPosition(*voxloc::Loudspeaker, row().loudspeaker);
+    expectPosition(*voxloc::moduleTracker().Loudspeaker, row().loudspeaker);
 }
 
 void expectPairs(const voxloc::MicrophonePair* pairs, int count, std::int16_t* table, int points,
@@ -72,19 +70,19 @@ void expectPairs(const voxloc::MicrophonePair* pairs, int count, std::int16_t* t
 }
 
 TEST_P(Products, ListsItsPairsInOrderEachWithItsSliceOfTheTable) {
-    expectPairs(voxloc::ElevationPairs, row().elevationPairs, voxloc::AzimuthElevationLookupTable,
-                29737, row().elevationPair);
-    expectPairs(voxloc::AzimuthPairs, row().azimuthPairs, voxloc::AzimuthRangeLookupTable, 10896,
-                row().azimuthPair);
+    expectPairs(voxloc::moduleTracker().ElevationPairs, row().elevationPairs,
+                voxloc::moduleTracker().AzimuthElevationLookupTable, 29737, row().elevationPair);
+    expectPairs(voxloc::moduleTracker().AzimuthPairs, row().azimuthPairs,
+                voxloc::moduleTracker().AzimuthRangeLookupTable, 10896, row().azimuthPair);
 }
 
 TEST(FindProduct, KnowsExactlyTheSevenTypes) {
     for (const ProductRow& row : reference::productRows()) {
-        ASSERT_NE(voxloc::findProduct(row.type), nullptr) << row.name;
-        EXPECT_EQ(voxloc::findProduct(row.type)->type, row.type);
+        ASSERT_NE(voxloc_findProduct(row.type), nullptr) << row.name;
+        EXPECT_EQ(voxloc_findProduct(row.type)->type, row.type);
     }
     for (const std::int32_t type : {INT32_MIN, -1, 3, 8, 9, INT32_MAX}) {
-        EXPECT_EQ(voxloc::findProduct(type), nullptr) << type;
+        EXPECT_EQ(voxloc_findProduct(type), nullptr) << type;
     }
 }
 

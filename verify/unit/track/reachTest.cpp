@@ -2,15 +2,16 @@
 #include <gtest/gtest.h>
 
 #include "track/pairGeometry.h"
-#include "track/voxlocState.h"
+#include "track/phaseTransform.h"
+#include "track/tracker.h"
 
 namespace {
 
 using namespace voxloc;
 
 void expectWithinReach(const MicrophonePair& pair, int points) {
-    const int lags =
-        reachInLags(Microphones[pair.firstMicrophone], Microphones[pair.secondMicrophone]);
+    const int lags = reachInLags(moduleTracker().Microphones[pair.firstMicrophone],
+                                 moduleTracker().Microphones[pair.secondMicrophone]);
     EXPECT_EQ(lags % 2, 0);
     EXPECT_LE(lags, NearLags);
     for (int i = 0; i < points; ++i) {
@@ -24,11 +25,11 @@ class Reach : public testing::TestWithParam<int> {};
 
 TEST_P(Reach, CoversTheLagTables) {
     voxloc_initialize(GetParam());
-    for (int k = 0; k < NumberOfElevationPairs; ++k) {
-        expectWithinReach(ElevationPairs[k], AzimuthElevationPoints);
+    for (int k = 0; k < moduleTracker().NumberOfElevationPairs; ++k) {
+        expectWithinReach(moduleTracker().ElevationPairs[k], AzimuthElevationPoints);
     }
-    for (int k = 0; k < NumberOfAzimuthPairs; ++k) {
-        expectWithinReach(AzimuthPairs[k], AzimuthRangePoints);
+    for (int k = 0; k < moduleTracker().NumberOfAzimuthPairs; ++k) {
+        expectWithinReach(moduleTracker().AzimuthPairs[k], AzimuthRangePoints);
     }
     voxloc_destroy();
 }

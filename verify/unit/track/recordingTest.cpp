@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "initializedModule.h"
-#include "track/voxlocState.h"
+#include "track/tracker.h"
 #include "voxloc/unittestGenerator.h"
 
 namespace {
@@ -81,7 +81,7 @@ TEST(Recording, TakesTheChannelsOfTheProduct) {
         voxloc_calculate(frame.data(), 24, 0, &result);
         voxloc_calculate(frame.data(), 24, 3, &result);
     }  // the end of the module ends the recording
-    EXPECT_EQ(voxloc::recording, nullptr);
+    EXPECT_EQ(voxloc::moduleTracker().recording, nullptr);
     const std::string content = file.content();
     EXPECT_EQ(content.size(), 4U + 2U * (8U + 8U * 2048U * 4U));
     EXPECT_EQ(content.substr(0, 4), "\xAC\x01\x07\x08");
@@ -96,11 +96,11 @@ TEST(Recording, TakesNothingBeforeItsStartAndAfterItsStop) {
     const std::vector<float> frame = noiseFrame(4, 2);
     voxloc_calculate(frame.data(), 24, 0, &result);
     voxloc_record_stop();
-    EXPECT_EQ(voxloc::recording, nullptr);
+    EXPECT_EQ(voxloc::moduleTracker().recording, nullptr);
     voxloc_calculate(noiseFrame(4, 3).data(), 24, 0, &result);
     EXPECT_TRUE(file.content() == "\xAC\x01\x06\x04" + record(24, 0, frame));
     voxloc_record_stop();  // does nothing
-    EXPECT_EQ(voxloc::recording, nullptr);
+    EXPECT_EQ(voxloc::moduleTracker().recording, nullptr);
 }
 
 TEST(Recording, EndsWhenAnotherOneIsStarted) {
@@ -152,7 +152,7 @@ TEST(Recording, SurvivesADestroyOfAnUninitializedModule) {
     { const InitializedModule earlier(PRODUCT_CINDER); }
     voxloc_record_start(file.path());
     voxloc_destroy();
-    EXPECT_NE(voxloc::recording, nullptr);
+    EXPECT_NE(voxloc::moduleTracker().recording, nullptr);
     voxloc_record_stop();
     EXPECT_EQ(file.content(), "\xAC\x01\x02\x06");
 }
@@ -197,7 +197,7 @@ TEST(Recording, ThatIsRefusedEndsTheOneThatIsOpen) {
     voxloc_record_start(file.path());
     const std::string path = ::testing::TempDir() + "no/such/folder/recording";
     EXPECT_EQ(voxloc_record_start(path.c_str()), 0);
-    EXPECT_EQ(voxloc::recording, nullptr);
+    EXPECT_EQ(voxloc::moduleTracker().recording, nullptr);
     EXPECT_EQ(file.content(), std::string("\xAC\x01\x00\x06", 4));
 }
 

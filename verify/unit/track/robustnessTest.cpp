@@ -15,7 +15,7 @@
 #include "initializedModule.h"
 #include "models/productRows.h"
 #include "track/UltraSoundDistortionDetection.h"
-#include "track/voxlocState.h"
+#include "track/tracker.h"
 #include "voxloc/unittestGenerator.h"
 
 namespace {
@@ -31,7 +31,7 @@ using Spoil = std::function<void(int frameIndex, std::vector<float>& frame)>;
 
 std::vector<TrackerResult> runSpeech(std::int32_t product, int frames, const Spoil& spoil = {}) {
     const InitializedModule module(product);
-    std::fill_n(voxloc::AzimuthElevationResult, 29737, 0.0f);  // as after start-up
+    std::fill_n(voxloc::moduleTracker().AzimuthElevationResult, 29737, 0.0f);  // as after start-up
     AudioGenerator* generator =
         createAudioGenerator(voxloc_getNumberOfChannels, voxloc_getMicrophoneCoordinates, 0);
     std::vector<TrackerResult> results;
@@ -74,10 +74,11 @@ TEST_P(Robustness, DoesNotDependOnTheProductBefore) {
 
 void expectSilent(const TrackerResult& result) {
     const float toDegrees = 57.295776f;
-    const float azimuth = voxloc::AzimuthAngles[0] * toDegrees;
+    const float azimuth = voxloc::moduleTracker().AzimuthAngles[0] * toDegrees;
     EXPECT_TRUE(result.azimuth == azimuth || (std::isnan(azimuth) && std::isnan(result.azimuth)));
-    EXPECT_EQ(result.elevation, voxloc::ElevationAngles[0] * toDegrees);
-    EXPECT_EQ(result.range, (voxloc::Ranges[0] + voxloc::Ranges[47]) * 0.5f);
+    EXPECT_EQ(result.elevation, voxloc::moduleTracker().ElevationAngles[0] * toDegrees);
+    EXPECT_EQ(result.range,
+              (voxloc::moduleTracker().Ranges[0] + voxloc::moduleTracker().Ranges[47]) * 0.5f);
     EXPECT_EQ(result.quality, 0.0f);
 }
 
@@ -196,7 +197,9 @@ TEST_P(BadSamples, LeaveTheUltrasoundDetectorAtItsNextEvaluation) {
     for (int i = 0; i < 40; ++i) {
         frame[1000] = i == 12 ? GetParam() : 1000.0f;
         voxloc_calculate(frame.data(), 24, 0, &result);
-        EXPECT_EQ(std::isfinite(voxloc::UltraSoundLevel[0]), i < 13 || i >= 19) << i;
+        EXPECT_EQ(std::isfinite(voxloc::moduleTracker().UltraSound.UltraSoundLevel[0]),
+                  i < 13 || i >= 19)
+            << i;
         EXPECT_FALSE(hasFlag(result, VOXLOC_FLAG_ULTRASOUND)) << i;
     }
     EXPECT_TRUE(std::isfinite(voxloc_getUltraSoundLevel()));

@@ -11,7 +11,7 @@
 #include "models/geometryModel.h"
 #include "models/productRows.h"
 #include "syntheticArray.h"
-#include "track/voxlocState.h"
+#include "track/tracker.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include "initializedModule.h"
 #include "models/productRows.h"
 #include "models/trackerModel.h"
-#include "track/voxlocState.h"
+#include "track/tracker.h"
 #include "voxloc/unittestGenerator.h"
 
 namespace {
@@ -57,7 +57,7 @@ class FrameSource {
 class AgainstModel : public ::testing::TestWithParam<ProductRow> {
   protected:
     // A product without elevation pairs searches the directions that are there from before.
-    AgainstModel() { std::fill_n(voxloc::AzimuthElevationResult, 29737, 0.0f); }
+    AgainstModel() { std::fill_n(voxloc::moduleTracker().AzimuthElevationResult, 29737, 0.0f); }
 
     InitializedModule module_{GetParam().type};
     TrackerModel model_{GetParam()};
@@ -95,8 +95,10 @@ TEST_P(AgainstModel, GivesTheSameResultsFrameByFrame) {
 
             EXPECT_EQ(result.flags, expected.flags);
             // No two points are so close that single precision confuses them.
-            EXPECT_EQ(firstMaximum(voxloc::AzimuthElevationResult), model_.directions().peak);
-            EXPECT_EQ(firstMaximum(voxloc::AzimuthRangeResult), model_.ranges().peak);
+            EXPECT_EQ(firstMaximum(voxloc::moduleTracker().AzimuthElevationResult),
+                      model_.directions().peak);
+            EXPECT_EQ(firstMaximum(voxloc::moduleTracker().AzimuthRangeResult),
+                      model_.ranges().peak);
             expectSame(result.azimuth, expected.azimuth);
             expectSame(result.elevation, expected.elevation);
             expectSame(result.range, expected.range);

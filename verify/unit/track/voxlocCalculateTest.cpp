@@ -14,7 +14,7 @@
 #include "track/crossSpectrum.h"
 #include "track/gridSearch.h"
 #include "track/noiseLevel.h"
-#include "track/voxlocState.h"
+#include "track/tracker.h"
 #include "voxloc/unittestGenerator.h"
 
 namespace {
@@ -74,7 +74,7 @@ class VoxlocCalculate : public ::testing::Test {
 };
 
 bool holdsBlock(int channel, const float* older, const std::vector<float>& newer) {
-    const float* block = voxloc::InputAudio + channel * 4096;
+    const float* block = voxloc::moduleTracker().InputAudio + channel * 4096;
     for (int i = 0; i < 2048; ++i) {
         const float before = older == nullptr ? 0.0f : older[channel * 2048 + i] / FullScale;
         if (block[i] != before) return false;
@@ -95,11 +95,11 @@ TEST_F(VoxlocCalculate, JoinsTheFrameWithThePreviousOneForTheNextCall) {
 
 TEST_F(VoxlocCalculate, AnalysesNothingInTheFirstCall) {
     calculate(noiseFrame(6, 1));
-    EXPECT_TRUE(isZero(voxloc::FftResult, 6 * 4098));
-    EXPECT_TRUE(isZero(voxloc::Numerator1, 6 * 4098));
-    EXPECT_TRUE(isZero(voxloc::NoisePowerEstimate, 6 * 2049));
+    EXPECT_TRUE(isZero(voxloc::moduleTracker().FftResult, 6 * 4098));
+    EXPECT_TRUE(isZero(voxloc::moduleTracker().Numerator1, 6 * 4098));
+    EXPECT_TRUE(isZero(voxloc::moduleTracker().NoisePowerEstimate, 6 * 2049));
     calculate(noiseFrame(6, 2));
-    EXPECT_FALSE(isZero(voxloc::FftResult, 6 * 4098));
+    EXPECT_FALSE(isZero(voxloc::moduleTracker().FftResult, 6 * 4098));
 }
 
 // A call's spectra are those of the two frames before it. Transforming 4096 points rounds each bin
@@ -107,7 +107,8 @@ TEST_F(VoxlocCalculate, AnalysesNothingInTheFirstCall) {
 TEST_F(VoxlocCalculate, TransformsTheWindowedBlockOfThePreviousCall) {
     calculate(noiseFrame(6, 1));
     calculate(noiseFrame(6, 2));
-    const std::vector<float> blocks(voxloc::InputAudio, voxloc::InputAudio + 6 * 4096);
+    const std::vector<float> blocks(voxloc::moduleTracker().InputAudio,
+                                    voxloc::moduleTracker().InputAudio + 6 * 4096);
     calculate(noiseFrame(6, 3));
     for (std::size_t c = 0; c < 6; ++c) {
         std::vector<double> windowed(4096);
@@ -122,8 +123,8 @@ TEST_F(VoxlocCalculate, TransformsTheWindowedBlockOfThePreviousCall) {
         const double typical = std::sqrt(energy);  // the root mean square of the bins
         for (std::size_t k = 4; k < 2049; ++k) {
             const std::complex<double> actual(
-                static_cast<double>(voxloc::FftResult[c * 4098 + 2 * k]),
-                static_cast<double>(voxloc::FftResult[c * 4098 + 2 * k + 1]));
+                static_cast<double>(voxloc::moduleTracker().FftResult[c * 4098 + 2 * k]),
+                static_cast<double>(voxloc::moduleTracker().FftResult[c * 4098 + 2 * k + 1]));
             EXPECT_LE(std::abs(actual - expected[k]),
                       12.0 * Unit * typical + 4.0 * Unit * std::abs(expected[k]))
                 << c << " " << k;
@@ -137,34 +138,39 @@ TEST_F(VoxlocCalculate, SilencesTheLowestFourBins) {
     calculate(offset);
     calculate(noiseFrame(6, 1));
     for (int c = 0; c < 6; ++c) {
-        EXPECT_TRUE(isZero(voxloc::FftResult + c * 4098, 8)) << c;
-        EXPECT_NE(voxloc::FftResult[c * 4098 + 8], 0.0f) << c;
+        EXPECT_TRUE(isZero(voxloc::moduleTracker().FftResult + c * 4098, 8)) << c;
+        EXPECT_NE(voxloc::moduleTracker().FftResult[c * 4098 + 8], 0.0f) << c;
     }
 }
 
 TEST_F(VoxlocCalculate, WeighsEveryBinOfEveryChannel) {
     calculate(noiseFrame(6, 1));
     calculate(noiseFrame(6, 2));
-    std::vector<float> noise(voxloc::NoisePowerEstimate, voxloc::NoisePowerEstimate + 6 * 2049);
+    std::vector<float> noise(voxloc::moduleTracker().NoisePowerEstimate,
+                             voxloc::moduleTracker().NoisePowerEstimate + 6 * 2049);
     std::vector<float> weight(6 * 2049, NAN);
     calculate(noiseFrame(6, 3));
     for (std::size_t c = 0; c < 6; ++c) {
-        voxloc::updateFrequencyWeights(voxloc::FftResult + c * 4098, 2049, &noise[c * 2049],
-                                       &weight[c * 2049]);
+        voxloc::updateFrequencyWeights(voxloc::moduleTracker().FftResult + c * 4098, 2049,
+                                       &noise[c * 2049], &weight[c * 2049]);
     }
-    EXPECT_TRUE(std::equal(noise.begin(), noise.end(), voxloc::NoisePowerEstimate));
-    EXPECT_TRUE(std::equal(weight.begin(), weight.end(), voxloc::FrequencyWeight));
+    EXPECT_TRUE(std::equal(noise.begin(), noise.end(), voxloc::moduleTracker().NoisePowerEstimate));
+    EXPECT_TRUE(std::equal(weight.begin(), weight.end(), voxloc::moduleTracker().FrequencyWeight));
 }
 
 TEST_F(VoxlocCalculate, SwapsTheBuffers) {
     for (int frame = 0; frame < 4; ++frame) {
         const bool isEven = frame % 2 == 0;
-        EXPECT_EQ(voxloc::CurrentNumerator, isEven ? voxloc::Numerator1 : voxloc::Numerator2);
-        EXPECT_EQ(voxloc::PreviousNumerator, isEven ? voxloc::Numerator2 : voxloc::Numerator1);
-        EXPECT_EQ(voxloc::CurrentRawAudioInput,
-                  isEven ? voxloc::RawAudioInput1 : voxloc::RawAudioInput2);
-        EXPECT_EQ(voxloc::PreviousRawAudioInput,
-                  isEven ? voxloc::RawAudioInput2 : voxloc::RawAudioInput1);
+        EXPECT_EQ(voxloc::moduleTracker().CurrentNumerator,
+                  isEven ? voxloc::moduleTracker().Numerator1 : voxloc::moduleTracker().Numerator2);
+        EXPECT_EQ(voxloc::moduleTracker().PreviousNumerator,
+                  isEven ? voxloc::moduleTracker().Numerator2 : voxloc::moduleTracker().Numerator1);
+        EXPECT_EQ(voxloc::moduleTracker().CurrentRawAudioInput,
+                  isEven ? voxloc::moduleTracker().RawAudioInput1
+                         : voxloc::moduleTracker().RawAudioInput2);
+        EXPECT_EQ(voxloc::moduleTracker().PreviousRawAudioInput,
+                  isEven ? voxloc::moduleTracker().RawAudioInput2
+                         : voxloc::moduleTracker().RawAudioInput1);
         calculate(noiseFrame(6, 1));
     }
 }
@@ -179,27 +185,28 @@ TEST_F(VoxlocCalculate, ReadsTheFrameAndLeavesIt) {
 TEST_F(VoxlocCalculate, UsesTheLongTimeoutWhileTheNearEndTalksAlone) {
     Speech speech;
     EXPECT_EQ(voxloc_getFlag(VOXLOC_FLAG_VOICE, speech.calculate().flags), 0);
-    EXPECT_EQ(voxloc::TimeoutLimit, 2);
+    EXPECT_EQ(voxloc::moduleTracker().TimeoutLimit, 2);
     EXPECT_EQ(voxloc_getFlag(VOXLOC_FLAG_VOICE, speech.calculateFrames(10).flags), 1);
-    EXPECT_EQ(voxloc::TimeoutLimit, 35);
+    EXPECT_EQ(voxloc::moduleTracker().TimeoutLimit, 35);
     EXPECT_EQ(voxloc_getFlag(VOXLOC_FLAG_VOICE, speech.calculate(FarEnd).flags), 1);
-    EXPECT_EQ(voxloc::TimeoutLimit, 2);
+    EXPECT_EQ(voxloc::moduleTracker().TimeoutLimit, 2);
     speech.calculate();
-    EXPECT_EQ(voxloc::TimeoutLimit, 35);
+    EXPECT_EQ(voxloc::moduleTracker().TimeoutLimit, 35);
 }
 
 // No bin is updated: the short timeout zeroes them all, the updated ones in the second frame.
 TEST_F(VoxlocCalculate, LetsThePositionDecayWhileTheFarEndTalks) {
     Speech speech;
     EXPECT_GT(speech.calculateFrames(12).quality, 0.5f);
-    const std::vector<float> held(voxloc::PreviousNumerator, voxloc::PreviousNumerator + 6 * 4098);
+    const std::vector<float> held(voxloc::moduleTracker().PreviousNumerator,
+                                  voxloc::moduleTracker().PreviousNumerator + 6 * 4098);
     speech.calculate(FarEnd);
     for (std::size_t i = 0; i < held.size(); ++i) {
-        const float now = voxloc::PreviousNumerator[i];
+        const float now = voxloc::moduleTracker().PreviousNumerator[i];
         ASSERT_TRUE(now == held[i] || now == 0.0f) << i;
     }
     const TrackerResult result = speech.calculate(FarEnd);
-    EXPECT_TRUE(isZero(voxloc::PreviousNumerator, 6 * 4098));
+    EXPECT_TRUE(isZero(voxloc::moduleTracker().PreviousNumerator, 6 * 4098));
     EXPECT_EQ(result.quality, 0.0f);
     EXPECT_EQ(voxloc_getFlag(VOXLOC_FLAG_FAR_END, result.flags), 1);
 }
@@ -232,11 +239,13 @@ TEST_F(VoxlocCalculate, CopiesTheInputFlags) {
 TEST_F(VoxlocCalculate, FreezesTheNoiseLevelWithTheNoiseFlag) {
     Speech speech;
     speech.calculateFrames(5);
-    const std::vector<float> before(voxloc::NoiseLevel, voxloc::NoiseLevel + 2049);
+    const std::vector<float> before(voxloc::moduleTracker().Noise.NoiseLevel,
+                                    voxloc::moduleTracker().Noise.NoiseLevel + 2049);
     speech.calculate(NoiseFlag);
-    EXPECT_TRUE(std::equal(before.begin(), before.end(), voxloc::NoiseLevel));
+    EXPECT_TRUE(std::equal(before.begin(), before.end(), voxloc::moduleTracker().Noise.NoiseLevel));
     speech.calculate();
-    EXPECT_FALSE(std::equal(before.begin(), before.end(), voxloc::NoiseLevel));
+    EXPECT_FALSE(
+        std::equal(before.begin(), before.end(), voxloc::moduleTracker().Noise.NoiseLevel));
 }
 
 TEST_F(VoxlocCalculate, ReportsTheFirstMaximaOfTheGrids) {
@@ -244,19 +253,23 @@ TEST_F(VoxlocCalculate, ReportsTheFirstMaximaOfTheGrids) {
     speech.calculateFrames(5);
     for (int frame = 0; frame < 8; ++frame) {
         const TrackerResult result = speech.calculate();
-        const auto direction = std::max_element(voxloc::AzimuthElevationResult,
-                                                voxloc::AzimuthElevationResult + 29737) -
-                               voxloc::AzimuthElevationResult;
-        const auto place =
-            std::max_element(voxloc::AzimuthRangeResult, voxloc::AzimuthRangeResult + 10896) -
-            voxloc::AzimuthRangeResult;
-        const voxloc::RangeRows rows =
-            voxloc::flatRangeRows(voxloc::AzimuthRangeResult, static_cast<int>(place));
-        EXPECT_EQ(result.elevation, voxloc::ElevationAngles[direction / 227] * 57.295776f);
-        EXPECT_EQ(result.azimuth, voxloc::AzimuthAngles[place % 227] * 57.295776f);
-        EXPECT_EQ(result.range, (voxloc::Ranges[rows.first] + voxloc::Ranges[rows.last]) * 0.5f);
-        EXPECT_EQ(result.quality,
-                  voxloc::AzimuthRangeResult[place] + voxloc::AzimuthElevationResult[direction]);
+        const auto direction =
+            std::max_element(voxloc::moduleTracker().AzimuthElevationResult,
+                             voxloc::moduleTracker().AzimuthElevationResult + 29737) -
+            voxloc::moduleTracker().AzimuthElevationResult;
+        const auto place = std::max_element(voxloc::moduleTracker().AzimuthRangeResult,
+                                            voxloc::moduleTracker().AzimuthRangeResult + 10896) -
+                           voxloc::moduleTracker().AzimuthRangeResult;
+        const voxloc::RangeRows rows = voxloc::flatRangeRows(
+            voxloc::moduleTracker().AzimuthRangeResult, static_cast<int>(place));
+        EXPECT_EQ(result.elevation,
+                  voxloc::moduleTracker().ElevationAngles[direction / 227] * 57.295776f);
+        EXPECT_EQ(result.azimuth, voxloc::moduleTracker().AzimuthAngles[place % 227] * 57.295776f);
+        EXPECT_EQ(result.range, (voxloc::moduleTracker().Ranges[rows.first] +
+                                 voxloc::moduleTracker().Ranges[rows.last]) *
+                                    0.5f);
+        EXPECT_EQ(result.quality, voxloc::moduleTracker().AzimuthRangeResult[place] +
+                                      voxloc::moduleTracker().AzimuthElevationResult[direction]);
     }
 }
 
@@ -264,14 +277,16 @@ TEST_F(VoxlocCalculate, ReportsTheFirstMaximaOfTheGrids) {
 
 TEST(VoxlocCalculateFoxglove, SearchesWhateverTheGridOfDirectionsHolds) {
     const InitializedModule module(PRODUCT_FOXGLOVE);
-    std::fill_n(voxloc::AzimuthElevationResult, 29737, 0.0f);
+    std::fill_n(voxloc::moduleTracker().AzimuthElevationResult, 29737, 0.0f);
     const std::vector<float> silence(4 * 2048);
-    EXPECT_EQ(calculate(silence).elevation, voxloc::ElevationAngles[0] * 57.295776f);
+    EXPECT_EQ(calculate(silence).elevation,
+              voxloc::moduleTracker().ElevationAngles[0] * 57.295776f);
     EXPECT_EQ(calculate(silence).quality, 0.0f);
-    voxloc::AzimuthElevationResult[50 * 227 + 3] = 0.75f;
-    EXPECT_EQ(calculate(silence).elevation, voxloc::ElevationAngles[50] * 57.295776f);
+    voxloc::moduleTracker().AzimuthElevationResult[50 * 227 + 3] = 0.75f;
+    EXPECT_EQ(calculate(silence).elevation,
+              voxloc::moduleTracker().ElevationAngles[50] * 57.295776f);
     EXPECT_EQ(calculate(silence).quality, 0.75f);
-    EXPECT_EQ(voxloc::AzimuthElevationResult[50 * 227 + 3], 0.75f);
+    EXPECT_EQ(voxloc::moduleTracker().AzimuthElevationResult[50 * 227 + 3], 0.75f);
 }
 
 // --- A panel mounted upside down ----------------------------------------------------------------
@@ -332,9 +347,11 @@ class OddPanel {
 };
 
 float upsideDownRatio() {
-    return (voxloc::ElevationQuality[0] + voxloc::ElevationQuality[1]) /
-           (voxloc::AzimuthQuality[0] + voxloc::AzimuthQuality[1] + voxloc::AzimuthQuality[2] +
-            voxloc::ElevationQuality[2]);
+    return (voxloc::moduleTracker().ElevationQuality[0] +
+            voxloc::moduleTracker().ElevationQuality[1]) /
+           (voxloc::moduleTracker().AzimuthQuality[0] + voxloc::moduleTracker().AzimuthQuality[1] +
+            voxloc::moduleTracker().AzimuthQuality[2] +
+            voxloc::moduleTracker().ElevationQuality[2]);
 }
 
 bool isValid(const TrackerResult& result) {
@@ -350,7 +367,7 @@ TEST(UpsideDown, InvalidatesThePositionAboveTheRatio) {
     bool justAbove = false;
     for (const double shared : {0.0, 0.2, 0.28, 0.3, 0.5}) {
         const InitializedModule module(PRODUCT_ASTER);
-        voxloc::BlockedCounter = 0;
+        voxloc::moduleTracker().BlockedCounter = 0;
         OddPanel panel(shared);
         int blocked = 0;
         for (int frame = 0; frame < 16; ++frame) {
@@ -360,7 +377,7 @@ TEST(UpsideDown, InvalidatesThePositionAboveTheRatio) {
             const bool isBlocked = isVoice(result) && ratio > 1.8f;
             EXPECT_EQ(isValid(result), !isBlocked);
             if (isBlocked) ++blocked;
-            EXPECT_EQ(voxloc::BlockedCounter, blocked);
+            EXPECT_EQ(voxloc::moduleTracker().BlockedCounter, blocked);
             justBelow = justBelow || (isVoice(result) && ratio > 1.7f && ratio <= 1.8f);
             justAbove = justAbove || (isVoice(result) && ratio > 1.8f && ratio < 1.9f);
         }
@@ -385,8 +402,8 @@ TEST(UpsideDown, IsOnlyJudgedWhileThereIsVoice) {
 TEST(UpsideDown, IsJudgedForAsterOnly) {
     const InitializedModule module(PRODUCT_ASTER);
     OddPanel panel(0.0);
-    voxloc::ProductType = PRODUCT_CINDER;  // everything else stays the same
-    voxloc::BlockedCounter = 0;
+    voxloc::moduleTracker().ProductType = PRODUCT_CINDER;  // everything else stays the same
+    voxloc::moduleTracker().BlockedCounter = 0;
     bool judged = false;
     for (int frame = 0; frame < 14; ++frame) {
         const TrackerResult result = calculate(panel.next());
@@ -394,13 +411,13 @@ TEST(UpsideDown, IsJudgedForAsterOnly) {
         judged = judged || (isVoice(result) && upsideDownRatio() > 1.8f);
     }
     EXPECT_TRUE(judged);
-    EXPECT_EQ(voxloc::BlockedCounter, 0);
+    EXPECT_EQ(voxloc::moduleTracker().BlockedCounter, 0);
 }
 
 TEST(UpsideDown, IsWarnedOfInEveryHundredthFrame) {
     const InitializedModule module(PRODUCT_ASTER);
     OddPanel panel(0.0);
-    voxloc::BlockedCounter = 97;
+    voxloc::moduleTracker().BlockedCounter = 97;
     int blocked = 0;
     for (int frame = 0; frame < 16; ++frame) {
         const std::vector<float> audio = panel.next();
@@ -413,24 +430,25 @@ TEST(UpsideDown, IsWarnedOfInEveryHundredthFrame) {
         EXPECT_EQ(
             log, isHundredth ? "Warning: The front panel is most likely mounted upside down\n" : "")
             << frame;
-        EXPECT_EQ(voxloc::BlockedCounter, blocked < 3 ? 97 + blocked : blocked - 3) << frame;
+        EXPECT_EQ(voxloc::moduleTracker().BlockedCounter, blocked < 3 ? 97 + blocked : blocked - 3)
+            << frame;
     }
     EXPECT_GT(blocked, 5);
 }
 
 TEST(UpsideDown, IsCountedOnAcrossInitializations) {
-    voxloc::BlockedCounter = 0;
+    voxloc::moduleTracker().BlockedCounter = 0;
     int blocked = 0;
     for (int run = 0; run < 2; ++run) {
         const InitializedModule module(PRODUCT_ASTER);
-        EXPECT_EQ(voxloc::BlockedCounter, blocked);
+        EXPECT_EQ(voxloc::moduleTracker().BlockedCounter, blocked);
         OddPanel panel(0.0);
         for (int frame = 0; frame < 12; ++frame) {
             if (!isValid(calculate(panel.next()))) ++blocked;
         }
     }
     EXPECT_GT(blocked, 2);
-    EXPECT_EQ(voxloc::BlockedCounter, blocked);
+    EXPECT_EQ(voxloc::moduleTracker().BlockedCounter, blocked);
 }
 
 }  // namespace

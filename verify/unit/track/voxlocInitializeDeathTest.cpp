@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "kit/lastWords.h"
-#include "track/voxlocState.h"
+#include "track/tracker.h"
 
 namespace {
 
@@ -17,10 +17,16 @@ std::string moduleReport(const std::string& function, const std::string& express
 #define EXPECT_ABORT(statement, report) \
     EXPECT_EXIT(statement, ::testing::KilledBySignal(SIGABRT), report)
 
+// The log says which number came before the assertion fails.
+std::string noProductReport(std::int32_t type) {
+    const std::string assertion = moduleReport("voxloc_initialize", "false");
+    return "^No product has the type " + std::to_string(type) + "\n" + assertion.substr(1);
+}
+
 TEST(VoxlocInitializeDeathTest, RejectsWhatIsNoProduct) {
     for (const std::int32_t type : {3, 8, -1, INT32_MIN, INT32_MAX}) {
         SCOPED_TRACE(type);
-        EXPECT_ABORT(voxloc_initialize(type), moduleReport("voxloc_initialize", "false"));
+        EXPECT_ABORT(voxloc_initialize(type), noProductReport(type));
     }
 }
 
@@ -34,15 +40,14 @@ TEST(VoxlocInitializeDeathTest, RejectsASecondInitialize) {
 // The product is looked at before the state.
 TEST(VoxlocInitializeDeathTest, RejectsWhatIsNoProductFirst) {
     voxloc_initialize(PRODUCT_ASTER);
-    EXPECT_ABORT(voxloc_initialize(3), moduleReport("voxloc_initialize", "false"));
+    EXPECT_ABORT(voxloc_initialize(3), noProductReport(3));
     voxloc_destroy();
 }
 
 TEST(InitializeTransducerDataDeathTest, RejectsAProductWithoutPositions) {
     voxloc_initialize(PRODUCT_ASTER);
     const auto placeUnknown = [] {
-        voxloc::ProductType = 3;
-        voxloc::initializeTransducerData();
+        voxloc::initializeTransducerData(voxloc::moduleTracker(), nullptr);
     };
     EXPECT_ABORT(placeUnknown(), moduleReport("initializeTransducerData", "false"));
     voxloc_destroy();
@@ -56,27 +61,30 @@ struct Check {
 // In the order in which they are made.
 const std::vector<Check>& checks() {
     static const std::vector<Check> list{
-        {"NumberOfChannels > 0", [] { voxloc::NumberOfChannels = 0; }},
-        {"NumberOfAzimuthPairs > 0", [] { voxloc::NumberOfAzimuthPairs = 0; }},
-        {"MinimumElevation != 0\\.0f", [] { voxloc::MinimumElevation = 0.0f; }},
-        {"MinimumAzimuth != 0\\.0f", [] { voxloc::MinimumAzimuth = 0.0f; }},
-        {"AngleInterval > 0\\.0f", [] { voxloc::AngleInterval = 0.0f; }},
-        {"InputAudio", [] { voxloc::InputAudio = nullptr; }},
-        {"RawAudioInput1", [] { voxloc::RawAudioInput1 = nullptr; }},
-        {"RawAudioInput2", [] { voxloc::RawAudioInput2 = nullptr; }},
-        {"FftResult", [] { voxloc::FftResult = nullptr; }},
-        {"Numerator1", [] { voxloc::Numerator1 = nullptr; }},
-        {"Numerator2", [] { voxloc::Numerator2 = nullptr; }},
-        {"NoisePowerEstimate", [] { voxloc::NoisePowerEstimate = nullptr; }},
-        {"FrequencyWeight", [] { voxloc::FrequencyWeight = nullptr; }},
-        {"TimeoutCounter", [] { voxloc::TimeoutCounter = nullptr; }},
-        {"AzimuthElevationLookupTable", [] { voxloc::AzimuthElevationLookupTable = nullptr; }},
-        {"AzimuthRangeLookupTable", [] { voxloc::AzimuthRangeLookupTable = nullptr; }},
-        {"Microphones", [] { voxloc::Microphones = nullptr; }},
-        {"Loudspeaker", [] { voxloc::Loudspeaker = nullptr; }},
-        {"AzimuthPairs", [] { voxloc::AzimuthPairs = nullptr; }},
-        {"AzimuthQuality", [] { voxloc::AzimuthQuality = nullptr; }},
-        {"ElevationQuality", [] { voxloc::ElevationQuality = nullptr; }},
+        {"NumberOfChannels > 0", [] { voxloc::moduleTracker().NumberOfChannels = 0; }},
+        {"NumberOfAzimuthPairs > 0", [] { voxloc::moduleTracker().NumberOfAzimuthPairs = 0; }},
+        {"MinimumElevation != 0\\.0f", [] { voxloc::moduleTracker().MinimumElevation = 0.0f; }},
+        {"MinimumAzimuth != 0\\.0f", [] { voxloc::moduleTracker().MinimumAzimuth = 0.0f; }},
+        {"AngleInterval > 0\\.0f", [] { voxloc::moduleTracker().AngleInterval = 0.0f; }},
+        {"InputAudio", [] { voxloc::moduleTracker().InputAudio = nullptr; }},
+        {"RawAudioInput1", [] { voxloc::moduleTracker().RawAudioInput1 = nullptr; }},
+        {"RawAudioInput2", [] { voxloc::moduleTracker().RawAudioInput2 = nullptr; }},
+        {"FftResult", [] { voxloc::moduleTracker().FftResult = nullptr; }},
+        {"Numerator1", [] { voxloc::moduleTracker().Numerator1 = nullptr; }},
+        {"Numerator2", [] { voxloc::moduleTracker().Numerator2 = nullptr; }},
+        {"NoisePowerEstimate", [] { voxloc::moduleTracker().NoisePowerEstimate = nullptr; }},
+        {"FrequencyWeight", [] { voxloc::moduleTracker().FrequencyWeight = nullptr; }},
+        {"TimeoutCounter", [] { voxloc::moduleTracker().TimeoutCounter = nullptr; }},
+        {"AzimuthElevationLookupTable",
+         [] { voxloc::moduleTracker().AzimuthElevationLookupTable = nullptr; }},
+        {"AzimuthRangeLookupTable",
+         [] { voxloc::moduleTracker().AzimuthRangeLookupTable = nullptr; }},
+        {"Microphones", [] { voxloc::moduleTracker().Microphones = nullptr; }},
+        {"Loudspeaker", [] { voxloc::moduleTracker().Loudspeaker = nullptr; }},
+        {"AzimuthPairs", [] { voxloc::moduleTracker().AzimuthPairs = nullptr; }},
+        {"AzimuthQuality", [] { voxloc::moduleTracker().AzimuthQuality = nullptr; }},
+        {"ElevationQuality", [] { voxloc::moduleTracker().ElevationQuality = nullptr; }},
+        {"KeptCorrelations", [] { voxloc::moduleTracker().KeptCorrelations = nullptr; }},
     };
     return list;
 }
@@ -87,7 +95,7 @@ TEST(CheckMemoryAllocationDeathTest, MakesEachCheckByItsName) {
         SCOPED_TRACE(check.pattern);
         const auto breakOne = [&check] {
             check.breakIt();
-            voxloc::checkMemoryAllocation();
+            voxloc::checkMemoryAllocation(voxloc::moduleTracker());
         };
         EXPECT_ABORT(breakOne(), moduleReport("checkMemoryAllocation", check.pattern));
     }
@@ -101,7 +109,7 @@ TEST(CheckMemoryAllocationDeathTest, MakesTheChecksInOrder) {
         SCOPED_TRACE(checks()[first].pattern);
         const auto breakTheRest = [first] {
             for (std::size_t i = first; i < checks().size(); ++i) checks()[i].breakIt();
-            voxloc::checkMemoryAllocation();
+            voxloc::checkMemoryAllocation(voxloc::moduleTracker());
         };
         EXPECT_ABORT(breakTheRest(),
                      moduleReport("checkMemoryAllocation", checks()[first].pattern));
@@ -111,24 +119,24 @@ TEST(CheckMemoryAllocationDeathTest, MakesTheChecksInOrder) {
 
 TEST(CheckMemoryAllocation, LooksNeitherAtTheElevationPairsNorAtTheirCount) {
     voxloc_initialize(PRODUCT_ASTER);
-    voxloc::MicrophonePair* const pairs = voxloc::ElevationPairs;
-    voxloc::ElevationPairs = nullptr;
-    voxloc::NumberOfElevationPairs = 0;
-    voxloc::checkMemoryAllocation();
-    voxloc::ElevationPairs = pairs;
-    voxloc::NumberOfElevationPairs = 3;
+    voxloc::MicrophonePair* const pairs = voxloc::moduleTracker().ElevationPairs;
+    voxloc::moduleTracker().ElevationPairs = nullptr;
+    voxloc::moduleTracker().NumberOfElevationPairs = 0;
+    voxloc::checkMemoryAllocation(voxloc::moduleTracker());
+    voxloc::moduleTracker().ElevationPairs = pairs;
+    voxloc::moduleTracker().NumberOfElevationPairs = 3;
     voxloc_destroy();
 }
 
 TEST(CheckMemoryAllocationDeathTest, TakesNegativeNumbersForMissing) {
     voxloc_initialize(PRODUCT_ASTER);
     const auto negativeChannels = [] {
-        voxloc::NumberOfChannels = -1;
-        voxloc::checkMemoryAllocation();
+        voxloc::moduleTracker().NumberOfChannels = -1;
+        voxloc::checkMemoryAllocation(voxloc::moduleTracker());
     };
     const auto negativeInterval = [] {
-        voxloc::AngleInterval = -0.008f;
-        voxloc::checkMemoryAllocation();
+        voxloc::moduleTracker().AngleInterval = -0.008f;
+        voxloc::checkMemoryAllocation(voxloc::moduleTracker());
     };
     EXPECT_ABORT(negativeChannels(), moduleReport("checkMemoryAllocation", "NumberOfChannels > 0"));
     EXPECT_ABORT(negativeInterval(),

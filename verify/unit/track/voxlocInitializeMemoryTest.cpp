@@ -3,14 +3,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <csignal>
 #include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "kit/lastWords.h"
+#include "models/geometryModel.h"
 #include "models/productRows.h"
-#include "track/voxlocState.h"
+#include "track/tracker.h"
 #include "voxloc/unittestGenerator.h"
 
 namespace {
@@ -123,6 +126,7 @@ std::vector<std::string> reports() {
     list.push_back(tracker("voxloc_initialize", "IsTransducersInitialized"));
     list.push_back(tracker("checkMemoryAllocation", "AzimuthQuality"));
     list.push_back(tracker("checkMemoryAllocation", "ElevationQuality"));
+    list.push_back(tracker("checkMemoryAllocation", "KeptCorrelations"));
     list.push_back(ultrasound("38", "UltraSoundLevel"));
     list.push_back(ultrasound("39", "NeighborBandLevel"));
     return list;
@@ -136,6 +140,23 @@ INSTANTIATE_TEST_SUITE_P(Every, Allocations, ::testing::ValuesIn(reference::prod
 // Nothing is asked for as one element: some libraries give null for no bytes.
 std::size_t atLeastOne(std::size_t bytes, std::size_t element) {
     return bytes > 0 ? bytes : element;
+}
+
+// The slots of the correlations lie as close as the widest pair's two ends allow, each with room
+// for the search to read 64 floats on; the last one is whole.
+std::size_t keptCorrelations(const reference::ProductRow& row) {
+    double widest = 0.0;
+    for (const auto& list : {row.elevationPair, row.azimuthPair}) {
+        for (const auto& [first, second] : list) {
+            widest = std::max(widest, static_cast<double>(reference::distance(
+                                          row.microphones[static_cast<std::size_t>(first)],
+                                          row.microphones[static_cast<std::size_t>(second)])));
+        }
+    }
+    const std::size_t lags = static_cast<std::size_t>(std::ceil(widest * 551.7241)) + 2;
+    const std::size_t slot = 2 * (lags + lags % 2) + 64;
+    const std::size_t pairs = row.elevationPair.size() + row.azimuthPair.size();
+    return ((pairs - 1) * slot + 16384 + 8 + 64) * sizeof(float);
 }
 
 TEST_P(Allocations, AreTheBuffersInOrder) {
@@ -161,8 +182,9 @@ TEST_P(Allocations, AreTheBuffersInOrder) {
         atLeastOne(elevation * sizeof(voxloc::MicrophonePair), sizeof(voxloc::MicrophonePair)),
         azimuth * 4,                   // AzimuthQuality
         atLeastOne(elevation * 4, 4),  // ElevationQuality
-        n * 4,                         // UltraSoundLevel
-        n * 4,                         // NeighborBandLevel
+        keptCorrelations(GetParam()),
+        n * 4,  // UltraSoundLevel
+        n * 4,  // NeighborBandLevel
     };
     initializeWithFailing(GetParam().type, 0, false);
     EXPECT_EQ(std::vector<std::size_t>(heap.bytes, heap.bytes + heap.zeroedAllocations), expected);

@@ -10,7 +10,7 @@
 #include "track/frequencyDomainVad.h"
 #include "track/noiseLevel.h"
 #include "track/timeDomainVad.h"
-#include "track/voxlocState.h"
+#include "track/tracker.h"
 
 namespace {
 
@@ -32,58 +32,61 @@ bool isZero(const Value* values, int count) {
 TEST_P(VoxlocInitialize, StartsWithZeroedBuffers) {
     const int n = GetParam().channels;
     const int pairs = GetParam().elevationPairs + GetParam().azimuthPairs;
-    EXPECT_TRUE(isZero(voxloc::InputAudio, n * 4096));
-    EXPECT_TRUE(isZero(voxloc::RawAudioInput1, n * 2048));
-    EXPECT_TRUE(isZero(voxloc::RawAudioInput2, n * 2048));
-    EXPECT_TRUE(isZero(voxloc::FftResult, n * 4098));
-    EXPECT_TRUE(isZero(voxloc::Numerator1, pairs * 4098));
-    EXPECT_TRUE(isZero(voxloc::Numerator2, pairs * 4098));
-    EXPECT_TRUE(isZero(voxloc::NoisePowerEstimate, n * 2049));
-    EXPECT_TRUE(isZero(voxloc::FrequencyWeight, n * 2049));
-    EXPECT_TRUE(isZero(voxloc::TimeoutCounter, pairs * 2049));
-    EXPECT_TRUE(isZero(voxloc::AzimuthQuality, GetParam().azimuthPairs));
-    EXPECT_TRUE(isZero(voxloc::ElevationQuality, GetParam().elevationPairs));
+    EXPECT_TRUE(isZero(voxloc::moduleTracker().InputAudio, n * 4096));
+    EXPECT_TRUE(isZero(voxloc::moduleTracker().RawAudioInput1, n * 2048));
+    EXPECT_TRUE(isZero(voxloc::moduleTracker().RawAudioInput2, n * 2048));
+    EXPECT_TRUE(isZero(voxloc::moduleTracker().FftResult, n * 4098));
+    EXPECT_TRUE(isZero(voxloc::moduleTracker().Numerator1, pairs * 4098));
+    EXPECT_TRUE(isZero(voxloc::moduleTracker().Numerator2, pairs * 4098));
+    EXPECT_TRUE(isZero(voxloc::moduleTracker().NoisePowerEstimate, n * 2049));
+    EXPECT_TRUE(isZero(voxloc::moduleTracker().FrequencyWeight, n * 2049));
+    EXPECT_TRUE(isZero(voxloc::moduleTracker().TimeoutCounter, pairs * 2049));
+    EXPECT_TRUE(isZero(voxloc::moduleTracker().AzimuthQuality, GetParam().azimuthPairs));
+    EXPECT_TRUE(isZero(voxloc::moduleTracker().ElevationQuality, GetParam().elevationPairs));
 }
 
 TEST_P(VoxlocInitialize, PointsAtTheFirstBufferAsCurrentAndTheSecondAsPrevious) {
-    EXPECT_EQ(voxloc::CurrentRawAudioInput, voxloc::RawAudioInput1);
-    EXPECT_EQ(voxloc::PreviousRawAudioInput, voxloc::RawAudioInput2);
-    EXPECT_EQ(voxloc::CurrentNumerator, voxloc::Numerator1);
-    EXPECT_EQ(voxloc::PreviousNumerator, voxloc::Numerator2);
-    EXPECT_NE(voxloc::Numerator1, voxloc::Numerator2);
-    EXPECT_NE(voxloc::RawAudioInput1, voxloc::RawAudioInput2);
+    EXPECT_EQ(voxloc::moduleTracker().CurrentRawAudioInput, voxloc::moduleTracker().RawAudioInput1);
+    EXPECT_EQ(voxloc::moduleTracker().PreviousRawAudioInput,
+              voxloc::moduleTracker().RawAudioInput2);
+    EXPECT_EQ(voxloc::moduleTracker().CurrentNumerator, voxloc::moduleTracker().Numerator1);
+    EXPECT_EQ(voxloc::moduleTracker().PreviousNumerator, voxloc::moduleTracker().Numerator2);
+    EXPECT_NE(voxloc::moduleTracker().Numerator1, voxloc::moduleTracker().Numerator2);
+    EXPECT_NE(voxloc::moduleTracker().RawAudioInput1, voxloc::moduleTracker().RawAudioInput2);
 }
 
 TEST_P(VoxlocInitialize, SetsTheShortTimeoutAndTheInitializedFlag) {
-    EXPECT_EQ(voxloc::TimeoutLimit, 2);
-    EXPECT_TRUE(voxloc::IsTransducersInitialized);
-    EXPECT_EQ(voxloc::recording, nullptr);
+    EXPECT_EQ(voxloc::moduleTracker().TimeoutLimit, 2);
+    EXPECT_TRUE(voxloc::moduleTracker().IsTransducersInitialized);
+    EXPECT_EQ(voxloc::moduleTracker().recording, nullptr);
 }
 
 TEST_P(VoxlocInitialize, InitializesTheFourDetectors) {
-    EXPECT_EQ(voxloc::NoiseCountFromBoot, 40);
-    EXPECT_TRUE(isZero(voxloc::NoiseLevel, 2049));
-    EXPECT_EQ(voxloc::HangCount, 0);
-    EXPECT_EQ(voxloc::CurrentMedianFilterDifference, 1e-12f);
-    EXPECT_TRUE(voxloc::PreviousResult);
-    EXPECT_TRUE(isZero(voxloc::UltraSoundLevel, GetParam().channels));
-    EXPECT_TRUE(isZero(voxloc::NeighborBandLevel, GetParam().channels));
+    EXPECT_EQ(voxloc::moduleTracker().Noise.NoiseCountFromBoot, 40);
+    EXPECT_TRUE(isZero(voxloc::moduleTracker().Noise.NoiseLevel, 2049));
+    EXPECT_EQ(voxloc::moduleTracker().FrequencyDomain.HangCount, 0);
+    EXPECT_EQ(voxloc::moduleTracker().TimeDomain.CurrentMedianFilterDifference, 1e-12f);
+    EXPECT_TRUE(voxloc::moduleTracker().TimeDomain.PreviousResult);
+    EXPECT_TRUE(isZero(voxloc::moduleTracker().UltraSound.UltraSoundLevel, GetParam().channels));
+    EXPECT_TRUE(isZero(voxloc::moduleTracker().UltraSound.NeighborBandLevel, GetParam().channels));
     EXPECT_EQ(voxloc_getUltraSoundLevel(), -100.0f);
 }
 
 TEST_P(VoxlocInitialize, FillsTheTransformTables) {
     std::vector<float> window(4096);
     voxloc_generateHammingWindow(window.data());
-    EXPECT_TRUE(std::equal(window.begin(), window.end(), voxloc::HammingWindow));
+    EXPECT_TRUE(
+        std::equal(window.begin(), window.end(), voxloc::moduleTracker().Tables.HammingWindow));
 
     std::vector<float> twiddles(4096);
     std::vector<float> a(4096);
     std::vector<float> b(4096);
     voxloc_generateTwiddleFactors(twiddles.data(), 2048);
     voxloc_generateAbTables(a.data(), b.data(), 2048);
-    EXPECT_TRUE(std::equal(twiddles.begin(), twiddles.end(), voxloc::TwiddleFactors));
-    EXPECT_TRUE(std::equal(a.begin(), a.end(), voxloc::ATable));
-    EXPECT_TRUE(std::equal(b.begin(), b.end(), voxloc::BTable));
+    EXPECT_TRUE(std::equal(twiddles.begin(), twiddles.end(),
+                           voxloc::moduleTracker().Tables.TwiddleFactors));
+    EXPECT_TRUE(std::equal(a.begin(), a.end(), voxloc::moduleTracker().Tables.ATable));
+    EXPECT_TRUE(std::equal(b.begin(), b.end(), voxloc::moduleTracker().Tables.BTable));
 }
 
 TEST_P(VoxlocInitialize, FillsTheUpsampledTransformTables) {
@@ -92,9 +95,10 @@ TEST_P(VoxlocInitialize, FillsTheUpsampledTransformTables) {
     std::vector<float> b(16384);
     voxloc_generateTwiddleFactors(twiddles.data(), 8192);
     voxloc_generateAbTables(a.data(), b.data(), 8192);
-    EXPECT_TRUE(std::equal(twiddles.begin(), twiddles.end(), voxloc::TwiddleFactorsUpsampled));
-    EXPECT_TRUE(std::equal(a.begin(), a.end(), voxloc::ATableUpsampled));
-    EXPECT_TRUE(std::equal(b.begin(), b.end(), voxloc::BTableUpsampled));
+    EXPECT_TRUE(std::equal(twiddles.begin(), twiddles.end(),
+                           voxloc::moduleTracker().Tables.TwiddleFactorsUpsampled));
+    EXPECT_TRUE(std::equal(a.begin(), a.end(), voxloc::moduleTracker().Tables.ATableUpsampled));
+    EXPECT_TRUE(std::equal(b.begin(), b.end(), voxloc::moduleTracker().Tables.BTableUpsampled));
 }
 
 TEST(VoxlocGetters, AnswerForTheInitializedProduct) {
@@ -113,9 +117,9 @@ TEST(VoxlocDestroy, ClearsTheInitializedFlagAndMayBeCalledAgain) {
     voxloc_destroy();  // never initialised
     voxloc_initialize(PRODUCT_GANNET);
     voxloc_destroy();
-    EXPECT_FALSE(voxloc::IsTransducersInitialized);
+    EXPECT_FALSE(voxloc::moduleTracker().IsTransducersInitialized);
     voxloc_destroy();
-    EXPECT_FALSE(voxloc::IsTransducersInitialized);
+    EXPECT_FALSE(voxloc::moduleTracker().IsTransducersInitialized);
 }
 
 TEST(VoxlocDestroy, LeavesTheModuleReadyForAnotherProduct) {
@@ -128,24 +132,26 @@ TEST(VoxlocDestroy, LeavesTheModuleReadyForAnotherProduct) {
 TEST(VoxlocInitializeAgain, KeepsTheCountOfBlockedFrames) {
     {
         const InitializedModule module(PRODUCT_ASTER);
-        voxloc::BlockedCounter = 57;
+        voxloc::moduleTracker().BlockedCounter = 57;
     }
     const InitializedModule module(PRODUCT_ASTER);
-    EXPECT_EQ(voxloc::BlockedCounter, 57);
+    EXPECT_EQ(voxloc::moduleTracker().BlockedCounter, 57);
 }
 
 TEST(VoxlocInitializeAgain, SetsTheShortTimeoutAndTheBufferPointers) {
     voxloc_initialize(PRODUCT_ASTER);
-    voxloc::TimeoutLimit = 35;
-    std::swap(voxloc::CurrentNumerator, voxloc::PreviousNumerator);
-    std::swap(voxloc::CurrentRawAudioInput, voxloc::PreviousRawAudioInput);
+    voxloc::moduleTracker().TimeoutLimit = 35;
+    std::swap(voxloc::moduleTracker().CurrentNumerator, voxloc::moduleTracker().PreviousNumerator);
+    std::swap(voxloc::moduleTracker().CurrentRawAudioInput,
+              voxloc::moduleTracker().PreviousRawAudioInput);
     voxloc_destroy();
     const InitializedModule module(PRODUCT_BRAMBLE);
-    EXPECT_EQ(voxloc::TimeoutLimit, 2);
-    EXPECT_EQ(voxloc::CurrentNumerator, voxloc::Numerator1);
-    EXPECT_EQ(voxloc::PreviousNumerator, voxloc::Numerator2);
-    EXPECT_EQ(voxloc::CurrentRawAudioInput, voxloc::RawAudioInput1);
-    EXPECT_EQ(voxloc::PreviousRawAudioInput, voxloc::RawAudioInput2);
+    EXPECT_EQ(voxloc::moduleTracker().TimeoutLimit, 2);
+    EXPECT_EQ(voxloc::moduleTracker().CurrentNumerator, voxloc::moduleTracker().Numerator1);
+    EXPECT_EQ(voxloc::moduleTracker().PreviousNumerator, voxloc::moduleTracker().Numerator2);
+    EXPECT_EQ(voxloc::moduleTracker().CurrentRawAudioInput, voxloc::moduleTracker().RawAudioInput1);
+    EXPECT_EQ(voxloc::moduleTracker().PreviousRawAudioInput,
+              voxloc::moduleTracker().RawAudioInput2);
 }
 
 }  // namespace

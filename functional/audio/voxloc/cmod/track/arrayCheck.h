@@ -79,16 +79,30 @@ constexpr ArrayFault findCountFault(const VoxlocArray& array) {
     return {};
 }
 
+/**
+ * Far from the origin, where the talker is looked for, single precision cannot tell two
+ * microphones' distances apart any more: their lags would be wrong, and at last beyond the
+ * correlation.
+ */
+constexpr float FarthestCoordinate = 100.0f;  // metres
+
+constexpr bool isNear(float coordinate) {
+    return coordinate >= -FarthestCoordinate && coordinate <= FarthestCoordinate;
+}
+
+constexpr ArrayFault findPlaceFault(const char* field, int index, const Position& p) {
+    if (!isFinite(p))
+        return {field, index, "", false, 0.0, "has a coordinate that is not a number"};
+    if (isNear(p.x) && isNear(p.y) && isNear(p.z)) return {};
+    return {field, index, "", false, 0.0, "has a coordinate beyond 100 m"};
+}
+
 constexpr ArrayFault findPositionFault(const VoxlocArray& array) {
     for (int c = 0; c < array.channels; ++c) {
-        if (!isFinite(array.microphone[c])) {
-            return {"microphone", c, "", false, 0.0, "has a coordinate that is not a number"};
-        }
+        const ArrayFault place = findPlaceFault("microphone", c, array.microphone[c]);
+        if (place.field != nullptr) return place;
     }
-    if (!isFinite(array.loudspeaker)) {
-        return {"loudspeaker", -1, "", false, 0.0, "has a coordinate that is not a number"};
-    }
-    return {};
+    return findPlaceFault("loudspeaker", -1, array.loudspeaker);
 }
 
 constexpr ArrayFault findListenerFault(const VoxlocArray& array) {

@@ -250,8 +250,8 @@ typedef struct VoxlocTracker VoxlocTracker;
 #define VOXLOC_REASON_SIZE 160
 
 /**
- * Looks an array over: counts, channels that exist, two microphones apart in each pair and no more
- * than 14.8 m, a grid within what sines can be.
+ * Looks an array over: counts, channels that exist, coordinates up to 100 m, two microphones apart
+ * in each pair and no more than 14.8 m, a grid within what sines can be.
  *
  * @param array   in; null is refused, too
  * @param reason  out, VOXLOC_REASON_SIZE bytes, may be null: what is wrong, beginning with the
