@@ -62,9 +62,21 @@ def reached(graph, root):
     return ways
 
 
+def _scopes(symbol):
+    """The names in a mangled symbol, joined: what GCC's label lacks for some functions."""
+    names, rest = [], re.sub(r"^.*_ZN", "", symbol)
+    while length := re.match(r"\d+", rest):
+        end = length.end() + int(length.group())
+        names.append(rest[length.end():end])
+        rest = rest[end:]
+    return "::".join(names)
+
+
 def name_of(graph, symbol):
     """The function's name without result, parameters and anonymous namespaces."""
     label = graph[symbol].name if symbol in graph else symbol
+    if not re.search(r"\w", label):
+        return _scopes(symbol)
     label = re.sub(r"(\{anonymous\}|\(anonymous( namespace)?\))::", "", label)
     return re.sub(r"( \[with .*|\(.*)", "", label).split(" ")[-1]
 

@@ -6,7 +6,7 @@
 #include "voxloc/unittestGenerator.h"
 #include "voxloc/voxloc.h"
 
-namespace voxloc_bench {
+namespace kit {
 
 namespace {
 
@@ -92,4 +92,4 @@ Scenario noiseScenario(std::size_t frames) {
     return scenario;
 }
 
-}  // namespace voxloc_bench
+}  // namespace kit

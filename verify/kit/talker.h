@@ -1,22 +1,15 @@
-/** What the frame benchmarks listen to: frames prepared beforehand, the same ones on every run. */
-#ifndef VOXLOC_BENCH_SCENARIO_H
-#define VOXLOC_BENCH_SCENARIO_H
+/** Frames of a talker, prepared beforehand, the same ones on every run. */
+#ifndef VERIFY_KIT_TALKER_H
+#define VERIFY_KIT_TALKER_H
 
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
-namespace voxloc_bench {
+namespace kit {
 
 constexpr std::uint32_t SignificantBits = 24;
 constexpr double FrameMilliseconds = 2048.0 / 48.0;
-
-struct Product {
-    const char* name;
-    std::int32_t type;  // PRODUCT_...
-};
-constexpr Product Products[] = {{"aster", 0},    {"bramble", 1},  {"cinder", 2}, {"elmwood", 4},
-                                {"dovetail", 5}, {"foxglove", 6}, {"gannet", 7}};
 
 /** Frames of the product that the module is initialised for, laid out as voxloc_calculate reads. */
 struct Scenario {
@@ -40,6 +33,6 @@ Scenario talkerScenario(std::size_t frames);
 /** Seeded uniform noise at full scale, an independent one in each channel. */
 Scenario noiseScenario(std::size_t frames);
 
-}  // namespace voxloc_bench
+}  // namespace kit
 
 #endif

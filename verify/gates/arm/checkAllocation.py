@@ -8,22 +8,22 @@ import re
 import sys
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tools" / "arm"))
+sys.path.insert(0, str(Path(__file__).resolve().parents[3] / "tools" / "arm"))
 import callGraph  # noqa: E402
 
 PER_FRAME = [
-    "voxloc_calculate", "voxloc_calculateSignalEnergy", "voxloc_realFft", "voxloc_realIfft",
-    "voxloc_firFilter", "voxloc_getUltraSoundLevel", "voxloc_setFlag", "voxloc_getFlag",
-    "cfft_pow2_conjpair_splitrad_c89", "cifft_pow2_conjpair_splitrad_c89", "sp_fftSPxSP",
-    "sp_ifftSPxSP", "sp_fir_gen", "sp_fir_filter", "sp_fir_gen_downsample",
-    "sp_fir_filter_downsample",
+    "voxloc_calculate", "voxloc_track", "voxloc_resetTracker", "voxloc_calculateSignalEnergy",
+    "voxloc_realFft", "voxloc_realIfft", "voxloc_firFilter", "voxloc_getUltraSoundLevel",
+    "voxloc_hasEstimate", "voxloc_setFlag", "voxloc_getFlag", "cfft_pow2_conjpair_splitrad_c89",
+    "cifft_pow2_conjpair_splitrad_c89", "sp_fftSPxSP", "sp_ifftSPxSP", "sp_fir_gen",
+    "sp_fir_filter", "sp_fir_gen_downsample", "sp_fir_filter_downsample",
 ]
 ALLOCATOR = re.compile(r"^(malloc|calloc|realloc|free|aligned_alloc|posix_memalign|memalign|strdup"
                        r"|strndup|asprintf|vasprintf|_Zn[wa].*|_Zd[la].*)$")
 
-# What the per-frame path may call through a pointer: the console that a program may install gets
-# the log's text.
-MAY_CALL_INDIRECTLY = {"console_printv"}
+# What the per-frame path may call through a pointer: the console or the log that a program may
+# install gets the log's text.
+MAY_CALL_INDIRECTLY = {"console_printv", "voxloc::logText"}
 
 
 def violations(graph):

@@ -11,7 +11,7 @@ import re
 import sys
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tools" / "arm"))
+sys.path.insert(0, str(Path(__file__).resolve().parents[3] / "tools" / "arm"))
 import disassembly  # noqa: E402
 
 CONDITION = f"({disassembly.CONDITIONS})?"

@@ -1,30 +1,41 @@
-/** Frames to be counted: hands a fixed mix of frames of one product, or the first ones of it, to
- * voxloc_calculate. */
+/**
+ * Frames to be counted: hands a fixed mix of frames of one product, or the first ones of it, to
+ * voxloc_calculate. Without arguments: the names of the products, a line each.
+ */
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
+#include "kit/products.h"
 #include "kit/talker.h"
 #include "voxloc/voxloc.h"
 
-using namespace voxloc_bench;
+namespace {
+
+constexpr std::size_t MixFrames = 50;
+
+void processFrames(std::int32_t product, std::size_t count) {
+    voxloc_initialize(product);
+    const kit::Scenario scenario = kit::mixedScenario(MixFrames);
+    for (std::size_t i = 0; i < std::min(count, MixFrames); ++i) {
+        TrackerResult result;
+        voxloc_calculate(scenario.frame(i), kit::SignificantBits, scenario.flags[i], &result);
+    }
+    voxloc_destroy();
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
-    constexpr std::size_t frames = 50;
-    const std::size_t processed =
-        argc > 2 ? std::min<std::size_t>(std::strtoul(argv[2], nullptr, 10), frames) : frames;
-    for (const Product& product : Products) {
-        if (argc < 2 || std::strcmp(argv[1], product.name) != 0) continue;
-        voxloc_initialize(product.type);
-        const Scenario scenario = mixedScenario(frames);
-        TrackerResult result;
-        for (std::size_t i = 0; i < processed; ++i) {
-            voxloc_calculate(scenario.frame(i), SignificantBits, scenario.flags[i], &result);
-        }
-        voxloc_destroy();
-        return 0;
+    if (argc < 2) {
+        for (const VoxlocProduct& product : kit::products()) std::puts(product.name);
+        return EXIT_SUCCESS;
     }
-    std::fprintf(stderr, "usage: %s PRODUCT [FRAMES]\n", argv[0]);
-    return 2;
+    const VoxlocProduct* product = voxloc_findProductByName(argv[1]);
+    if (product == nullptr) {
+        std::fprintf(stderr, "usage: %s [PRODUCT [FRAMES]]\n", argv[0]);
+        return EXIT_FAILURE;
+    }
+    processFrames(product->type, argc > 2 ? std::strtoul(argv[2], nullptr, 10) : MixFrames);
+    return EXIT_SUCCESS;
 }

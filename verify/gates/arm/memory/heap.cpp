@@ -1,11 +1,10 @@
 /**
- * Prints what the tracker holds on the heap after voxloc_initialize, a line for each product: the
- * product's number, bytes and blocks. The linker leads the libraries' calloc here; they call no
- * other allocating function, which memory.py looks after.
+ * Prints what the tracker holds on the heap after voxloc_initialize, a line for each product: its
+ * name, bytes and blocks. The linker leads the libraries' calloc here; they call no other
+ * allocating function, which memory.py looks after.
  */
 #include <cstdio>
 #include <cstdlib>
-#include <initializer_list>
 
 #include "voxloc/voxloc.h"
 
@@ -29,12 +28,12 @@ void* __wrap_calloc(std::size_t count, std::size_t size) {
 }
 
 int main() {
-    for (const int product : {PRODUCT_ASTER, PRODUCT_BRAMBLE, PRODUCT_CINDER, PRODUCT_ELMWOOD,
-                              PRODUCT_DOVETAIL, PRODUCT_FOXGLOVE, PRODUCT_GANNET}) {
+    for (uint32_t i = 0; i < voxloc_getNumberOfProducts(); ++i) {
+        const VoxlocProduct* product = voxloc_getProduct(i);
         Bytes = 0;
         Blocks = 0;
-        voxloc_initialize(product);
-        std::printf("%d %zu %d\n", product, Bytes, Blocks);
+        voxloc_initialize(product->type);
+        std::printf("%s %zu %d\n", product->name, Bytes, Blocks);
         voxloc_destroy();
     }
     return EXIT_SUCCESS;
