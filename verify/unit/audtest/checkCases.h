@@ -2,6 +2,7 @@
  * Every check of audunittest_checks.h, passing and failing. Included once as C and once as C++,
  * after CHECK_CASES is defined as the name of the function that holds them there.
  */
+#include <limits.h>
 #include <math.h>
 
 #include "audunittest/audunittest_checks.h"
@@ -26,7 +27,7 @@ int CHECK_CASES(int index, int* line, const char** report, int* passed) {
     CASE(AUDUNITTEST_INT(4, ==, -3), "4 != -3")
     CASE(AUDUNITTEST_INT(-3, !=, 4), "")
     CASE(AUDUNITTEST_INT(-3, !=, -3), "-3 == -3")
-    CASE(AUDUNITTEST_INT(-3, <, 4), "")
+    CASE(AUDUNITTEST_INT(LONG_MIN, <, -1), "")
     CASE(AUDUNITTEST_INT(4, <, 4), "4 >= 4")
     CASE(AUDUNITTEST_INT(4, <=, 4), "")
     CASE(AUDUNITTEST_INT(4, <=, -3), "4 > -3")
@@ -36,7 +37,7 @@ int CHECK_CASES(int index, int* line, const char** report, int* passed) {
     CASE(AUDUNITTEST_INT(-3, >=, 4), "-3 < 4")
     CASE(AUDUNITTEST_INT(7, &, 1), "7 (compared in an unknown way) 1")
     CASE(AUDUNITTEST_INT(found++, ==, 8), "7 != 8") /* 8 != 8 if it were evaluated twice */
-    CASE(AUDUNITTEST_UINT(4000000000u, >, 1u), "")
+    CASE(AUDUNITTEST_UINT(ULONG_MAX / 2 + 1, >, 1u), "")
     CASE(AUDUNITTEST_UINT(4000000000u, ==, 1u), "4000000000 != 1")
     CASE(AUDUNITTEST_UINT(1u, >=, 4000000000u), "1 < 4000000000")
     CASE(AUDUNITTEST_DOUBLE(eighth, ==, 0.125), "")
