@@ -19,64 +19,49 @@ double power(const Spectrum& bins, int first, int last) {
     return total;
 }
 
-// output[i] = sum of taps[j]·input[i+j]
-std::vector<double> correlate(const std::vector<double>& input, const std::vector<double>& taps) {
-    std::vector<double> output(input.size() - taps.size() + 1);
-    for (std::size_t i = 0; i < output.size(); ++i) {
-        for (std::size_t j = 0; j < taps.size(); ++j) output[i] += taps[j] * input[i + j];
-    }
-    return output;
-}
-
-const std::vector<double> LowPass{
-    0.0,     -0.0012, 0.002,  -0.0021, 0.0,     0.0048, -0.0099, 0.01,    0.0,    -0.0189, 0.0362,
-    -0.0347, 0.0,     0.0685, -0.1529, 0.223,   0.7505, 0.223,   -0.1529, 0.0685, 0.0,     -0.0347,
-    0.0362,  -0.0189, 0.0,    0.01,    -0.0099, 0.0048, 0.0,     -0.0021, 0.002,  -0.0012};
-const std::vector<double> HighPass{0.0,     -0.0013, 0.0051,  -0.0006, -0.0122, -0.009,
-                                   0.0302,  0.0438,  -0.0422, -0.1475, -0.0948, 1.1146,
-                                   -1.7722, 1.1146,  -0.0948, -0.1475, -0.0422, 0.0438,
-                                   0.0302,  -0.009,  -0.0122, -0.0006, 0.0051,  -0.0013};
-
 double decibels(double bandPower) {
     return 10.0 * std::log10(bandPower) - 60.75550079345703;
 }
 
 }  // namespace
 
-bool NoiseLevelModel::followsFast(double fast, double slow, double noise) {
-    if (slow <= 1e-34) {
-        startUp_ = 40;
-    } else if (startUp_ > 0) {
-        --startUp_;
-    }
-    bool follows = noise > slow;
-    if (std::abs(slow - remembered_) < slow * 0.0625) {
-        const double excess = std::floor(20.0 * std::log10(fast / (noise + 1e-34)));  // dB
-        const int limit = static_cast<int>(std::clamp(3.0 * excess, 20.0, 32.0));
-        counter_ = std::min(counter_ + 1, limit);
-        follows = follows || limit <= counter_;
+bool NoiseLevelModel::judge(double fastSum, double slowSum, double noiseSum) {
+    startUp = slowSum <= 1e-34 ? 40 : std::max(startUp - 1, 0);
+    bool follows = false;
+    const double change = std::abs(slowSum - remembered);
+    if (slowSum > 0.0) clearance.note(change - slowSum / 16, slowSum);
+    if (change < slowSum / 16) {
+        const double excess = 20.0 * std::log10(fastSum / (noiseSum + 1e-34));  // dB
+        if (excess > 6.5 && excess < 11.5) {
+            clearance.note(excess - std::round(excess), 20.0 / std::log(10.0));
+        }
+        limit = static_cast<int>(std::clamp(3.0 * std::floor(excess), 20.0, 32.0));
+        counter = std::min(counter + 1, limit);
+        follows = limit <= counter;
     } else {
-        counter_ = 0;
-        remembered_ = slow;
+        counter = 0;
+        limit = 20;
+        remembered = slowSum;
     }
-    return follows || startUp_ > 0;
+    if (startUp == 0) clearance.note(noiseSum - slowSum, slowSum);
+    isAboveTheLevel = noiseSum > slowSum;
+    return follows || isAboveTheLevel || startUp > 0;
 }
 
 const std::vector<double>& NoiseLevelModel::update(const Spectrum& first, const Spectrum& second,
                                                    bool freeze) {
-    if (freeze) return noise_;
-    for (std::size_t b = 0; b < noise_.size(); ++b) {
-        const double amplitude = (std::abs(first[b]) + std::abs(second[b])) * 0.5;
-        fast_[b] = amplitude * 0.31830987 + fast_[b] * 0.75;
-        slow_[b] = amplitude * 0.15915494 + slow_[b] * 0.875;
+    if (freeze) return noise;
+    for (std::size_t b = 0; b < noise.size(); ++b) {
+        const double amplitude = (std::abs(first[b]) + std::abs(second[b])) / 2;
+        fast[b] = amplitude * 0.31830987 + fast[b] * 0.75;
+        slow[b] = amplitude * 0.15915494 + slow[b] * 0.875;
     }
-    const bool follows =
-        followsFast(sum(fast_, 12, 511), sum(slow_, 12, 511), sum(noise_, 12, 511));
-    for (std::size_t b = 0; b < noise_.size(); ++b) {
-        const double gap = slow_[b] - noise_[b];
-        noise_[b] += gap * (follows ? 0.0625 : gap < 0.0 ? 0x1p-18 : 0x1p-22);
+    followsQuickly = judge(sum(fast, 12, 511), sum(slow, 12, 511), sum(noise, 12, 511));
+    for (std::size_t b = 0; b < noise.size(); ++b) {
+        const double gap = slow[b] - noise[b];
+        noise[b] += gap * (followsQuickly ? 0.0625 : gap < 0.0 ? 0x1p-18 : 0x1p-22);
     }
-    return noise_;
+    return noise;
 }
 
 FrequencyVoiceModel::Decision FrequencyVoiceModel::update(const Spectrum& first,
@@ -88,32 +73,67 @@ FrequencyVoiceModel::Decision FrequencyVoiceModel::update(const Spectrum& first,
     double noisePower = 0.0;
     for (std::size_t b = 13; b <= 511; ++b) noisePower += noise[b] * noise[b];
     const double ratio = mean(13, 511) / noisePower;
-    const bool sound = ratio > 1.3;
-    if (ratio > 1.1) {
-        if (++temporal_ > 6 && 0.01 * mean(0, 7) + mean(8, 1193) < 2.0 * mean(18, 54)) {
-            ++burst_;
-            hang_ = 34;
+    const bool sound = clearance.isAbove(ratio, 1.3);
+    if (clearance.isAbove(ratio, 1.1)) {
+        const double total = 0.01 * mean(0, 7) + mean(8, 1193);
+        const bool isSpeech = clearance.isAbove(2.0 * mean(18, 54), total);
+        if (++temporal > 6 && isSpeech) {
+            ++burst;
+            hang = 34;
             return {true, sound};
         }
-        burst_ = 0;
     } else {
-        temporal_ = 0;
-        burst_ = 0;
+        temporal = 0;
     }
-    if (hang_ == 0) return {false, sound};
-    --hang_;
+    burst = 0;
+    if (hang == 0) return {false, sound};
+    --hang;
     return {true, sound};
+}
+
+std::vector<double> correlate(const std::vector<double>& input, const std::vector<double>& taps) {
+    std::vector<double> output(input.size() - taps.size() + 1);
+    for (std::size_t i = 0; i < output.size(); ++i) {
+        for (std::size_t j = 0; j < taps.size(); ++j) output[i] += taps[j] * input[i + j];
+    }
+    return output;
+}
+
+const EnvelopeFilters TimeVoiceFilters = {
+    {0.0,     -0.0012, 0.002,  -0.0021, 0.0,     0.0048, -0.0099, 0.01,    0.0,    -0.0189, 0.0362,
+     -0.0347, 0.0,     0.0685, -0.1529, 0.223,   0.7505, 0.223,   -0.1529, 0.0685, 0.0,     -0.0347,
+     0.0362,  -0.0189, 0.0,    0.01,    -0.0099, 0.0048, 0.0,     -0.0021, 0.002,  -0.0012},
+    {0.0,     -0.0013, 0.0051,  -0.0006, -0.0122, -0.009,  0.0302,  0.0438,
+     -0.0422, -0.1475, -0.0948, 1.1146,  -1.7722, 1.1146,  -0.0948, -0.1475,
+     -0.0422, 0.0438,  0.0302,  -0.009,  -0.0122, -0.0006, 0.0051,  -0.0013},
+    std::vector<double>(32, 0.03125)};
+
+std::vector<double> EnvelopeFilters::rectified(const std::vector<double>& signal) const {
+    std::vector<double> band = correlate(correlate(signal, lowPass), highPass);
+    for (double& value : band) value = std::abs(value);
+    return band;
+}
+
+std::vector<double> EnvelopeFilters::envelope(const std::vector<double>& signal) const {
+    return correlate(rectified(signal), average);
+}
+
+EnvelopeFilters EnvelopeFilters::magnitudes() const {
+    EnvelopeFilters result = *this;
+    for (auto* taps : {&result.lowPass, &result.highPass}) {
+        for (double& tap : *taps) tap = std::abs(tap);
+    }
+    return result;
+}
+
+std::vector<double> TimeVoiceModel::heard() const {
+    return {history_.begin() + 2005, history_.begin() + 2005 + 2135};
 }
 
 bool TimeVoiceModel::update(const double* samples) {
     std::rotate(history_.begin(), history_.begin() + 2048, history_.end());
     std::copy(samples, samples + 2048, history_.begin() + 4096);
-
-    std::vector<double> signal(history_.begin() + 2005, history_.begin() + 2005 + 2135);
-    signal = correlate(correlate(signal, LowPass), HighPass);
-    for (double& value : signal) value = std::abs(value);
-    const std::vector<double> envelope =
-        correlate(signal, std::vector<double>(32, 0.03125));  // moving average
+    const std::vector<double> envelope = TimeVoiceFilters.envelope(heard());
 
     double largest = 0.0;
     for (std::size_t i = 0; i < 2048; ++i) {
@@ -139,10 +159,10 @@ bool UltrasoundModel::update(const std::vector<Spectrum>& channels) {
     const auto loudest = static_cast<std::size_t>(
         std::max_element(band_.begin(), band_.begin() + static_cast<int>(channels.size())) -
         band_.begin());
-    double level = decibels(band_[loudest]);
+    const double found = decibels(band_[loudest]);
     const double neighbour = decibels(neighbour_[loudest]);
-    if (level > -60.0 && level - neighbour < 15.0) level = kept_;
-    kept_ = level;
+    isReplaced = found > -60.0 && found - neighbour < 15.0;
+    if (!isReplaced) level = found;
     band_.fill(0.0);
     neighbour_.fill(0.0);
     return level > -25.0 && level - neighbour > 15.0;

@@ -5,12 +5,15 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <limits>
 #include <random>
 #include <string>
 #include <vector>
 
-#include "trackSupport.h"
+#include "gtest/gtest.h"
+#include "kit/floatBits.h"
+#include "kit/guardedSpectra.h"
+#include "kit/log.h"
+#include "models/detectorModels.h"
 
 // Names of the linker's --wrap: the detector calls __wrap_calloc, __real_calloc is the platform's.
 extern "C" {
@@ -29,15 +32,12 @@ void* __wrap_calloc(std::size_t count, std::size_t size) {
     return __real_calloc(count, size);
 }
 
-using namespace trackSupport;
+using namespace kit;
 using namespace voxloc;
 
 namespace {
 
-constexpr float Infinity = std::numeric_limits<float>::infinity();
-constexpr int FirstUltraSoundBin = 1728, LastUltraSoundBin = 1844;
-constexpr int FirstNeighborBin = 1536, LastNeighborBin = 1705;
-constexpr unsigned Channels = 5;
+constexpr int Channels = 5;
 
 float decibels(float power) {
     return static_cast<float>(10 * std::log10(wide(power)) - 60.75550079345703);
@@ -50,13 +50,6 @@ float powerOf(float level) {
     return power;
 }
 
-// The power whose level is that float and no neighbour.
-float exactPowerOf(float level) {
-    const float power = powerOf(level);
-    EXPECT_EQ(decibels(power), level);
-    return power;
-}
-
 class UltraSoundTest : public testing::Test, protected UltraSoundDetector {
   protected:
     UltraSoundTest() : UltraSoundDetector{} {
@@ -65,96 +58,74 @@ class UltraSoundTest : public testing::Test, protected UltraSoundDetector {
     ~UltraSoundTest() override { destroyUltraSoundDistortionDetector(*this); }
 
     int detect() {
-        std::uint8_t distorted = 0xee;
-        detectUltraSoundDistortion(*this, Log{}, spectra.data(), &distorted);
-        EXPECT_TRUE(spectra.floats().intact());
-        EXPECT_LE(distorted, 1);
-        return distorted;
+        std::uint8_t byte = 0xee;
+        detectUltraSoundDistortion(*this, Log{}, spectra.data(), &byte);
+        EXPECT_TRUE(spectra.intact());
+        EXPECT_LE(byte, 1);
+        return byte;
     }
 
-    // An evaluation that finds exactly these smoothed powers in one channel. A frame's band power
-    // equal to the level so far leaves it as it is.
-    int evaluate(float ultraSound, float neighbor, unsigned channel = 0) {
+    // The log of an evaluation that finds these powers in one channel and nothing in the others.
+    std::string logOfEvaluation(float ultraSound, float neighbor, std::size_t channel = 0) {
         AccCount = 19;
         UltraSoundLevel[channel] = ultraSound;
         NeighborBandLevel[channel] = neighbor;
-        spectra.clear();
-        setBandPower(channel, 1800, ultraSound);
-        setBandPower(channel, 1600, neighbor);
-        return detect();
+        TimeSmoothingFactor = 0;  // the levels stay as they are
+        return logOf([&] { distorted = detect(); });
+    }
+    // The same by level; the highest powers of at most these levels.
+    std::string logAt(float ultraSound, float neighbor, std::size_t channel = 0) {
+        return logOfEvaluation(powerOf(ultraSound), powerOf(neighbor), channel);
     }
 
-    void setBandPower(unsigned channel, int bin, float power) {
-        // Some bins whose squares add up to the float exactly.
-        double rest = wide(power);
-        for (; rest > 0; bin++) {
-            const auto root = static_cast<float>(std::sqrt(rest));
-            float amplitude = floatFromBits(bitsOf(root) & 0xfffff000u);  // its square is exact
-            if (wide(amplitude) * wide(amplitude) > rest) amplitude = previous(amplitude);
-            if (amplitude == 0) break;
-            spectra.set(channel, bin, amplitude);
-            rest -= wide(amplitude) * wide(amplitude);
-            if (rest < wide(power) * 1e-9) break;
-        }
-    }
-
-    std::string logOfEvaluation(float ultraSound, float neighbor, unsigned channel = 0) {
-        return logOf([&] { evaluate(ultraSound, neighbor, channel); });
-    }
-
-    Spectra spectra{Channels};
+    GuardedSpectra spectra{Channels};
+    int distorted = 0xee;  // in the last evaluation
 };
 
-TEST(UltraSoundStatics, AreThereBeforeTheFirstInitialise) {
+TEST_F(UltraSoundTest, InitialiseAndResetSetAllState) {
     EXPECT_EQ(UltraSoundDetector{}.MaxUltraSoundLevel_dB, -100.0f);
     EXPECT_EQ(UltraSoundDetector{}.LastMaxUltraSoundLevel_dB, -100.0f);
-}
-
-TEST_F(UltraSoundTest, InitialiseSetsAllState) {
-    destroyUltraSoundDistortionDetector(*this);
-    TimeSmoothingFactor = 1;
-    AccCount = 5;
-    WarningIssued = true;
-    MaxUltraSoundLevel_dB = 1;
-    LastMaxUltraSoundLevel_dB = 2;
-    initializeUltraSoundDistortionDetector(*this, Channels);
-    for (unsigned c = 0; c < Channels; c++) {
-        EXPECT_EQ(bitsOf(UltraSoundLevel[c]), 0u);
-        EXPECT_EQ(bitsOf(NeighborBandLevel[c]), 0u);
+    for (const bool again : {false, true}) {
+        if (again) {
+            UltraSoundLevel[4] = NeighborBandLevel[4] = 1;
+            resetUltraSoundDistortionDetector(*this);
+        } else {
+            destroyUltraSoundDistortionDetector(*this);
+            initializeUltraSoundDistortionDetector(*this, Channels);
+        }
+        for (int c = 0; c < Channels; c++) {
+            EXPECT_EQ(bitsOf(UltraSoundLevel[c]), 0u);
+            EXPECT_EQ(bitsOf(NeighborBandLevel[c]), 0u);
+        }
+        EXPECT_EQ(bitsOf(TimeSmoothingFactor), 0x3D782A00u);
+        EXPECT_EQ(AccCount, 0);
+        EXPECT_FALSE(WarningIssued);
+        EXPECT_EQ(MaxUltraSoundLevel_dB, -100.0f);
+        EXPECT_EQ(LastMaxUltraSoundLevel_dB, -100.0f);
+        TimeSmoothingFactor = 1;
+        AccCount = 5;
+        WarningIssued = true;
+        MaxUltraSoundLevel_dB = LastMaxUltraSoundLevel_dB = 1;
     }
-    EXPECT_EQ(bitsOf(TimeSmoothingFactor), 0x3D782A00u);
-    EXPECT_EQ(AccCount, 0);
-    EXPECT_FALSE(WarningIssued);
-    EXPECT_EQ(MaxUltraSoundLevel_dB, -100.0f);
-    EXPECT_EQ(LastMaxUltraSoundLevel_dB, -100.0f);
 }
 
 TEST_F(UltraSoundTest, BandsReachFrom1728To1844AndFrom1536To1705) {
-    for (const int bin :
-         {0, 1535, 1536, 1537, 1704, 1705, 1706, 1727, 1728, 1729, 1843, 1844, 1845, 2048}) {
-        SCOPED_TRACE(bin);
-        destroyUltraSoundDistortionDetector(*this);
-        initializeUltraSoundDistortionDetector(*this, Channels);
+    const struct {
+        int bin;
+        bool ultraSound, neighbor;
+    } rows[] = {{1535, false, false}, {1536, false, true},  {1705, false, true},
+                {1706, false, false}, {1727, false, false}, {1728, true, false},
+                {1844, true, false},  {1845, false, false}, {2048, false, false}};
+    for (const auto& row : rows) {
+        resetUltraSoundDistortionDetector(*this);
         spectra.clear();
-        spectra.set(2, bin, 3, -4);
+        spectra.set(2, row.bin, 3, -4);
         detect();
-        const bool inBand = bin >= FirstUltraSoundBin && bin <= LastUltraSoundBin;
-        const bool inNeighbor = bin >= FirstNeighborBin && bin <= LastNeighborBin;
-        EXPECT_EQ(UltraSoundLevel[2], inBand ? 25 * TimeSmoothingFactor : 0.0f);
-        EXPECT_EQ(NeighborBandLevel[2], inNeighbor ? 25 * TimeSmoothingFactor : 0.0f);
-        for (const unsigned other : {0u, 1u, 3u, 4u}) {
-            EXPECT_EQ(UltraSoundLevel[other], 0.0f);
-            EXPECT_EQ(NeighborBandLevel[other], 0.0f);
+        for (int c = 0; c < Channels; c++) {
+            const float share = c == 2 ? 25 * TimeSmoothingFactor : 0.0f;
+            EXPECT_EQ(UltraSoundLevel[c], row.ultraSound ? share : 0.0f) << row.bin;
+            EXPECT_EQ(NeighborBandLevel[c], row.neighbor ? share : 0.0f) << row.bin;
         }
-    }
-}
-
-TEST_F(UltraSoundTest, EveryBinOfABandCountsOnceInEveryChannel) {
-    spectra.fill(1);  // |X|² = 2
-    detect();
-    for (unsigned c = 0; c < Channels; c++) {
-        EXPECT_EQ(UltraSoundLevel[c], 2 * 117 * TimeSmoothingFactor);
-        EXPECT_EQ(NeighborBandLevel[c], 2 * 170 * TimeSmoothingFactor);
     }
 }
 
@@ -170,12 +141,15 @@ TEST_F(UltraSoundTest, LevelsMoveByTheSmoothingFactorTowardsTheBandPower) {
 
 // --- Evaluation
 
-TEST_F(UltraSoundTest, EvaluatesOnEvery20thFrame) {
+TEST_F(UltraSoundTest, EvaluatesOnEvery20thFrameAndStartsTheSmoothingFromZero) {
     spectra.fill(1e-4f);
     for (int frame = 1; frame <= 45; frame++) {
         detect();
         EXPECT_EQ(AccCount, frame % 20);
         EXPECT_EQ(MaxUltraSoundLevel_dB == -100.0f, frame < 20) << frame;
+        for (int c = 0; c < Channels; c++) {
+            EXPECT_EQ(UltraSoundLevel[c] == 0 && NeighborBandLevel[c] == 0, frame % 20 == 0);
+        }
     }
 }
 
@@ -186,212 +160,150 @@ TEST_F(UltraSoundTest, OnlyTheCountOf20Evaluates) {
     EXPECT_EQ(MaxUltraSoundLevel_dB, -100.0f);
 }
 
-TEST_F(UltraSoundTest, EvaluationStartsTheSmoothingFromZero) {
-    spectra.fill(1);
-    for (int frame = 0; frame < 20; frame++) detect();
-    for (unsigned c = 0; c < Channels; c++) {
-        EXPECT_EQ(bitsOf(UltraSoundLevel[c]), 0u);
-        EXPECT_EQ(bitsOf(NeighborBandLevel[c]), 0u);
-    }
-}
-
 TEST_F(UltraSoundTest, LevelIsTheSmoothedBandPowerInDecibels) {
-    // Exact powers as levels: 10·log10(p) less 60.7555.
-    evaluate(1, 0);
+    logOfEvaluation(1, 0);
     EXPECT_EQ(MaxUltraSoundLevel_dB, -60.7555f);
-    evaluate(1024, 0);
+    logOfEvaluation(1024, 0);
     EXPECT_EQ(MaxUltraSoundLevel_dB, static_cast<float>(30.102999566398120 - 60.75550079345703));
 }
 
+TEST_F(UltraSoundTest, LoudestChannelCountsAndTheLowerOneOfEquals) {
+    const struct {
+        float powers[Channels];
+        const char* channel;
+    } rows[] = {{{0, 100, 0, 1e5f, 0}, "channel: 3 "},
+                {{0, 1e5f, 0, 1e5f, 1e5f}, "channel: 1 "},
+                {{1e5f, 1e5f, 1e5f, next(1e5f), 1e5f}, "channel: 3 "}};
+    for (const auto& [powers, channel] : rows) {
+        resetUltraSoundDistortionDetector(*this);
+        std::copy(powers, powers + Channels, UltraSoundLevel);
+        const std::string log = logOfEvaluation(powers[0], 0);
+        EXPECT_NE(log.find(channel), std::string::npos) << log;
+    }
+}
+
+TEST_F(UltraSoundTest, LevelIsKeptOrReplacedAndJudged) {
+    const struct {
+        const char* what;
+        float level, neighbor, last, kept;
+        int distorted;
+    } rows[] = {{"stands out", -40, -60, -77, -40, 0},
+                {"15 dB above its neighbour", -40, -55, -77, -40, 0},
+                {"a bit less", previous(-40), -55, -77, -77, 0},
+                {"quiet, so its neighbour does not matter", -60, -60, -77, -60, 0},
+                {"a bit louder", next(-60), -60, -77, -77, 0},
+                {"not yet too high", -25, -60, -77, -25, 0},
+                {"too high", next(-25), -60, -77, next(-25), 1},
+                {"too high, and no more than 15 dB above", -20, -35, -77, -20, 0},
+                {"too high, and a bit more", next(-20), -35, -77, next(-20), 1},
+                {"the kept one is judged in its place", -30, -40, -10, -10, 1}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        resetUltraSoundDistortionDetector(*this);
+        LastMaxUltraSoundLevel_dB = row.last;
+        logAt(row.level, row.neighbor);
+        EXPECT_EQ(MaxUltraSoundLevel_dB, row.kept);
+        EXPECT_EQ(LastMaxUltraSoundLevel_dB, row.kept);
+        EXPECT_EQ(distorted, row.distorted);
+        EXPECT_EQ(WarningIssued, row.distorted == 1);
+    }
+}
+
 TEST_F(UltraSoundTest, SilenceHasALevelOfMinusInfinityAndNoLog) {
-    const std::string log = logOf([&] {
-        for (int frame = 1; frame <= 20; frame++) EXPECT_EQ(detect(), 0);
-    });
-    EXPECT_EQ(log, "");
+    EXPECT_EQ(logOfEvaluation(0, 0), "");
+    EXPECT_EQ(distorted, 0);
     EXPECT_EQ(MaxUltraSoundLevel_dB, -Infinity);
     EXPECT_EQ(LastMaxUltraSoundLevel_dB, -Infinity);
 }
 
-TEST_F(UltraSoundTest, LoudestChannelCounts) {
-    UltraSoundLevel[1] = 100;
-    EXPECT_NE(logOfEvaluation(1e5f, 10, 3).find("channel: 3 "), std::string::npos);
-    EXPECT_EQ(MaxUltraSoundLevel_dB, decibels(1e5f));
-}
-
-TEST_F(UltraSoundTest, EqualLevelsKeepTheLowerChannel) {
-    for (const unsigned c : {1u, 3u, 4u}) spectra.set(c, 1800, 512);
-    // The neighbour bands tell which channel was taken.
-    spectra.set(1, 1600, 1);
-    const std::string log = logOf([&] {
-        for (int frame = 0; frame < 20; frame++) detect();
-    });
-    EXPECT_NE(log.find("channel: 1 "), std::string::npos) << log;
-}
-
-TEST_F(UltraSoundTest, StrictlyLouderChannelWins) {
-    for (unsigned c = 0; c < Channels; c++) spectra.set(c, 1800, 512);
-    spectra.set(3, 1800, 513);
-    const std::string log = logOf([&] {
-        for (int frame = 0; frame < 20; frame++) detect();
-    });
-    EXPECT_NE(log.find("channel: 3 "), std::string::npos) << log;
-}
-
-// --- Kept maximum
-
-TEST_F(UltraSoundTest, LevelThatStandsOutReplacesTheKeptOne) {
-    evaluate(exactPowerOf(-40), exactPowerOf(-60));
-    EXPECT_EQ(MaxUltraSoundLevel_dB, -40.0f);
-    EXPECT_EQ(LastMaxUltraSoundLevel_dB, -40.0f);
-    evaluate(exactPowerOf(-45), exactPowerOf(-70));
-    EXPECT_EQ(MaxUltraSoundLevel_dB, -45.0f);
-}
-
-TEST_F(UltraSoundTest, LevelLessThan15DecibelsAboveItsNeighbourIsNotKept) {
-    LastMaxUltraSoundLevel_dB = -77;
-    const float neighbor = exactPowerOf(-55);
-    evaluate(exactPowerOf(-40), neighbor);
-    EXPECT_EQ(MaxUltraSoundLevel_dB, -40.0f);
-    LastMaxUltraSoundLevel_dB = -77;
-    evaluate(powerOf(previous(-40)), neighbor);
-    EXPECT_EQ(MaxUltraSoundLevel_dB, -77.0f);
-    EXPECT_EQ(LastMaxUltraSoundLevel_dB, -77.0f);
-}
-
-TEST_F(UltraSoundTest, LevelOfUpToMinus60IsAlwaysKept) {
-    LastMaxUltraSoundLevel_dB = -77;
-    evaluate(exactPowerOf(-60), exactPowerOf(-60));
-    EXPECT_EQ(MaxUltraSoundLevel_dB, -60.0f);
-    LastMaxUltraSoundLevel_dB = -77;
-    evaluate(powerOf(next(-60)), exactPowerOf(-60));
-    EXPECT_EQ(MaxUltraSoundLevel_dB, -77.0f);
-}
-
 TEST_F(UltraSoundTest, BroadbandSoundNeitherWarnsNorIsKept) {
-    const std::string log = logOf([&] {
-        spectra.fill(50);
-        for (int frame = 1; frame <= 60; frame++) EXPECT_EQ(detect(), 0);
-    });
-    EXPECT_EQ(log, "");
+    spectra.fill(50);
+    EXPECT_EQ(logOf([&] {
+                  for (int frame = 1; frame <= 60; frame++) EXPECT_EQ(detect(), 0);
+              }),
+              "");
     EXPECT_EQ(MaxUltraSoundLevel_dB, -100.0f);
 }
 
-// --- Warning
-
-TEST_F(UltraSoundTest, DistortedIsALevelAboveMinus25) {
-    const float neighbor = exactPowerOf(-60);
-    EXPECT_EQ(logOfEvaluation(exactPowerOf(-25), neighbor), "");
-    EXPECT_FALSE(WarningIssued);
-    EXPECT_NE(logOfEvaluation(powerOf(next(-25)), neighbor), "");
-    EXPECT_TRUE(WarningIssued);
-}
-
-TEST_F(UltraSoundTest, DistortedStandsMoreThan15DecibelsAboveItsNeighbour) {
-    const float neighbor = exactPowerOf(-35);
-    EXPECT_EQ(logOfEvaluation(exactPowerOf(-20), neighbor), "");
-    EXPECT_EQ(MaxUltraSoundLevel_dB, -20.0f);  // 15 is enough to be kept
-    EXPECT_NE(logOfEvaluation(powerOf(next(-20)), neighbor), "");
-}
-
-TEST_F(UltraSoundTest, KeptMaximumInThePlaceOfALevelIsJudgedToo) {
-    // A level that is not kept leaves the last one, here a distorted one, to be compared.
-    LastMaxUltraSoundLevel_dB = -10;
-    const std::string log = logOfEvaluation(exactPowerOf(-30), exactPowerOf(-40), 2);
-    EXPECT_EQ(log,
-              "Warning: Ultrasound level is too high, channel: 2 ultrasound level: -10.0 "
-              "neighborband level: -40.0\n");
-}
+// --- Log
 
 TEST_F(UltraSoundTest, WarnsOnceAndSaysOnceThatItIsOver) {
-    const float loud = exactPowerOf(-20), faint = exactPowerOf(-60);
-    EXPECT_EQ(logOfEvaluation(loud, faint, 4),
+    EXPECT_EQ(logAt(-20, -60, 4),
               "Warning: Ultrasound level is too high, channel: 4 ultrasound level: -20.0 "
               "neighborband level: -60.0\n");
-    EXPECT_EQ(logOfEvaluation(loud, faint, 4), "");
-    EXPECT_EQ(logOfEvaluation(exactPowerOf(-30), faint, 4),
+    EXPECT_EQ(logAt(-20, -60, 4), "");
+    EXPECT_EQ(logAt(-30, -60, 4),
               "Ultrasound level is ok, ultrasound level: -30.0 neighborband level: -60.0\n");
-    EXPECT_EQ(logOfEvaluation(exactPowerOf(-30), faint, 4), "");
-    EXPECT_NE(logOfEvaluation(loud, faint, 4), "");
-}
-
-TEST_F(UltraSoundTest, SilenceEndsAWarning) {
-    WarningIssued = true;
-    EXPECT_EQ(logOfEvaluation(0, 0),
+    EXPECT_EQ(logAt(-30, -60, 4), "");
+    EXPECT_NE(logAt(-20, -60, 4), "");
+    EXPECT_EQ(logOfEvaluation(0, 0, 4),
               "Ultrasound level is ok, ultrasound level: -inf neighborband level: -inf\n");
-    EXPECT_FALSE(WarningIssued);
 }
 
 TEST_F(UltraSoundTest, ToneSetsTheByteOnEvery20thFrameAndLogsItsBeginningAndItsEnd) {
-    spectra.set(3, 1792, 100);
+    const auto logOfTone = [&](float amplitude, int expected) {
+        spectra.set(3, 1792, amplitude);
+        return logOf([&] {
+            for (int frame = 1; frame <= 60; frame++) {
+                EXPECT_EQ(detect(), frame % 20 == 0 ? expected : 0) << frame;
+            }
+        });
+    };
     spectra.set(3, 1600, 0.5f);
-    const std::string log = logOf([&] {
-        for (int frame = 1; frame <= 60; frame++) EXPECT_EQ(detect(), frame % 20 == 0) << frame;
-    });
     // 20 frames of smoothing reach 1 - (1-α)^20 = 0.7136 of the power: 1.47 dB less.
-    EXPECT_EQ(log,
+    EXPECT_EQ(logOfTone(100, 1),
               "Warning: Ultrasound level is too high, channel: 3 ultrasound level: -22.2 "
               "neighborband level: -68.2\n");
-
-    spectra.set(3, 1792, 1);
-    const std::string end = logOf([&] {
-        for (int frame = 1; frame <= 60; frame++) EXPECT_EQ(detect(), 0) << frame;
-    });
-    EXPECT_EQ(end, "Ultrasound level is ok, ultrasound level: -62.2 neighborband level: -68.2\n");
+    EXPECT_EQ(logOfTone(1, 0),
+              "Ultrasound level is ok, ultrasound level: -62.2 neighborband level: -68.2\n");
 }
 
-// --- Against an independent model
+TEST_F(UltraSoundTest, LogGoesWhereItIsTold) {
+    std::string text;
+    const Log log{
+        [](void* context, const char* line) { *static_cast<std::string*>(context) += line; },
+        &text};
+    AccCount = 19;
+    spectra.set(2, 1800, 400);
+    std::uint8_t byte = 0;
+    EXPECT_EQ(logOf([&] { detectUltraSoundDistortion(*this, log, spectra.data(), &byte); }), "");
+    EXPECT_EQ(text,
+              "Warning: Ultrasound level is too high, channel: 2 ultrasound level: -20.9 "
+              "neighborband level: -inf\n");
+}
 
-TEST_F(UltraSoundTest, AgreesWithAModelOverALongRun) {
+// --- Against the model
+
+TEST_F(UltraSoundTest, AgreesWithTheModelOverALongRun) {
     std::mt19937 random(5);
     std::uniform_real_distribution<float> uniform(-1, 1);
-    std::vector<double> ultraSound(Channels), neighbor(Channels);
-    const double smoothing = wide(floatFromBits(0x3D782A00));
+    reference::UltrasoundModel model;
     float scale = 1, contrast = 1;
-    double last = -100;
     int distortedFrames = 0, keptFrames = 0;
-    const std::string log = logOf([&] {
+    logOf([&] {
         for (int frame = 1; frame <= 400; frame++) {
             if (frame % 20 == 1) {
                 scale = std::exp(5 * uniform(random));
                 contrast = std::exp(4 * uniform(random));
             }
-            for (unsigned c = 0; c < Channels; c++) {
-                double powers[2] = {0, 0};
-                for (int b = FirstNeighborBin; b <= LastUltraSoundBin; b++) {
-                    const bool isNeighbor = b <= LastNeighborBin;
-                    const float factor = isNeighbor ? scale : scale * contrast;
-                    spectra.set(c, b, factor * uniform(random), factor * uniform(random));
-                    if (isNeighbor || b >= FirstUltraSoundBin) {
-                        powers[isNeighbor ? 1 : 0] += spectra.power(c, b);
-                    }
+            std::vector<reference::Spectrum> heard;
+            for (std::size_t c = 0; c < Channels; c++) {
+                for (int b = 1500; b <= 1900; b++) {
+                    const float factor = b <= 1705 ? scale : scale * contrast;
+                    const float real = factor * uniform(random);
+                    spectra.set(c, b, real, factor * uniform(random));
                 }
-                ultraSound[c] += (powers[0] - ultraSound[c]) * smoothing;
-                neighbor[c] += (powers[1] - neighbor[c]) * smoothing;
+                heard.push_back(spectra.channel(c));
             }
-            const int distorted = detect();
-            if (frame % 20 != 0) {
-                ASSERT_EQ(distorted, 0);
-                continue;
-            }
-            std::size_t k = 0;
-            for (std::size_t c = 1; c < Channels; c++) {
-                if (ultraSound[c] > ultraSound[k]) k = c;
-            }
-            double U = 10 * std::log10(ultraSound[k]) - 60.7555;
-            const double B = 10 * std::log10(neighbor[k]) - 60.7555;
-            if (U > -60 && U - B < 15) {
-                U = last;
-                keptFrames++;
-            }
-            last = U;
-            ASSERT_EQ(distorted, U > -25 && U - B > 15) << frame;
-            distortedFrames += distorted;
+            ASSERT_EQ(detect(), model.update(heard) ? 1 : 0) << frame;
+            if (frame % 20 != 0) continue;
+            distortedFrames += WarningIssued;
+            keptFrames += model.isReplaced;
             // Sums of up to 170 positive terms and 20 frames of smoothing: at most 110 epsilon of
             // the power, 4.34 times that in dB, and the rounding of a float of up to 128.
-            ASSERT_TRUE(std::fabs(wide(MaxUltraSoundLevel_dB) - U) <= (110 * 4.35 + 64) * Epsilon)
+            ASSERT_TRUE(std::fabs(wide(MaxUltraSoundLevel_dB) - model.level) <=
+                        (110 * 4.35 + 64) * Epsilon)
                 << frame;
-            std::fill(ultraSound.begin(), ultraSound.end(), 0.0);
-            std::fill(neighbor.begin(), neighbor.end(), 0.0);
         }
     });
     EXPECT_GT(distortedFrames, 1);
@@ -401,21 +313,21 @@ TEST_F(UltraSoundTest, AgreesWithAModelOverALongRun) {
 // --- Memory
 
 TEST(UltraSoundDeathTest, EachAllocationIsAsserted) {
-    UltraSoundDetector detector{};
-    EXPECT_DEATH(
-        {
-            callsUntilFailure = 0;
-            initializeUltraSoundDistortionDetector(detector, 3);
-        },
-        "functional/audio/voxloc/cmod/track/UltraSoundDistortionDetection:38: "
-        "initializeUltraSoundDistortionDetector: Assertion `UltraSoundLevel' failed");
-    EXPECT_DEATH(
-        {
-            callsUntilFailure = 1;
-            initializeUltraSoundDistortionDetector(detector, 3);
-        },
-        "functional/audio/voxloc/cmod/track/UltraSoundDistortionDetection:39: "
-        "initializeUltraSoundDistortionDetector: Assertion `NeighborBandLevel' failed");
+    const char* const expected[] = {
+        "38: initializeUltraSoundDistortionDetector: "
+        "Assertion `UltraSoundLevel' failed",
+        "39: initializeUltraSoundDistortionDetector: "
+        "Assertion `NeighborBandLevel' failed"};
+    for (int succeeding = 0; succeeding < 2; succeeding++) {
+        UltraSoundDetector detector{};
+        EXPECT_DEATH(
+            {
+                callsUntilFailure = succeeding;
+                initializeUltraSoundDistortionDetector(detector, 3);
+            },
+            std::string("functional/audio/voxloc/cmod/track/UltraSoundDistortionDetection:") +
+                expected[succeeding]);
+    }
 }
 
 }  // namespace
