@@ -29,7 +29,7 @@ void unitStepOf32(const float* x, const float* h, float* y, int nh, int outputs)
     plainUnitStep(x + i, h, y + i, nh, outputs - i);
 }
 
-#ifdef DSPLIB_SIMD_SIMD_AVX_H
+#ifdef __AVX__
 constexpr int Lanes = 8;
 #else
 constexpr int Lanes = 4;
