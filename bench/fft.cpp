@@ -1,10 +1,7 @@
 /**
  * The transforms beside FFTW (single precision, measured plan) and KissFFT (single precision).
  *
- * All three run in one process, their repetitions interleaved; the table at the end shows medians
- * of processor time and the ratios of speed. Errors are relative RMS errors on the same noise
- * against a transform in double precision. Flags of Google Benchmark are taken and come after the
- * defaults set here.
+ * Errors are relative RMS errors on the same noise against a transform in double precision.
  */
 #include <benchmark/benchmark.h>
 #include <fftw3.h>
@@ -15,15 +12,17 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
-#include <map>
 #include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "dsplib/cfft_pow2_conjpair_splitrad_c89_neon.h"
+#include "medians.h"
 #include "models/referenceDft.h"
 #include "voxloc/voxloc.h"
+
+namespace voxloc_bench {
 
 namespace {
 
@@ -128,54 +127,40 @@ Contest realInverse(int n) {
 
 const char* const Libraries[] = {"ours", "FFTW", "KissFFT"};
 
+std::string nameOf(const Contest& contest, std::size_t library) {
+    return contest.name + "/" + Libraries[library];
+}
+
 void registerContest(const Contest& contest) {
     const std::function<void()> transforms[] = {contest.ours, contest.fftw, contest.kiss};
     for (std::size_t i = 0; i < 3; ++i) {
-        const std::string name = contest.name + "/" + Libraries[i];
-        benchmark::RegisterBenchmark(name.c_str(), [run = transforms[i]](benchmark::State& state) {
-            for ([[maybe_unused]] auto _ : state) {
-                run();
-                benchmark::ClobberMemory();
-            }
-        });
+        benchmark::RegisterBenchmark(nameOf(contest, i).c_str(),
+                                     [run = transforms[i]](benchmark::State& state) {
+                                         for ([[maybe_unused]] auto _ : state) {
+                                             run();
+                                             benchmark::ClobberMemory();
+                                         }
+                                     });
     }
 }
 
-/** Keeps the median processor time of each benchmark in place of printing its runs. */
-class Medians : public benchmark::BenchmarkReporter {
-  public:
-    bool ReportContext(const Context& context) override {
-        PrintBasicContext(&GetErrorStream(), context);
-        return true;
-    }
-
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& run : runs) {
-            if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "median") {
-                nanoseconds_[run.run_name.function_name] = run.GetAdjustedCPUTime();
-            }
+void printTable(const Medians& medians, const std::vector<Contest>& contests) {
+    std::printf("%-22s %10s %10s %10s %10s %10s\n", "median ns", "ours", "FFTW", "KissFFT",
+                "x FFTW", "x KissFFT");
+    for (const Contest& contest : contests) {
+        const auto found = medians.find(nameOf(contest, 0));
+        if (found == medians.end()) continue;  // filtered out
+        const double ours = found->second.at(ProcessorTime);
+        std::printf("%-22s %10.0f", contest.name.c_str(), ours);
+        for (std::size_t peer : {1u, 2u}) {
+            printFigure(medians, nameOf(contest, peer), ProcessorTime, 10, 0);
         }
-    }
-
-    void printTable(const std::vector<Contest>& contests) const {
-        std::printf("%-22s %10s %10s %10s %10s %10s\n", "median ns", "ours", "FFTW", "KissFFT",
-                    "x FFTW", "x KissFFT");
-        for (const Contest& contest : contests) {
-            const double ours = of(contest, 0), fftw = of(contest, 1), kiss = of(contest, 2);
-            if (!(ours > 0.0)) continue;  // filtered out
-            std::printf("%-22s %10.0f %10.0f %10.0f %10.2f %10.2f\n", contest.name.c_str(), ours,
-                        fftw, kiss, fftw / ours, kiss / ours);
+        for (std::size_t peer : {1u, 2u}) {
+            std::printf(" %10.2f", medians.at(nameOf(contest, peer)).at(ProcessorTime) / ours);
         }
+        std::printf("\n");
     }
-
-  private:
-    double of(const Contest& contest, std::size_t library) const {
-        const auto found = nanoseconds_.find(contest.name + "/" + Libraries[library]);
-        return found == nanoseconds_.end() ? 0.0 : found->second;
-    }
-
-    std::map<std::string, double> nanoseconds_;
-};
+}
 
 reference::Spectrum widened(const Buffer& buffer, double scale) {
     reference::Spectrum out(buffer.size / 2);
@@ -203,29 +188,20 @@ void printErrors(int n, Direction direction) {
 
 }  // namespace
 
-int main(int argc, char* argv[]) {
-    std::vector<std::string> arguments = {argv[0], "--benchmark_enable_random_interleaving=true",
-                                          "--benchmark_repetitions=15",
-                                          "--benchmark_min_time=0.01"};
-    arguments.insert(arguments.end(), argv + 1, argv + argc);
-    std::vector<char*> pointers;
-    for (std::string& argument : arguments) pointers.push_back(argument.data());
-    int count = static_cast<int>(pointers.size());
-    benchmark::Initialize(&count, pointers.data());
-    if (benchmark::ReportUnrecognizedArguments(count, pointers.data())) return 1;
+}  // namespace voxloc_bench
 
+int main(int argc, char* argv[]) {
+    using namespace voxloc_bench;
     std::vector<Contest> contests;
     for (int n = 64; n <= FFT_MAX; n *= 2) {
         contests.push_back(complexContest(n, Direction::Forward));
         contests.push_back(complexContest(n, Direction::Inverse));
     }
-    contests.push_back(realForward(4096));
-    contests.push_back(realInverse(16384));
+    contests.push_back(realForward(2 * FRAME_SAMPLES));
+    contests.push_back(realInverse(8 * FRAME_SAMPLES));
     for (const Contest& contest : contests) registerContest(contest);
-
-    Medians medians;
-    benchmark::RunSpecifiedBenchmarks(&medians);
-    medians.printTable(contests);
+    const int status =
+        runInterleaved(argc, argv, [&](const Medians& medians) { printTable(medians, contests); });
 
     std::printf("\n%-22s %10s %10s %32s\n", "relative RMS error", "ours", "FFTW", "ours / FFTW");
     for (const int n : {2048, 8192}) {
@@ -233,5 +209,5 @@ int main(int argc, char* argv[]) {
             printErrors(n, direction);
         }
     }
-    return 0;
+    return status;
 }

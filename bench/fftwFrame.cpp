@@ -19,11 +19,6 @@ namespace voxloc_bench {
 
 namespace {
 
-using voxloc::AnalysisSamples;
-using voxloc::AzimuthCount;
-using voxloc::AzimuthElevationPoints;
-using voxloc::AzimuthRangePoints;
-
 constexpr double Pi = 3.14159265358979323846;
 constexpr float DegreesPerRadian = 57.295776f;
 constexpr float SampleScale = 0x1p-23f;
@@ -55,17 +50,12 @@ void lagsToPlaces(std::vector<std::int16_t>& lags, int plane) {
     for (std::int16_t& lag : lags) lag = static_cast<std::int16_t>(lag / 2 + (lag % 2) * plane);
 }
 
-/** The grid row of a point. */
-int rowOf(int point) {
-    return point / AzimuthCount;
-}
-
 }  // namespace
 
-FftwFrame::FftwFrame(const voxloc::Product& product)
+FftwFrame::FftwFrame(const VoxlocArray& array)
     : lowestBin(EndBin),
-      tables(plainGrids(product)),
-      channels(static_cast<std::size_t>(product.channels)),
+      tables(plainGrids(array)),
+      channels(static_cast<std::size_t>(array.channels)),
       pairs(),
       block(newBuffer(AnalysisSamples)),
       spectrum(newBuffer(AnalysisSamples)),
@@ -75,23 +65,23 @@ FftwFrame::FftwFrame(const voxloc::Product& product)
       // With the planes exchanged a forward transform is an inverse one.
       inversePlan(newPlan(CorrelationHalf, upsampled.get() + CorrelationHalf, -CorrelationHalf,
                           correlations.get() + PaddedPlane, -PaddedPlane)) {
-    if (product.elevationPairs != GridPairs || product.azimuthPairs != GridPairs ||
-        product.attenuateLoudspeaker) {
+    if (array.elevationPairs != GridPairs || array.azimuthPairs != GridPairs ||
+        array.attenuateLoudspeaker != 0) {
         std::abort();
     }
     std::fill_n(upsampled.get(), 2 * CorrelationHalf, 0.0f);  // planning writes to the buffers
     std::fill_n(correlations.get(), GridPairs * 2 * PaddedPlane, 0.0f);
-    fillHoistedTables(product, tables);
+    fillHoistedTables(array, tables);
     lagsToPlaces(tables.azimuthElevation, PaddedPlane);
     lagsToPlaces(tables.azimuthRange, PaddedPlane);
     for (std::size_t p = 0; p < pairs.size(); ++p) {
-        const voxloc::ChannelPair pair =
-            p < GridPairs ? product.elevationPair[p] : product.azimuthPair[p - GridPairs];
+        const VoxlocPair pair =
+            p < GridPairs ? array.elevationPair[p] : array.azimuthPair[p - GridPairs];
         pairs[p].first = static_cast<std::size_t>(pair.first);
         pairs[p].second = static_cast<std::size_t>(pair.second);
         std::uint16_t upper, lower;
-        voxloc_setCutoffCoefficients(&product.microphone[pairs[p].first],
-                                     &product.microphone[pairs[p].second], &upper, &lower);
+        voxloc_setCutoffCoefficients(&array.microphone[pairs[p].first],
+                                     &array.microphone[pairs[p].second], &upper, &lower);
         pairs[p].lowestBin = lower;
         lowestBin = std::min<int>(lowestBin, lower);
     }
@@ -266,8 +256,8 @@ float FftwFrame::rangeOf(const Peak& peak) const {
         if (std::fabs(azimuthRangeSums[i] - peak.value) > FlatTolerance) break;
         last = i;
     }
-    return (tables.ranges[static_cast<std::size_t>(rowOf(peak.index))] +
-            tables.ranges[static_cast<std::size_t>(rowOf(last))]) *
+    return (tables.ranges[static_cast<std::size_t>(reference::rowOf(peak.index))] +
+            tables.ranges[static_cast<std::size_t>(reference::rowOf(last))]) *
            0.5f;
 }
 

@@ -23,9 +23,9 @@
 #include <memory>
 #include <vector>
 
+#include "models/geometryModel.h"
 #include "plainTables.h"
-#include "track/grids.h"
-#include "track/products.h"
+#include "voxloc/voxloc.h"
 
 namespace voxloc_bench {
 
@@ -41,8 +41,8 @@ struct Decisions {
 
 class FftwFrame {
   public:
-    /** A product of three elevation and three azimuth pairs without loudspeaker damping. */
-    explicit FftwFrame(const voxloc::Product& product);
+    /** An array with three elevation and three azimuth pairs without loudspeaker damping. */
+    explicit FftwFrame(const VoxlocArray& array);
     ~FftwFrame();
     FftwFrame(const FftwFrame&) = delete;
     FftwFrame& operator=(const FftwFrame&) = delete;
@@ -51,8 +51,12 @@ class FftwFrame {
     PeerPosition calculate(const float* frame, const Decisions& decisions);
 
   private:
-    static constexpr int AnalysisHalf = voxloc::AnalysisSamples / 2;     // complex points
-    static constexpr int CorrelationHalf = voxloc::CorrelationLags / 2;  // complex points
+    static constexpr int AnalysisSamples = 2 * FRAME_SAMPLES;
+    static constexpr int AnalysisHalf = AnalysisSamples / 2;         // complex points
+    static constexpr int CorrelationHalf = 4 * AnalysisSamples / 2;  // complex points, upsampled
+    static constexpr int AzimuthCount = reference::Azimuths;
+    static constexpr int AzimuthElevationPoints = reference::Elevations * AzimuthCount;
+    static constexpr int AzimuthRangePoints = reference::RangeSteps * AzimuthCount;
     static constexpr int EndBin = 1452;  // one past the highest bin that is not 0
     static constexpr int GridPairs = 3;  // pairs a grid
     // A plane of a correlation: its even or its odd lags, and lag 16384, which is read, too.
@@ -94,11 +98,11 @@ class FftwFrame {
     std::vector<Channel> channels;
     std::array<Pair, 2 * GridPairs> pairs;  // elevation pairs first
     SplitTables forward, inverse;
-    alignas(64) float window[voxloc::AnalysisSamples];  // with the scale of the samples
-    FftwBuffer block, spectrum;                         // two planes of AnalysisHalf each
+    alignas(64) float window[AnalysisSamples];  // with the scale of the samples
+    FftwBuffer block, spectrum;                 // two planes of AnalysisHalf each
     FftwBuffer upsampled;     // two planes of CorrelationHalf each, zero but for the used bins
     FftwBuffer correlations;  // [GridPairs][2 planes][PaddedPlane]
-    alignas(64) float azimuthRangeSums[voxloc::AzimuthRangePoints];
+    alignas(64) float azimuthRangeSums[AzimuthRangePoints];
     fftwf_plan forwardPlan, inversePlan;
 };
 

@@ -4,9 +4,11 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <iterator>
 #include <string>
 #include <vector>
 
+#include "kit/products.h"
 #include "kit/talker.h"
 #include "medians.h"
 #include "quiet.h"
@@ -28,13 +30,12 @@ double sumOf(const StageTimes& times) {
 }
 
 /** Medians over the frames, so that one that the machine disturbed does not count. */
-StageTimes timeStages(const Scenario& scenario) {
+StageTimes timeStages(const kit::Scenario& scenario) {
     static const double microsecondsPerTick = measureTick();
     std::array<std::vector<double>, StageCount> ticks;
     for (std::size_t i = 0; i < scenario.frames(); ++i) {
-        TrackerResult result;
         restartStages();
-        voxloc_calculate(scenario.frame(i), SignificantBits, scenario.flags[i], &result);
+        kit::processFrame(scenario, i);
         stopStages();
         for (std::size_t s = 0; s < StageCount; ++s) {
             ticks[s].push_back(static_cast<double>(StageTicks[s]));
@@ -56,7 +57,7 @@ void count(benchmark::State& state, const StageTimes& times) {
 
 void benchProduct(benchmark::State& state, std::int32_t product) {
     voxloc_initialize(product);
-    const Scenario scenario = mixedScenario(ScenarioFrames);
+    const kit::Scenario scenario = kit::mixedScenario(ScenarioFrames);
     StageTimes sum = {};
     for (auto _ : state) {
         const StageTimes times = timeStages(scenario);
@@ -70,7 +71,7 @@ void benchProduct(benchmark::State& state, std::int32_t product) {
 /** The block at the 95th percentile: dear, but not one that the machine disturbed. */
 void benchQuiet(benchmark::State& state, const Quiet& kind) {
     voxloc_initialize(PRODUCT_ASTER);
-    timeStages(talkerScenario(TalkerFrames));
+    timeStages(kit::talkerScenario(TalkerFrames));
     for (auto _ : state) {
         QuietFrames quiet(kind);
         std::vector<StageTimes> blocks;
@@ -85,7 +86,7 @@ void benchQuiet(benchmark::State& state, const Quiet& kind) {
 
 void benchTalker(benchmark::State& state) {
     voxloc_initialize(PRODUCT_ASTER);
-    const Scenario talker = talkerScenario(TalkerFrames);
+    const kit::Scenario talker = kit::talkerScenario(TalkerFrames);
     timeStages(talker);
     for (auto _ : state) count(state, timeStages(talker));
     voxloc_destroy();
@@ -98,23 +99,25 @@ struct Column {
     std::string benchmark;
 };
 
-void printTable(const Medians& medians, const std::vector<Column>& columns) {
-    std::vector<std::string> rows(StageNames, StageNames + StageCount);
+void printTable(const char* title, const Medians& medians, std::vector<Column> columns) {
+    const auto isFilteredOut = [&](const Column& column) {
+        return medians.find(column.benchmark) == medians.end();
+    };
+    columns.erase(std::remove_if(columns.begin(), columns.end(), isFilteredOut), columns.end());
+    if (columns.empty()) return;
+    std::vector<std::string> rows(std::begin(StageNames), std::end(StageNames));
     rows.emplace_back("frame");
-    std::printf("%-24s", "");
+    std::printf("%s\n%-24s", title, "");
     for (const Column& column : columns) std::printf(" %11s", column.title);
     std::printf("\n");
     for (const std::string& row : rows) {
         std::printf("%-24s", row.c_str());
-        for (const Column& column : columns) {
-            const auto found = medians.find(column.benchmark);
-            if (found != medians.end()) std::printf(" %11.2f", found->second.at(row));
-        }
+        for (const Column& column : columns) printFigure(medians, column.benchmark, row, 11, 2);
         std::printf("\n");
     }
 }
 
-std::string productName(const Product& product) {
+std::string productName(const VoxlocProduct& product) {
     return std::string("stages/") + product.name;
 }
 
@@ -124,32 +127,31 @@ std::string quietName(const Quiet& kind) {
 
 constexpr const char* TalkerName = "stages_quiet/talker";
 
-/** False when a stage's calls did not come by its wrapper: the table would blame the caller. */
-bool allStagesSeen(const Medians& medians) {
-    const auto product = medians.find("stages/cinder");  // has all stages
-    if (product == medians.end()) return true;
-    for (const char* stage : StageNames) {
-        if (product->second.at(stage) > 0.0) continue;
-        std::fprintf(stderr, "stage never seen: %s\n", stage);
-        return false;
+/** False when no product's calls of a stage came by its wrapper: the table would blame the caller.
+ */
+bool isSeen(const Medians& medians, const char* stage) {
+    for (const VoxlocProduct& product : kit::products()) {
+        const auto found = medians.find(productName(product));
+        // One that was filtered out may have been the one that has the stage.
+        if (found == medians.end() || found->second.at(stage) > 0.0) return true;
     }
-    return true;
+    std::fprintf(stderr, "stage never seen: %s\n", stage);
+    return false;
 }
 
 void printTables(const Medians& medians) {
     std::vector<Column> products, kinds = {{"talker", TalkerName}};
-    for (const Product& product : Products) {
+    for (const VoxlocProduct& product : kit::products()) {
         products.push_back({product.name, productName(product)});
     }
     for (const Quiet& kind : QuietKinds) kinds.push_back({kind.name, quietName(kind)});
-    std::printf("microseconds a frame by stage, mixed scenario\n");
-    printTable(medians, products);
-    std::printf("\naster, minutes of silence after a talker, blocks at the 95th percentile\n");
-    printTable(medians, kinds);
+    printTable("microseconds a frame by stage, mixed scenario", medians, products);
+    printTable("aster, minutes of silence after a talker, blocks at the 95th percentile", medians,
+               kinds);
 }
 
 void registerBenchmarks() {
-    for (const Product& product : Products) {
+    for (const VoxlocProduct& product : kit::products()) {
         benchmark::RegisterBenchmark(productName(product).c_str(), benchProduct, product.type);
     }
     benchmark::RegisterBenchmark(TalkerName, benchTalker);
@@ -170,7 +172,7 @@ int main(int argc, char** argv) {
     bool complete = true;
     const int status = runInterleaved(argc, argv, [&](const Medians& medians) {
         printTables(medians);
-        complete = allStagesSeen(medians);
+        for (const char* stage : StageNames) complete = isSeen(medians, stage) && complete;
     });
     return complete ? status : 1;
 }

@@ -1,6 +1,7 @@
 #include "medians.h"
 
 #include <cstdio>
+#include <vector>
 
 namespace voxloc_bench {
 
@@ -18,9 +19,9 @@ class MedianReporter : public benchmark::BenchmarkReporter {
                 failed = true;
             }
             if (run.aggregate_name != "median") continue;
-            for (const auto& [name, counter] : run.counters) {
-                medians[run.run_name.function_name][name] = counter.value;
-            }
+            auto& figures = medians[run.run_name.function_name];
+            figures[ProcessorTime] = run.GetAdjustedCPUTime();
+            for (const auto& [name, counter] : run.counters) figures[name] = counter.value;
         }
     }
 
@@ -29,6 +30,16 @@ class MedianReporter : public benchmark::BenchmarkReporter {
 };
 
 }  // namespace
+
+void printFigure(const Medians& medians, const std::string& benchmark, const std::string& counter,
+                 int width, int digits) {
+    const auto found = medians.find(benchmark);
+    if (found == medians.end()) {
+        std::printf(" %*s", width, "");
+    } else {
+        std::printf(" %*.*f", width, digits, found->second.at(counter));
+    }
+}
 
 int runInterleaved(int argc, char** argv, const std::function<void(const Medians&)>& print) {
     // Before the caller's own arguments, which therefore win.

@@ -10,12 +10,18 @@
 #include <functional>
 #include <map>
 #include <string>
-#include <vector>
 
 namespace voxloc_bench {
 
+/** The counter with the processor time of a benchmark's iteration, nanoseconds. */
+constexpr const char* ProcessorTime = "processor ns";
+
 /** Counters by benchmark name, medians over the repetitions. */
 using Medians = std::map<std::string, std::map<std::string, double>>;
+
+/** Prints " " and a figure in that width, or blanks where the benchmark was filtered out. */
+void printFigure(const Medians& medians, const std::string& benchmark, const std::string& counter,
+                 int width, int digits);
 
 /**
  * Runs the registered benchmarks, repetitions shuffled among each other so that a slow spell of the

@@ -5,25 +5,24 @@
 #include <cstdint>
 #include <vector>
 
-#include "track/grids.h"
-#include "track/products.h"
+#include "voxloc/voxloc.h"
 
 namespace voxloc_bench {
 
 struct PlainTables {
     std::vector<float> azimuths, elevations, ranges;  // radians, radians, metres
-    std::vector<std::int16_t> azimuthElevation;       // [elevation pairs][AzimuthElevationPoints]
-    std::vector<std::int16_t> azimuthRange;           // [azimuth pairs][AzimuthRangePoints]
+    std::vector<std::int16_t> azimuthElevation;       // [elevation pairs][elevations][azimuths]
+    std::vector<std::int16_t> azimuthRange;           // [azimuth pairs][ranges][azimuths]
 };
 
-/** The grids of a product and room for its tables. */
-PlainTables plainGrids(const voxloc::Product& product);
+/** The grids of an array and room for its tables. */
+PlainTables plainGrids(const VoxlocArray& array);
 
 /** Fills the tables by the public functions: grid point by grid point, one call after the other. */
-void fillPlainTables(const voxloc::Product& product, PlainTables& tables);
+void fillPlainTables(const VoxlocArray& array, PlainTables& tables);
 
 /** The same with the formulas in the loop's sight, so that the compiler hoists a row's share. */
-void fillHoistedTables(const voxloc::Product& product, PlainTables& tables);
+void fillHoistedTables(const VoxlocArray& array, PlainTables& tables);
 
 }  // namespace voxloc_bench
 

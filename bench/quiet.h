@@ -41,11 +41,11 @@ class QuietFrames {
     std::size_t blocks() const;
 
     /** The next block; valid until the next call. */
-    const Scenario& next();
+    const kit::Scenario& next();
 
   private:
     Quiet kind;
-    Scenario unitNoise, block;
+    kit::Scenario unitNoise, block;
     double gain;
 };
 

@@ -8,51 +8,21 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 
 namespace voxloc_bench {
 
-enum class Stage {
-    Remainder,  // what is not below: the walk itself, flags, copies between the stages
-    Normalise,
-    TimeDomainVoice,
-    Filters,  // of the time-domain detector
-    Window,
-    ForwardTransform,
-    ForwardSplit,
-    Weights,
-    NoiseLevel,
-    FrequencyDomainVoice,
-    Ultrasound,
-    SmoothedCrossSpectra,
-    PhaseTransformAndSplit,
-    InverseTransform,
-    LoudspeakerZone,
-    Gather,
-    Maximum,
-    Overlap,
-    Count
+/** The stages of stages.txt, after what is in none of them: the walk itself, flags, copies. */
+constexpr const char* StageNames[] = {
+    "remainder",
+#define STAGE(name) name,
+#define TIMED(stage, function, symbol)
+#include "stageList.inc"
+#undef STAGE
+#undef TIMED
 };
 
-constexpr auto StageCount = static_cast<std::size_t>(Stage::Count);
-
-constexpr const char* StageNames[StageCount] = {"remainder",
-                                                "normalise",
-                                                "time-domain voice",
-                                                "its filters",
-                                                "window",
-                                                "transforms",
-                                                "split",
-                                                "noise power, weights",
-                                                "noise level",
-                                                "frequency-domain voice",
-                                                "ultrasound",
-                                                "smoothed cross-spectra",
-                                                "phase transform, split",
-                                                "inverse transforms",
-                                                "loudspeaker zone",
-                                                "gather and sum",
-                                                "first maximum",
-                                                "analysis blocks"};
+constexpr auto StageCount = std::size(StageNames);
 
 /** Time stamps of the processor, by stage, each without the stages that it calls. */
 extern std::array<std::uint64_t, StageCount> StageTicks;

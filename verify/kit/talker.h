@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "voxloc/voxloc.h"
+
 namespace kit {
 
 constexpr std::uint32_t SignificantBits = 24;
@@ -20,6 +22,13 @@ struct Scenario {
     std::size_t frames() const { return flags.size(); }
     const float* frame(std::size_t i) const { return samples.data() + i * frameSamples; }
 };
+
+/** Hands a frame to the module. */
+inline TrackerResult processFrame(const Scenario& scenario, std::size_t i) {
+    TrackerResult result;
+    voxloc_calculate(scenario.frame(i), SignificantBits, scenario.flags[i], &result);
+    return result;
+}
 
 /**
  * Room noise, a talker who walks, silence, the talker while the far end is active, noise again, and

@@ -17,10 +17,7 @@ constexpr std::size_t MixFrames = 50;
 void processFrames(std::int32_t product, std::size_t count) {
     voxloc_initialize(product);
     const kit::Scenario scenario = kit::mixedScenario(MixFrames);
-    for (std::size_t i = 0; i < std::min(count, MixFrames); ++i) {
-        TrackerResult result;
-        voxloc_calculate(scenario.frame(i), kit::SignificantBits, scenario.flags[i], &result);
-    }
+    for (std::size_t i = 0; i < std::min(count, MixFrames); ++i) kit::processFrame(scenario, i);
     voxloc_destroy();
 }
 

@@ -78,7 +78,7 @@ void smoothCrossSpectra(Tracker& tracker, SmoothingGate gate) {
 
 void correlatePair(Tracker& tracker, int p) {
     const PairBlock& block = tracker.Blocks[p];
-    // The bin above the highest one takes part: it was smoothed like the others.
+    // The bin above the highest one takes part as it took part in the smoothing; it holds 0.
     correlate(tracker.CurrentNumerator + p * SpectrumFloats, block.pair->lowerBin,
               block.pair->upperBin + 2, block.reach, tracker.Tables.ATableUpsampled,
               tracker.Tables.BTableUpsampled, tracker.FftInput, tracker.FftOutput);
