@@ -4,17 +4,19 @@
 
 #include <cmath>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include "voxloc/voxloc.h"
 
 /**
  * A steady broadband source: sinusoids from 200 Hz to 16 kHz, a tenth of full scale, with the
- * delay of free air (348 m/s) from a point to each microphone of the initialised product.
+ * delay of free air (348 m/s) from a point to each microphone.
  */
 class SyntheticSource {
   public:
-    explicit SyntheticSource(unsigned int seed) {
+    SyntheticSource(unsigned int seed, std::vector<Position> microphones)
+        : microphones_(std::move(microphones)) {
         std::mt19937 random(seed);
         std::uniform_real_distribution<double> uniform(0.0, 1.0);
         for (Partial& partial : partials_) {
@@ -25,10 +27,9 @@ class SyntheticSource {
 
     /** The next frame of all microphones, 24 bits. */
     const float* next(const Position& source) {
-        const std::size_t channels = voxloc_getNumberOfChannels();
-        frame_.assign(channels * 2048, 0.0f);
-        for (std::size_t c = 0; c < channels; ++c) {
-            const Position& m = *voxloc_getMicrophoneCoordinates(static_cast<std::uint32_t>(c));
+        frame_.assign(microphones_.size() * 2048, 0.0f);
+        for (std::size_t c = 0; c < microphones_.size(); ++c) {
+            const Position& m = microphones_[c];
             const double x = static_cast<double>(source.x - m.x);
             const double y = static_cast<double>(source.y - m.y);
             const double z = static_cast<double>(source.z - m.z);
@@ -69,6 +70,7 @@ class SyntheticSource {
     }
 
     static constexpr int Partials = 500;
+    std::vector<Position> microphones_;
     Partial partials_[Partials];
     std::vector<float> frame_;
     long samples_ = 0;

@@ -25,7 +25,7 @@ double sineOfDegrees(float angle) {
 // the weights last for eight frames of steady sound: the position is read in between.
 TrackerResult locate(std::int32_t product, float azimuthSine, float elevationSine, float range) {
     const InitializedModule module(product);
-    SyntheticSource sound(1);
+    SyntheticSource sound(1, reference::productRow(product).microphones);
     const Position source =
         reference::pointAt(std::asin(azimuthSine), std::asin(elevationSine), range);
     TrackerResult result{};

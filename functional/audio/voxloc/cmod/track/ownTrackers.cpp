@@ -27,8 +27,11 @@ void describe(const ArrayFault& fault, char* reason) {
     reason[0] = '\0';
     if (fault.field == nullptr) return;
     char index[16] = "", value[32] = "";
+    const bool isInteger =
+        std::abs(fault.value) <= 2147483648.0 && fault.value == std::floor(fault.value);
+    const char* format = isInteger ? "%.0f " : "%.7g ";
     if (fault.index >= 0) std::snprintf(index, sizeof index, "[%d]", fault.index);
-    if (fault.hasValue) std::snprintf(value, sizeof value, "%.7g ", fault.value);
+    if (fault.hasValue) std::snprintf(value, sizeof value, format, fault.value);
     std::snprintf(reason, VOXLOC_REASON_SIZE, "%s%s%s: %s%s", fault.field, index, fault.member,
                   value, fault.problem);
 }
