@@ -22,7 +22,7 @@
 #include <vector>
 
 #include "dsplib/cfft_pow2_conjpair_splitrad_c89_neon.h"
-#include "models/referenceDft.h"
+#include "models/doubleFft.h"
 #include "voxloc/voxloc.h"
 
 namespace {

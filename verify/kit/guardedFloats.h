@@ -2,6 +2,7 @@
 #ifndef VERIFY_REFERENCE_GUARDED_FLOATS_H
 #define VERIFY_REFERENCE_GUARDED_FLOATS_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -17,10 +18,16 @@ namespace reference {
 class GuardedFloats {
   public:
     explicit GuardedFloats(std::size_t size, std::size_t offset = 0, float fill = 0.0f)
-        : size_(size), storage_(size + 2 * GuardFloats + offset, guard()) {
+        : size_(size), storage_(size + 2 * GuardFloats + offset, fill) {
         const auto address = reinterpret_cast<std::uintptr_t>(storage_.data() + GuardFloats / 2);
         begin_ = GuardFloats / 2 + (64 - address % 64) % 64 / sizeof(float) + offset;
-        for (std::size_t i = 0; i < size; ++i) data()[i] = fill;
+        std::fill(storage_.data(), data(), guard());
+        std::fill(data() + size, storage_.data() + storage_.size(), guard());
+    }
+
+    explicit GuardedFloats(const std::vector<float>& values, std::size_t offset = 0)
+        : GuardedFloats(values.size(), offset) {
+        std::copy(values.begin(), values.end(), data());
     }
 
     float* data() { return storage_.data() + begin_; }

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "dsplib/sp_fir_neon.h"
-#include "models/referenceDft.h"
+#include "models/doubleFft.h"
 #include "trackSupport.h"
 #include "voxloc/voxloc.h"
 
