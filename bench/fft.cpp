@@ -19,7 +19,7 @@
 
 #include "dsplib/cfft_pow2_conjpair_splitrad_c89_neon.h"
 #include "medians.h"
-#include "models/referenceDft.h"
+#include "models/doubleFft.h"
 #include "voxloc/voxloc.h"
 
 namespace voxloc_bench {

@@ -26,7 +26,7 @@ constexpr Kernels KernelsOfWidth = {transform<Direction::Forward, L>,
                                     transformEnds<Direction::Inverse, L>};
 
 /** At the width that is best where this object runs. */
-constexpr const Kernels& OwnKernels = KernelsOfWidth<simd::BestLanes>;
+constexpr Kernels OwnKernels = KernelsOfWidth<simd::BestLanes>;
 
 }  // namespace SP_SIMD_TARGET
 }  // namespace cfft

@@ -1,5 +1,5 @@
 # Fails when an object of the FIR engine has data that could change, or when there is no such object.
-# cmake -DNM=<nm> -DARCHIVE=<library> -P sp_fir_no_mutable_data.cmake
+# cmake -DNM=<nm> -DARCHIVE=<library> -P spFirNoMutableData.cmake
 
 execute_process(COMMAND "${NM}" --print-file-name "${ARCHIVE}"
   OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)

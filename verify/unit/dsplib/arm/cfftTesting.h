@@ -1,21 +1,23 @@
 /** What the suites of the FFT share: both directions by name, data with fixed seeds. */
-#ifndef VERIFY_CFFT_TESTING_H
-#define VERIFY_CFFT_TESTING_H
+#ifndef VERIFY_UNIT_CFFT_TESTING_H
+#define VERIFY_UNIT_CFFT_TESTING_H
 
-#include <cmath>
-#include <complex>
-#include <cstddef>
-#include <random>
-#include <string>
+#include <gtest/gtest.h>
+
+#include <limits>
 
 #include "dsplib/cfft_pow2_conjpair_splitrad_c89_neon.h"
 #include "kit/guardedFloats.h"
-#include "models/referenceDft.h"
+#include "kit/noise.h"
+#include "models/doubleFft.h"
 
 namespace cffttest {
 
 using reference::GuardedFloats;
+using reference::relativeRmsError;
 using reference::Spectrum;
+
+constexpr float NaN = std::numeric_limits<float>::quiet_NaN();
 
 /** Half a unit in the last place of 1.0f */
 constexpr double Rounding = 1.0 / (1 << 24);
@@ -49,13 +51,9 @@ inline std::size_t floatsOf(int n) {
     return 2 * static_cast<std::size_t>(n);
 }
 
-/** Complex noise, real and imaginary parts uniform in (-1, 1). */
+/** Complex noise, real and imaginary parts uniform in [-1, 1). */
 inline GuardedFloats noise(int n, unsigned seed, std::size_t offset = 0) {
-    std::mt19937 generator(seed);
-    std::uniform_real_distribution<float> uniform(-1.0f, 1.0f);
-    GuardedFloats x(floatsOf(n), offset);
-    for (std::size_t i = 0; i < x.size(); ++i) x[i] = uniform(generator);
-    return x;
+    return GuardedFloats(reference::noise(floatsOf(n), seed), offset);
 }
 
 inline Spectrum widened(const GuardedFloats& x) {
@@ -72,13 +70,8 @@ inline GuardedFloats transformed(const Transform& transform, int n, const Guarde
     return y;
 }
 
-/** The double-precision transform, scale included. */
-inline Spectrum expected(const Transform& transform, const GuardedFloats& x, bool direct) {
-    const Spectrum in = widened(x);
-    Spectrum y =
-        direct ? reference::directDft(in, transform.sign) : reference::fastDft(in, transform.sign);
-    for (auto& bin : y) bin *= transform.scale(static_cast<int>(y.size()));
-    return y;
+inline std::string directionOf(const testing::TestParamInfo<const Transform*>& its) {
+    return its.param->sign < 0 ? "Forward" : "Inverse";
 }
 
 }  // namespace cffttest

@@ -32,44 +32,27 @@ std::uint32_t bits(float value) {
     return out;
 }
 
-TEST(Twiddles, SlotZeroIsZero) {
-    EXPECT_EQ(bits(cfft::w_[0]), 0u);
-    EXPECT_EQ(bits(cfft::w_[1]), 0u);
+void expectTwiddle(float cosine, float sine, int k, int M) {
+    EXPECT_EQ(bits(cosine), bits(exactCosine(k, M))) << M << " " << k;
+    EXPECT_EQ(bits(sine), bits(exactSine(k, M))) << M << " " << k;
 }
 
-TEST(Twiddles, SmallSizesAreInterleaved) {
-    for (int M = 4; M <= 16; M *= 2) {
+TEST(Twiddles, AreInterleavedUpTo16AndInBlocksOfTwoFrom32On) {
+    EXPECT_TRUE(bits(cfft::w_[0]) == 0u && bits(cfft::w_[1]) == 0u);
+    for (int M = 4; M <= FFT_MAX; M *= 2) {
         for (int k = 0; k < M / 4; ++k) {
-            const auto slot = static_cast<std::size_t>(M / 4 + k);
-            EXPECT_EQ(bits(cfft::w_[2 * slot]), bits(exactCosine(k, M))) << M << " " << k;
-            EXPECT_EQ(bits(cfft::w_[2 * slot + 1]), bits(exactSine(k, M))) << M << " " << k;
-        }
-    }
-}
-
-TEST(Twiddles, SizesFrom32OnAreInBlocksOfTwo) {
-    for (int M = 32; M <= FFT_MAX; M *= 2) {
-        for (int k = 0; k < M / 4; ++k) {
-            const auto block = static_cast<std::size_t>(M / 2 + 4 * (k / 2) + k % 2);
-            ASSERT_EQ(bits(cfft::w_[block]), bits(exactCosine(k, M))) << M << " " << k;
-            ASSERT_EQ(bits(cfft::w_[block + 2]), bits(exactSine(k, M))) << M << " " << k;
+            const int at = M / 2 + (M < 32 ? 2 * k : 4 * (k / 2) + k % 2);
+            const float* const cosine = cfft::w_.data() + at;
+            expectTwiddle(cosine[0], cosine[M < 32 ? 1 : 2], k, M);
         }
     }
 }
 
 TEST(LeafTwiddles, AreTheSixteenthRootsInBlocksOfTwo) {
     for (int k = 0; k < 8; ++k) {
-        const auto block = static_cast<std::size_t>(4 * (k / 2) + k % 2);
-        EXPECT_EQ(bits(cfft::w_nl[block]), bits(exactCosine(k, 16))) << k;
-        EXPECT_EQ(bits(cfft::w_nl[block + 2]), bits(exactSine(k, 16))) << k;
+        const float* const cosine = cfft::w_nl.data() + 4 * (k / 2) + k % 2;
+        expectTwiddle(cosine[0], cosine[2], k, 16);
     }
-}
-
-TEST(LeafTwiddles, HoldExactOnesAndZerosAtQuarterTurns) {
-    EXPECT_EQ(bits(cfft::w_nl[0]), bits(1.0f));   // cos 0
-    EXPECT_EQ(bits(cfft::w_nl[2]), bits(0.0f));   // sin 0
-    EXPECT_EQ(bits(cfft::w_nl[8]), bits(0.0f));   // cos π/2
-    EXPECT_EQ(bits(cfft::w_nl[10]), bits(1.0f));  // sin π/2
 }
 
 TEST(LeafPositions, BeginAsKnown) {
@@ -87,21 +70,17 @@ TEST(LeafPositions, AreDistinctMultiplesOf16) {
     EXPECT_EQ(seen.size(), cfft::index_lut_.size());
 }
 
-bool divides(int divisor, int value) {
-    return value % divisor == 0;
-}
-
 /** Descends the conjugate-pair tree for one residue, where the table is made by a walk of it all.
  */
 int positionOf(int residue) {
     int size = FFT_MAX, offset = 0, stride = 1, position = 0;
     while (size > 16) {
-        if (divides(2 * stride, residue - offset)) {
+        if ((residue - offset) % (2 * stride) == 0) {
             size /= 2;
             stride *= 2;
         } else if (size == 32) {
             return position + 16;  // its two 8-point children share the unit behind the front half
-        } else if (divides(4 * stride, residue - offset - stride)) {
+        } else if ((residue - offset - stride) % (4 * stride) == 0) {
             position += size / 2;
             size /= 4;
             offset += stride;
