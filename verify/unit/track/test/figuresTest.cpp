@@ -6,65 +6,25 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
+#include <iterator>
+#include <numeric>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "eighteenTests.h"
+#include "kit/floatBits.h"
+#include "kit/log.h"
+#include "stableSpeakers.h"
 #include "track/test/testSupport.h"
-#include "track/test/tests.h"
-#include "unit/track/trackSupport.h"
 #include "voxloc/unittestGenerator.h"
 
 namespace {
 
-using trackSupport::logOf;
-using trackSupport::wide;
-
-struct Degrees {
-    double azimuth, elevation, range;
-};
-
-// How far off the position is, to the digits that are given; elevation may be of no interest.
-struct Figures {
-    double azimuth, elevation, range;
-};
-constexpr double AnyElevation = -1;
-
-struct Geometry {
-    const char* name;
-    int product;
-    Degrees position[2];
-    Figures error[2];
-};
-
-// The errors of an independent model of the module, in degrees to two decimals and metres to one.
-const Geometry Geometries[] = {
-    {"Aster", PRODUCT_ASTER, {{-1, -7.4, 6}, {15, 4.2, 5.6}}, {{0.03, 0.05, 0}, {0.25, 0.07, 0}}},
-    {"Bramble",
-     PRODUCT_BRAMBLE,
-     {{-0.5, -7.4, 6.5}, {15, 2.2, 5.6}},
-     {{0.02, 0.05, 0}, {0.23, 0.09, 0.2}}},
-    {"Cinder",
-     PRODUCT_CINDER,
-     {{0.8, -7.5, 1.8}, {-23, -12.5, 4}},
-     {{0.48, 0.31, 0.1}, {0.22, 0.28, 0.2}}},
-    {"Dovetail",
-     PRODUCT_DOVETAIL,
-     {{8.8, -4.5, 1.8}, {-14.2, 10, 7.5}},
-     {{0.22, 0.26, 0.1}, {0.06, 0.26, 0}}},
-    {"Elmwood",
-     PRODUCT_ELMWOOD,
-     {{0.82, -5.5, 1.9}, {-25, 4.9, 3.6}},
-     {{0.01, 0.09, 0}, {0.06, 0.02, 0.5}}},
-    {"Foxglove",
-     PRODUCT_FOXGLOVE,
-     {{4, 0, 2.9}, {-25, 0, 4.6}},
-     {{0.18, AnyElevation, 0.4}, {0.06, AnyElevation, 0.3}}},
-    {"Gannet",
-     PRODUCT_GANNET,
-     {{10, -15, 2}, {-12, -20, 4.5}},
-     {{0.25, 1.94, 0.1}, {0.01, 0.28, 0}}}};
+using kit::logOf;
+using kit::wide;
+using recordedModule::Degrees;
 
 // A product initialised and heard through the public interface alone.
 class Listener {
@@ -82,9 +42,11 @@ class Listener {
     Listener& operator=(const Listener&) = delete;
 
     TrackerResult listen(int count, int clip, const Degrees& position) {
-        const float source[3] = {static_cast<float>(position.azimuth * M_PI / 180),
-                                 static_cast<float>(position.elevation * M_PI / 180),
-                                 static_cast<float>(position.range)};
+        const auto radians = [](float degrees) {
+            return static_cast<float>(wide(degrees) * M_PI / 180);
+        };
+        const float source[3] = {radians(position.azimuth), radians(position.elevation),
+                                 position.range};
         TrackerResult result{};
         for (int frame = 0; frame < count; frame++) {
             voxloc_calculate(getNextFrame(source, clip, generator_), 24, 0, &result);
@@ -102,151 +64,110 @@ void expectRoundsTo(double expected, double actual, double unit) {
         << actual << " does not round to " << expected;
 }
 
-class FiguresTest : public testing::TestWithParam<Geometry> {};
+// How far off the position is, to the digits that are given; elevation may be of no interest.
+struct Errors {
+    double azimuth, elevation, range;
+};
+constexpr double AnyElevation = -1;
 
-TEST_P(FiguresTest, PositionsAreAsFarOffAsTheModelHasThem) {
-    Listener listener(GetParam().product);
-    for (std::size_t i = 0; i < 2; i++) {
-        SCOPED_TRACE(i == 0 ? "first position" : "second position");
-        const Degrees& position = GetParam().position[i];
-        const Figures& error = GetParam().error[i];
-        const TrackerResult result = listener.listen(10, 0, position);
-        expectRoundsTo(error.azimuth, std::fabs(wide(result.azimuth) - position.azimuth), 0.01);
-        expectRoundsTo(error.range, std::fabs(wide(result.range) - position.range), 0.1);
-        if (error.elevation != AnyElevation) {
-            expectRoundsTo(error.elevation, std::fabs(wide(result.elevation) - position.elevation),
-                           0.01);
-        }
-    }
+// The errors of an independent model of the module at both places of each stable speaker, in
+// degrees to two decimals and metres to one.
+const Errors ErrorsOf[][2] = {
+    {{0.03, 0.05, 0}, {0.25, 0.07, 0}},     {{0.02, 0.05, 0}, {0.23, 0.09, 0.2}},
+    {{0.48, 0.31, 0.1}, {0.22, 0.28, 0.2}}, {{0.22, 0.26, 0.1}, {0.06, 0.26, 0}},
+    {{0.01, 0.09, 0}, {0.06, 0.02, 0.5}},   {{0.18, AnyElevation, 0.4}, {0.06, AnyElevation, 0.3}},
+    {{0.25, 1.94, 0.1}, {0.01, 0.28, 0}}};
+
+void expectOff(const TrackerResult& result, const Degrees& place, const Errors& errors) {
+    const auto distance = [](float a, float b) { return std::fabs(wide(a) - wide(b)); };
+    expectRoundsTo(errors.azimuth, distance(result.azimuth, place.azimuth), 0.01);
+    expectRoundsTo(errors.range, distance(result.range, place.range), 0.1);
+    if (errors.elevation == AnyElevation) return;
+    expectRoundsTo(errors.elevation, distance(result.elevation, place.elevation), 0.01);
 }
 
-INSTANTIATE_TEST_SUITE_P(Geometries, FiguresTest, testing::ValuesIn(Geometries),
-                         [](const testing::TestParamInfo<Geometry>& geometry) {
-                             return std::string(geometry.param.name);
-                         });
-
-TEST(Figures, AsterQualities) {
-    Listener listener(PRODUCT_ASTER);
-    expectRoundsTo(0.8693, wide(listener.listen(10, 0, Geometries[0].position[0]).quality), 1e-4);
-    expectRoundsTo(0.6747, wide(listener.listen(10, 0, Geometries[0].position[1]).quality), 1e-4);
+TEST(Figures, PositionsAreAsFarOffAsTheModelHasThem) {
+    for (std::size_t i = 0; i < std::size(StableSpeakers); i++) {
+        const StableSpeaker& speaker = StableSpeakers[i];
+        SCOPED_TRACE(speaker.name);
+        Listener listener(speaker.product);
+        const TrackerResult first = listener.listen(10, 0, speaker.first);
+        const TrackerResult second = listener.listen(10, 0, speaker.second);
+        expectOff(first, speaker.first, ErrorsOf[i][0]);
+        expectOff(second, speaker.second, ErrorsOf[i][1]);
+        if (speaker.product != PRODUCT_ASTER) continue;
+        expectRoundsTo(0.8693, wide(first.quality), 1e-4);
+        expectRoundsTo(0.6747, wide(second.quality), 1e-4);
+    }
 }
 
 TEST(Figures, UltraSoundLevelOfTheRoom) {
     Listener listener(PRODUCT_ASTER);
-    listener.listen(24, 1, {-1, -7.4, 6});
+    listener.listen(24, 1, {-1, -7.4f, 6});
     expectRoundsTo(-33.09, wide(voxloc_getUltraSoundLevel()), 0.01);
 }
 
 TEST(Figures, CinderElevation) {
     Listener listener(PRODUCT_CINDER);
-    const TrackerResult result = listener.listen(10, 0, {-0.2, -39.5, 6.2});
+    const TrackerResult result = listener.listen(10, 0, {-0.2f, -39.5f, 6.2f});
     expectRoundsTo(-39.58, wide(result.elevation), 0.01);
 }
 
 // --- Independence of the tests
 
-using TestFunction = unsigned (*)();
+using Outcome = std::pair<unsigned, std::string>;  // errors and log
 
-const std::vector<TestFunction> Tests = {voxloc_tests::stableSpeakerTestAster,
-                                         voxloc_tests::stableSpeakerTestBramble,
-                                         voxloc_tests::stableSpeakerTestCinder,
-                                         voxloc_tests::stableSpeakerTestDovetail,
-                                         voxloc_tests::stableSpeakerTestElmwood,
-                                         voxloc_tests::stableSpeakerTestFoxglove,
-                                         voxloc_tests::stableSpeakerTestGannet,
-                                         voxloc_tests::vadOnTest,
-                                         voxloc_tests::vadHangoverTest,
-                                         voxloc_tests::timeDomainVadTest,
-                                         voxloc_tests::soundActivityTest,
-                                         voxloc_tests::signalEnergyTest,
-                                         voxloc_tests::inputFlagTest,
-                                         voxloc_tests::farEndVadTest,
-                                         voxloc_tests::ultraSoundDistortionTest,
-                                         voxloc_tests::roomNoiseTest,
-                                         voxloc_tests::ultraSoundLevelTest,
-                                         voxloc_tests::cinderElevationTest};
-
-struct Outcome {
-    unsigned errors;
-    std::string log;
-    bool operator==(const Outcome& other) const {
-        return errors == other.errors && log == other.log;
-    }
-};
-
-Outcome run(TestFunction test) {
-    Outcome outcome{99, ""};
-    outcome.log = logOf([&] { outcome.errors = test(); });
+Outcome run(unsigned (*test)()) {
+    Outcome outcome(99, "");
+    outcome.second = logOf([&] { outcome.first = test(); });
     return outcome;
 }
 
 // The outcome in a process in which nothing has run yet.
-Outcome runAlone(TestFunction test) {
-    Outcome outcome{99, ""};
-    outcome.log = logOf([&] {
+Outcome runAlone(unsigned (*test)()) {
+    Outcome outcome(99, "");
+    outcome.second = logOf([&] {
         const pid_t child = fork();
         if (child == 0) _exit(static_cast<int>(test()));
         int status = 0;
         if (waitpid(child, &status, 0) == child && WIFEXITED(status)) {
-            outcome.errors = static_cast<unsigned>(WEXITSTATUS(status));
+            outcome.first = static_cast<unsigned>(WEXITSTATUS(status));
         }
     });
     return outcome;
 }
 
 TEST(Independence, EachTestHasTheSameOutcomeAloneAndInAnyOrder) {
-    std::map<TestFunction, Outcome> alone;
-    for (const TestFunction test : Tests) alone[test] = runAlone(test);
-    for (std::size_t i = 0; i < Tests.size(); i++) {
-        EXPECT_EQ(alone[Tests[i]].errors, 0u) << "test " << i << ": " << alone[Tests[i]].log;
+    std::vector<Outcome> alone;
+    for (const EighteenTest& test : EighteenTests) {
+        alone.push_back(runAlone(test.run));
+        EXPECT_EQ(alone.back().first, 0u) << test.name << ": " << alone.back().second;
     }
-
-    std::vector<std::vector<TestFunction>> orders(2, Tests);
-    std::reverse(orders[0].begin(), orders[0].end());
-    std::shuffle(orders[1].begin(), orders[1].end(), std::mt19937(2));
-    for (std::size_t order = 0; order < orders.size(); order++) {
-        for (std::size_t i = 0; i < Tests.size(); i++) {
-            const TestFunction test = orders[order][i];
-            EXPECT_TRUE(run(test) == alone[test]) << "order " << order << " position " << i;
+    std::vector<std::size_t> order(EighteenTests.size());
+    std::iota(order.rbegin(), order.rend(), std::size_t{0});
+    for (int pass = 0; pass < 2; pass++) {
+        for (const std::size_t i : order) {
+            EXPECT_EQ(run(EighteenTests[i].run), alone[i]) << "pass " << pass;
         }
+        std::shuffle(order.begin(), order.end(), std::mt19937(2));
     }
 }
 
 TEST(RunAllUnitTests, LogsItsProgressAndWhatTheTestsSay) {
-    unsigned errors = 99;
-    std::string log = logOf([&] { errors = voxloc_tests::runAllUnitTests(); });
-    voxloc_tests::tearDown();
-    EXPECT_EQ(errors, 0u);
-    log = trackSupport::withoutDecimals(log);
     std::string expected;
-    const auto add = [&expected](const std::string& text, const std::string& said = "",
-                                 const std::string& endText = "") {
-        expected += "Running " + text + "\n" + said + "Finished " +
-                    (endText.empty() ? text : endText) + "\n";
-    };
-    add("stable speaker test");
-    add("stable speaker bramble test");
-    add("stable speaker cinder test");
-    add("stable speaker dovetail test", "", "stable speaker cinder test");
-    add("stable speaker elmwood test");
-    add("stable speaker foxglove test");
-    add("stable speaker gannet test");
-    add("VAD on test");
-    add("VAD hangover test");
-    add("TD VAD test");
-    add("SAD test");
-    add("signal energy test");
-    add("input flag test");
-    add("FE VAD test");
-    add("ultrasound test",
-        "Warning: Ultrasound level is too high, channel: 3 ultrasound level: N neighborband "
-        "level: N\n"
-        "Ultrasound level is ok, ultrasound level: N neighborband level: N\n");
-    add("room noise test");
-    add("ultra sound level test", "Ultra sound level = N");
-    add("cinder elevation test");
-    expected += "\n\nTest summary: 0 error(s)\n\n";
-    EXPECT_EQ(log, expected);
+    for (const EighteenTest& test : EighteenTests) {
+        expected += test.progress(
+            test.run == voxloc_tests::ultraSoundLevelTest ? "Ultra sound level = N"
+            : test.run == voxloc_tests::ultraSoundDistortionTest
+                ? "Warning: Ultrasound level is too high, channel: 3 ultrasound level: N "
+                  "neighborband level: N\n"
+                  "Ultrasound level is ok, ultrasound level: N neighborband level: N\n"
+                : "");
+    }
+    const Outcome outcome = run(voxloc_tests::runAllUnitTests);
+    voxloc_tests::tearDown();
+    EXPECT_EQ(outcome.first, 0u);
+    EXPECT_EQ(kit::withoutDecimals(outcome.second), expected + "\n\nTest summary: 0 error(s)\n\n");
 }
 
 }  // namespace

@@ -1,7 +1,10 @@
 #include "recordedModule.h"
 
 #include <algorithm>
+#include <cmath>
 
+#include "kit/floatBits.h"
+#include "kit/log.h"
 #include "track/test/testSupport.h"
 #include "voxloc/unittestGenerator.h"
 
@@ -33,6 +36,58 @@ void start(const Script& script) {
     lifetime.clear();
     energyCalls.clear();
     generated.clear();
+}
+
+Outcome run(unsigned (*test)(), const Script& script) {
+    start(script);
+    Outcome outcome{99, ""};
+    outcome.log = kit::logOf([&] { outcome.errors = test(); });
+    return outcome;
+}
+
+void expectSetUps(const std::vector<int>& products) {
+    std::vector<std::string> expected;
+    for (const int type : products) {
+        expected.push_back("initialize " + std::to_string(type));
+        expected.emplace_back("destroy");
+    }
+    EXPECT_EQ(lifetime, expected);
+    EXPECT_FALSE(voxloc_tests::IsInitialized);
+    EXPECT_EQ(voxloc_tests::AudioData, nullptr);
+}
+
+namespace {
+
+void expectHeard(const ProcessedFrame& frame, int type, int clipId, const Degrees& place,
+                 std::uint32_t flags) {
+    EXPECT_FALSE(frame.generated.empty());
+    EXPECT_EQ(frame.product, type);
+    EXPECT_EQ(frame.clip, clipId);
+    EXPECT_TRUE(frame.offsetSpeech);
+    EXPECT_EQ(frame.bits, 24u);
+    EXPECT_EQ(frame.flags, flags);
+    EXPECT_EQ(frame.source[2], place.range);
+    // A degree is rounded to a float, and so are the factor and the product.
+    const double radians[2] = {kit::wide(place.azimuth) * M_PI / 180,
+                               kit::wide(place.elevation) * M_PI / 180};
+    for (std::size_t i = 0; i < 2; i++) {
+        EXPECT_TRUE(std::fabs(kit::wide(frame.source[i]) - radians[i]) <=
+                    1.5 * kit::Epsilon * std::fabs(radians[i]))
+            << frame.source[i];
+    }
+}
+
+}  // namespace
+
+void expectGenerated(const ProcessedFrame& frame, int type, int clipId, const Degrees& place,
+                     std::uint32_t flags) {
+    expectHeard(frame, type, clipId, place, flags);
+    EXPECT_EQ(frame.samples, frame.generated);
+}
+
+void expectChanged(const ProcessedFrame& frame, const Degrees& place) {
+    expectHeard(frame, PRODUCT_ASTER, 0, place, 0);
+    EXPECT_NE(frame.samples, frame.generated);
 }
 
 }  // namespace recordedModule
@@ -88,7 +143,7 @@ void __wrap_voxloc_calculate(const float* frame, uint32_t bits, uint32_t flags,
                       bits,
                       flags});
     generated.clear();
-    *result = script_.result(frames.size());
+    *result = script_.result ? script_.result(frames.size()) : TrackerResult{};
 }
 
 void __wrap_voxloc_calculateSignalEnergy(const float* frame, uint32_t bits, int32_t nchannels,

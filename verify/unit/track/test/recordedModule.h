@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "gtest/gtest.h"
 #include "voxloc/voxloc.h"
 
 namespace recordedModule {
@@ -40,17 +41,40 @@ struct Energies {
 };
 extern std::vector<Energies> energyCalls;
 
-/** The module's answers. */
+/** The module's answers; all 0 unless a test says otherwise. */
 struct Script {
-    std::function<TrackerResult(std::size_t)> result;  // of a frame, counted from 1
-    std::array<float, VOXLOC_MAX_CHANNELS> energies;
-    float ultraSoundLevel;
+    std::function<TrackerResult(std::size_t)> result = {};  // of a frame, counted from 1
+    std::array<float, VOXLOC_MAX_CHANNELS> energies = {};
+    float ultraSoundLevel = 0;
     // Changes what the generator made of the frame that is processed next, counted from 1.
     std::function<void(std::size_t, float*)> changeGenerated = {};
 };
 
 /** Forgets what was recorded and answers as scripted from here on. */
 void start(const Script& script);
+
+struct Outcome {
+    unsigned errors;
+    std::string log;
+};
+
+/** Runs one of the eighteen on a module that answers as scripted. */
+Outcome run(unsigned (*test)(), const Script& script = {});
+
+/** That the tests since start() left nothing behind, and initialised the module for these. */
+void expectSetUps(const std::vector<int>& products);
+
+/** A talker's place: degrees, degrees, metres. */
+struct Degrees {
+    float azimuth, elevation, range;
+};
+
+/** That the generator's clip went to the module as the talker at that place says it. */
+void expectGenerated(const ProcessedFrame& frame, int product, int clip, const Degrees& place,
+                     std::uint32_t flags = 0);
+
+/** The same for what the test made of the generator's frame, given by its samples. */
+void expectChanged(const ProcessedFrame& frame, const Degrees& place);
 
 }  // namespace recordedModule
 

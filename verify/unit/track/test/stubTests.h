@@ -3,28 +3,23 @@
 #define VERIFY_TRACK_TEST_STUB_TESTS_H
 
 #include <functional>
-#include <string>
 #include <vector>
+
+#include "eighteenTests.h"
 
 namespace stubTests {
 
-struct Stub {
-    std::string function;  // the test function
-    std::string name;      // what it is registered as
-    int line;              // of its reports
-    std::string runText;   // the wording of its progress lines
-    std::string endText;
-    unsigned errors;  // what the stub returns
-};
-
-/** In the order of registration. */
-extern std::vector<Stub> stubs;
+/** What each stub returns, in the order of the eighteen; at first 0. */
+extern std::vector<unsigned> errors;
 
 /** What every stub does. */
 extern std::function<void()> effect;
 
-/** The test functions called since the last clear, in order. */
-extern std::vector<std::string> called;
+/** The indices of the tests called since the last reset, in order. */
+extern std::vector<std::size_t> called;
+
+/** No errors, nothing called; the effect stays. */
+void reset();
 
 }  // namespace stubTests
 
