@@ -16,10 +16,8 @@ import textwrap
 
 import callGraph
 import disassembly
+import stages
 
-PRODUCTS = {"aster": 0, "bramble": 1, "cinder": 2, "elmwood": 4, "dovetail": 5, "foxglove": 6,
-            "gannet": 7}
-SHOWN = "bramble"  # the product whose stages and loops are listed
 FRAME_MS = 2048 / 48.0
 CYCLES_PER_MS = 1e6  # at 1 GHz
 WARM_FRAMES = 3  # the frame after them is counted: its blocks are full
@@ -31,24 +29,6 @@ RARE = 0.5  # instructions executed in fewer of a loop's iterations are priced o
 # code, and that of the cortex-a9 makes llvm-mca 14 divide by zero.
 CORES = {"cortex-r52": "in order and issues two instructions a cycle",
          "cortex-a57": "out of order and issues three"}
-
-STAGES = [
-    ("window", r"vectorMultiply"),
-    ("input scaling, joining of frames", r"normalizeInput|overlapInput|^__?mem|^mem"),
-    ("forward FFT", r"cfft::.*Direction\)0|^cfft_pow2|fftSPxSP"),
-    ("inverse FFT", r"cfft::.*Direction\)1|cifft|sp_ifft"),
-    ("split passes", r"splitFft|splitIfft|realFft|realIfft|voxloc_i?fft"),
-    ("FIR filters", r"sp_fir|firFilter"),
-    ("time-domain voice detector", r"detectTimeDomain|followMedian|largestRelative"),
-    ("noise power and weights", r"updateFrequencyWeights"),
-    ("noise level", r"calculateNoiseLevel|log10"),
-    ("other detectors", r"detectFrequencyDomain|detectUltraSound|decibels|bandPower"),
-    ("cross-spectrum and smoothing", r"smoothCrossSpectrum|ComplexConjugate"),
-    ("phase transform", r"whiten|correlateNear|attenuateLoudspeaker"),
-    ("gather", r"sumCorrelations|sumOverGrid"),
-    ("search", r"firstMaximum|largestOf|flatRangeRows"),
-]
-REST = "the rest"
 
 FILLER = "cmp r0, #0"  # an instruction that does next to nothing
 
@@ -97,7 +77,7 @@ def like(register, d):
 
 def execution_counts(emulator, program, product, frames, ranges):
     """How often each address is executed, from the emulator's log of blocks."""
-    command = [emulator, "-d", "exec,nochain,in_asm", "-dfilter", ranges, program, str(product),
+    command = [emulator, "-d", "exec,nochain,in_asm", "-dfilter", ranges, program, product,
                str(frames)]
     blocks, runs, current = {}, collections.Counter(), None
     process = subprocess.Popen(command, stderr=subprocess.PIPE, text=True, bufsize=1 << 20)
@@ -126,25 +106,26 @@ def frame_counts(emulator, program, product, ranges):
     return after - before
 
 
-def frame_symbols(build, program):
-    """Addresses and sizes of what a frame may execute: the call graph and memory moves."""
-    reached = callGraph.reached(callGraph.read(build), "voxloc_calculate")
-    names = {symbol.split(":")[-1] for symbol in reached}
+class Part:
+    """A function that a frame may execute."""
+
+    def __init__(self, size, stage):
+        self.size, self.stage = size, stage
+
+
+def parts_of_frame(build, program):
+    """What the call graph reaches and what moves memory, by address."""
+    stage_of = stages.of_frame(callGraph.read(build))
     listing = subprocess.run(["arm-linux-gnueabihf-nm", "-S", program], check=True,
                              capture_output=True, text=True).stdout
     found = {}
     for address, size, _, name in re.findall(r"^(\w+) (\w+) (\w) (\S+)$", listing, re.M):
-        plain = name.split(".")[0]
-        if plain in names or re.match(r"_*mem(cpy|move|set)", name):
-            found[int(address, 16)] = int(size, 16)
+        memory_move = re.match(r"_*(mem(cpy|move|set))", name)
+        symbol = memory_move[1] if memory_move else stages.plain(name)
+        if memory_move or symbol in stage_of:
+            stage = stage_of.get(symbol, stages.REMAINDER)
+            found[int(address, 16) & ~1] = Part(int(size, 16), stage)
     return found
-
-
-def stage_of(function):
-    for stage, pattern in STAGES:
-        if re.search(pattern, function.name):
-            return stage
-    return REST
 
 
 def source_of(instruction):
@@ -222,7 +203,8 @@ class Estimate:
 
 
 class Estimator:
-    def __init__(self, program):
+    def __init__(self, program, parts):
+        self.parts = parts
         self.functions = [f for f in disassembly.functions(program) if f.instructions]
         self.loops = {}
         self.cores = {name: Core(name) for name in CORES}
@@ -243,7 +225,7 @@ class Estimator:
         return result
 
     def add(self, function, executed, result):
-        stage = stage_of(function)
+        stage = self.parts[function.instructions[0].address].stage
         result.instructions += sum(executed.values())
         for loop in self.loops_of(function):
             iterations = max(executed.get(i.address, 0) for i in loop.instructions)
@@ -271,27 +253,32 @@ def totals(estimates):
         yield f"| {product} | " + " | ".join(cells) + " |"
 
 
-def stages(estimates):
+def stage_table(estimates, shown):
     cores = list(CORES)
     yield "| Stage | " + " | ".join(f"{core}, ms | share of a frame" for core in cores) + " |"
     yield "|---|" + "---|---|" * len(cores)
-    shown = estimates[SHOWN]
+    shown = estimates[shown]
     for stage in sorted(shown.stages[cores[0]], key=lambda s: -shown.stages[cores[0]][s]):
         cells = (f"{shown.milliseconds(core, stage):.3f} | "
                  f"{shown.milliseconds(core, stage) / FRAME_MS:.1%}" for core in cores)
         yield f"| {stage} | " + " | ".join(cells) + " |"
 
 
-def loop_table(estimates):
+def loop_table(estimates, shown):
     cores = " | ".join(f"{core}, cycles" for core in CORES)
     yield f"| Loop in | Instructions | Iterations | {cores} |"
     yield "|---|---|---|" + "---|" * len(CORES)
-    heaviest = sorted(estimates[SHOWN].loops, key=lambda loop: -loop[2] * max(loop[4].values()))
+    heaviest = sorted(estimates[shown].loops, key=lambda loop: -loop[2] * max(loop[4].values()))
     for name, _, iterations, length, prices in heaviest[:30]:
         short = re.sub(r"\((cfft::)?\w+\)", "", re.sub(r"\([^()]*\)$", "", name.replace(
             "(anonymous namespace)::", ""))).replace("void ", "").replace("int ", "")
         yield f"| `{short}` | {length} | {iterations} | " + " | ".join(
             f"{prices[core]:.1f}" for core in CORES) + " |"
+
+
+def dearest(estimates):
+    """The product whose stages and loops are listed."""
+    return max(estimates, key=lambda product: sum(map(estimates[product].milliseconds, CORES)))
 
 
 def worst_stage(estimates):
@@ -305,6 +292,7 @@ def paragraph(text):
 
 
 def report(estimates, estimator):
+    shown = dearest(estimates)
     share, stage, product, core = worst_stage(estimates)
     limit = "above" if share > 0.25 else "below"
     cores = "; ".join(f"the {core} is {what}" for core, what in CORES.items())
@@ -329,15 +317,15 @@ def report(estimates, estimator):
         paragraph(f"""The largest stage of all is {stage} of {product} on the {core} with
             {share:.1%} of a frame, {limit} a quarter."""),
         "",
-        f"## Stages of {SHOWN}, at 1 GHz",
+        f"## Stages of {shown}, at 1 GHz",
         "",
-        *stages(estimates),
+        *stage_table(estimates, shown),
         "",
-        f"## The heaviest loops of {SHOWN}",
+        f"## The heaviest loops of {shown}",
         "",
         "Cycles are for one iteration; iterations are those of a frame.",
         "",
-        *loop_table(estimates),
+        *loop_table(estimates, shown),
         "",
         paragraph(f"""Where llvm-mca's model of a core lacks an instruction, the nearest that it has
             is priced (`SUBSTITUTES` in `tools/arm/estimate.py`): {missing}."""),
@@ -345,12 +333,13 @@ def report(estimates, estimator):
 
 
 def main(build, program, emulator):
-    symbols = frame_symbols(build, program)
-    ranges = ",".join(f"{address & ~1:#x}+{size:#x}" for address, size in symbols.items())
-    estimator = Estimator(program)
+    parts = parts_of_frame(build, program)
+    ranges = ",".join(f"{address:#x}+{part.size:#x}" for address, part in parts.items())
+    estimator = Estimator(program, parts)
     estimates = {}
-    for name, product in PRODUCTS.items():
-        counts = frame_counts(emulator, program, product, ranges)
+    products = subprocess.run([emulator, program], check=True, capture_output=True, text=True)
+    for name in products.stdout.split():
+        counts = frame_counts(emulator, program, name, ranges)
         estimates[name] = estimator.estimate(counts)
         print(f"{name}: {estimates[name].instructions} instructions", file=sys.stderr)
     missing = {f"{core.name}: {text}" for core in estimator.cores.values() for text in core.missing}

@@ -4,6 +4,7 @@
 #include <cfloat>
 #include <cmath>
 #include <cstdlib>
+#include <initializer_list>
 #include <set>
 
 #include "fingerprint.h"
@@ -16,24 +17,26 @@ constexpr const char* Fused = "fused multiply-add";
 constexpr const char* Arcsine = "last bit of the mathematics library's asinf";
 constexpr const char* Carried = "carried on from an earlier frame";
 
-using Key = std::pair<int, int>;
-
-std::string nameOfFrame(const Key& key, const FrameDump& frame) {
+std::string nameOfFrame(const FrameKey& key, const FrameDump& frame) {
     return "product " + std::to_string(key.first) + " frame " + std::to_string(key.second) + " (" +
            nameOf(static_cast<Content>(frame.content)) + ")";
 }
 
-bool sameBits(const Print& a, const Print& b) {
-    return a.exact == b.exact;
+bool isOneOf(const std::string& name, std::initializer_list<const char*> names) {
+    return std::find(names.begin(), names.end(), name) != names.end();
 }
 
 bool isMadeFromAngles(const std::string& name) {
-    return name == "AzimuthAngles" || name == "ElevationAngles" ||
-           name == "AzimuthElevationLookupTable" || name == "AzimuthRangeLookupTable";
+    return isOneOf(name, {"AzimuthAngles", "ElevationAngles", "AzimuthElevationLookupTable",
+                          "AzimuthRangeLookupTable"});
 }
 
 bool readsLookupTables(const std::string& name) {
-    return name == "AzimuthElevationResult" || name == "AzimuthRangeResult";
+    return isOneOf(name, {"AzimuthElevationResult", "AzimuthRangeResult"});
+}
+
+bool sameArray(const Print& a, const Print& b) {
+    return a.name == b.name && a.exact == b.exact;
 }
 
 /** Equal; two that are not a number, as the angles outside a product's reach are, count as equal.
@@ -69,6 +72,12 @@ bool sameResult(const FrameDump& a, const FrameDump& b) {
            a.range == b.range && a.quality == b.quality && a.flags == b.flags;
 }
 
+/** Did a machine nearly choose otherwise? The sums of two differ by no more than the quality may.
+ */
+bool isTie(float marginA, float marginB) {
+    return std::min(marginA, marginB) <= 2.0f * QualityBound;
+}
+
 class Comparer {
   public:
     Comparer(const MachineDump& a, const MachineDump& b) : a_(a), b_(b) {
@@ -77,89 +86,104 @@ class Comparer {
     }
 
     Comparison run() {
-        compareTables();
-        compareFrames();
-        compareVectors();
+        compareEach("tables", a_.tables, b_.tables, &Comparer::compareTables);
+        compareEach("frames", a_.frames, b_.frames, &Comparer::compareFrame);
+        compareEach("outputs", a_.vectors, b_.vectors, &Comparer::compareVector);
+        result_.frames = static_cast<int>(a_.frames.size());
+        result_.vectors = static_cast<int>(a_.vectors.size());
+        if (result_.framesOnATie > TieShareBound * result_.frames) fail("too many frames on a tie");
         return result_;
     }
 
   private:
     void fail(const std::string& what) { result_.failures.push_back(what); }
+    void explain(const std::string& cause) { ++result_.causes[cause]; }
 
-    void compareTables() {
-        if (a_.tables.size() != b_.tables.size()) fail("the dumps hold other products");
-        for (const auto& [product, tables] : a_.tables) {
-            const auto other = b_.tables.find(product);
-            if (other == b_.tables.end() || other->second.size() != tables.size()) {
-                fail("product " + std::to_string(product) + ": tables are missing");
-                continue;
-            }
-            for (std::size_t i = 0; i < tables.size(); ++i) {
-                compareTable(product, tables[i], other->second[i]);
-            }
-        }
-    }
-
-    void compareTable(int product, const Print& a, const Print& b) {
-        if (a.name == b.name && sameBits(a, b)) return;
-        if (a.name == b.name && isMadeFromAngles(a.name)) {
-            ++result_.causes[std::string(Arcsine) + " (tables)"];
-            otherAngles_.insert(product);
-        } else {
-            fail("product " + std::to_string(product) + ": " + a.name + " differs");
-        }
-    }
-
-    void compareFrames() {
-        if (a_.frames.empty() || a_.frames.size() != b_.frames.size()) fail("frames are missing");
-        for (const auto& [key, frame] : a_.frames) {
-            const auto other = b_.frames.find(key);
-            if (other == b_.frames.end()) {
-                fail(nameOfFrame(key, frame) + " is missing");
+    /** Hands what both machines have under a key to a member; what one of them lacks fails. */
+    template <class Key, class Value>
+    void compareEach(const char* what, const std::map<Key, Value>& a, const std::map<Key, Value>& b,
+                     void (Comparer::*compare)(const Key&, const Value&, const Value&)) {
+        bool complete = !a.empty() && a.size() == b.size();
+        for (const auto& [key, value] : a) {
+            const auto other = b.find(key);
+            if (other == b.end()) {
+                complete = false;
             } else {
-                compareFrame(key, frame, other->second);
+                (this->*compare)(key, value, other->second);
             }
         }
-        result_.frames = static_cast<int>(a_.frames.size());
-        if (result_.framesOnATie > TieShareBound * result_.frames) fail("too many frames on a tie");
+        if (!complete) fail(std::string(what) + " are missing");
     }
 
-    void compareFrame(const Key& key, const FrameDump& a, const FrameDump& b) {
-        const bool otherStages = findCause(key, a, b);
-        if (otherStages) ++result_.framesWithOtherStages;
-        if (!sameResult(a, b)) ++result_.framesWithOtherResults;
+    void compareTables(const int& product, const std::vector<Print>& a,
+                       const std::vector<Print>& b) {
+        const std::string prefix = "product " + std::to_string(product) + ": ";
+        if (a.size() != b.size()) return fail(prefix + "tables are missing");
+        for (std::size_t i = 0; i < a.size(); ++i) {
+            if (sameArray(a[i], b[i])) continue;
+            if (a[i].name == b[i].name && isMadeFromAngles(a[i].name)) {
+                explain(std::string(Arcsine) + " (tables)");
+                otherAngles_.insert(product);
+            } else {
+                fail(prefix + a[i].name + " differs");
+            }
+        }
+    }
 
+    void compareFrame(const FrameKey& key, const FrameDump& a, const FrameDump& b) {
         const std::string name = nameOfFrame(key, a);
+        compareStages(key, name, a, b);
+        if (!sameResult(a, b)) ++result_.framesWithOtherResults;
         if (a.flags != b.flags) fail(name + ": other flags");
         const double difference =
             std::fabs(static_cast<double>(a.quality) - static_cast<double>(b.quality));
         result_.largestQualityDifference = std::max(result_.largestQualityDifference, difference);
         if (!(difference <= static_cast<double>(QualityBound))) fail(name + ": other quality");
-        comparePosition(key, name, a, b);
+        comparePosition(key.first, name, a, b);
     }
 
-    void comparePosition(const Key& key, const std::string& name, const FrameDump& a,
-                         const FrameDump& b) {
-        const int azimuthSteps = std::abs(a.azimuthIndex - b.azimuthIndex);
-        const int elevationSteps = std::abs(a.elevationIndex - b.elevationIndex);
-        if (azimuthSteps == 0 && elevationSteps == 0 && a.range == b.range) {
-            compareAngles(key, name, a, b);
-            return;
+    /** The first array that differs must have a known cause; what follows differs by it. */
+    void compareStages(const FrameKey& key, const std::string& name, const FrameDump& a,
+                       const FrameDump& b) {
+        if (a.stages.empty() || a.stages.size() != b.stages.size()) {
+            return fail(name + ": arrays are missing");
         }
-        // The sums of two machines differ by no more than the quality may.
-        const auto isTie = [](float marginA, float marginB) {
-            return std::min(marginA, marginB) <= 2.0f * QualityBound;
-        };
-        const bool azimuthOk =
-            azimuthSteps == 0 || (azimuthSteps == 1 && isTie(a.azimuthMargin, b.azimuthMargin));
-        const bool elevationOk =
-            elevationSteps == 0 ||
-            (elevationSteps == 1 && isTie(a.elevationMargin, b.elevationMargin));
-        const bool rangeOk =
-            a.range == b.range ||
-            (std::fabs(a.range - b.range) <= 1.001f * GridStepOfRange &&
-             (isTie(a.azimuthMargin, b.azimuthMargin) || isTie(a.rangeMargin, b.rangeMargin)));
-        if (azimuthOk && elevationOk && rangeOk) {
+        const auto [first, other] =
+            std::mismatch(a.stages.begin(), a.stages.end(), b.stages.begin(), sameArray);
+        if (first == a.stages.end()) return;
+        ++result_.framesWithOtherStages;
+        if (first == a.stages.begin()) fail(name + ": other input");
+        const char* cause = causeOf(key.first, *first, *other);
+        if (cause == nullptr) {
+            fail(name + ": " + first->name + " differs for no known cause");
+        } else {
+            explain(std::string(cause) + ", first seen in " + first->name);
+        }
+        differs_.insert(key.first);
+    }
+
+    const char* causeOf(int product, const Print& a, const Print& b) const {
+        if (a.withoutTiny == b.withoutTiny) return Denormals;
+        if (a_.fused != b_.fused) return Fused;
+        if (readsLookupTables(a.name) && otherAngles_.count(product) != 0) return Arcsine;
+        if (differs_.count(product) != 0) return Carried;
+        return nullptr;
+    }
+
+    void comparePosition(int product, const std::string& name, const FrameDump& a,
+                         const FrameDump& b) {
+        const int azimuth = std::abs(a.azimuthIndex - b.azimuthIndex);
+        const int elevation = std::abs(a.elevationIndex - b.elevationIndex);
+        if (azimuth == 0 && elevation == 0 && a.range == b.range) {
+            return compareAngles(product, name, a, b);
+        }
+        const bool azimuthTie = isTie(a.azimuthMargin, b.azimuthMargin);
+        const bool elevationTie = isTie(a.elevationMargin, b.elevationMargin);
+        const bool rangeTie = azimuthTie || isTie(a.rangeMargin, b.rangeMargin);
+        const bool nearRange = std::fabs(a.range - b.range) <= 1.001f * GridStepOfRange;
+        const auto isFine = [](int steps, bool tie) { return steps == 0 || (steps == 1 && tie); };
+        if (isFine(azimuth, azimuthTie) && isFine(elevation, elevationTie) &&
+            (a.range == b.range || (nearRange && rangeTie))) {
             ++result_.framesOnATie;
             result_.notes.push_back(name + ": on a tie");
         } else {
@@ -168,72 +192,26 @@ class Comparer {
     }
 
     /** The same grid points were chosen. */
-    void compareAngles(const Key& key, const std::string& name, const FrameDump& a,
+    void compareAngles(int product, const std::string& name, const FrameDump& a,
                        const FrameDump& b) {
         if (sameValue(a.azimuth, b.azimuth) && sameValue(a.elevation, b.elevation)) return;
-        const bool explained = otherAngles_.count(key.first) != 0 &&
-                               isSameAngle(a.azimuth, b.azimuth) &&
-                               isSameAngle(a.elevation, b.elevation);
-        if (explained) {
-            ++result_.causes[std::string(Arcsine) + " (angle of a grid point)"];
+        if (otherAngles_.count(product) != 0 && isSameAngle(a.azimuth, b.azimuth) &&
+            isSameAngle(a.elevation, b.elevation)) {
+            explain(std::string(Arcsine) + " (angle of a grid point)");
         } else {
             fail(name + ": other angles of the same grid points");
         }
     }
 
-    /** Counts why the first array that differs does; false when none does. */
-    bool findCause(const Key& key, const FrameDump& a, const FrameDump& b) {
-        const std::string name = nameOfFrame(key, a);
-        if (a.stages.empty() || a.stages.size() != b.stages.size()) {
-            fail(name + ": arrays are missing");
-            return false;
-        }
-        for (std::size_t i = 0; i < a.stages.size(); ++i) {
-            const Print& stage = a.stages[i];
-            if (stage.name == b.stages[i].name && sameBits(stage, b.stages[i])) continue;
-            if (i == 0) fail(name + ": other input");
-            const char* cause = causeOf(key, stage, b.stages[i]);
-            if (cause == nullptr) {
-                fail(name + ": " + stage.name + " differs for no known cause");
-            } else {
-                ++result_.causes[std::string(cause) + ", first seen in " + stage.name];
-            }
-            differs_.insert(key.first);
-            return true;
-        }
-        return false;
-    }
-
-    const char* causeOf(const Key& key, const Print& a, const Print& b) const {
-        if (a.withoutTiny == b.withoutTiny) return Denormals;
-        if (a_.fused != b_.fused) return Fused;
-        if (readsLookupTables(a.name) && otherAngles_.count(key.first) != 0) return Arcsine;
-        if (differs_.count(key.first) != 0) return Carried;
-        return nullptr;
-    }
-
-    void compareVectors() {
-        if (a_.vectors.empty() || a_.vectors.size() != b_.vectors.size()) {
-            fail("outputs are missing");
-        }
-        for (const auto& [name, values] : a_.vectors) {
-            const auto other = b_.vectors.find(name);
-            ++result_.vectors;
-            if (other == b_.vectors.end() || other->second.size() != values.size()) {
-                fail("output " + name + " is missing");
-            } else if (other->second != values) {
-                ++result_.vectorsThatDiffer;
-                explainVector(name, values, other->second);
-            }
-        }
-    }
-
-    void explainVector(const std::string& name, const std::vector<std::uint32_t>& a,
+    void compareVector(const std::string& name, const std::vector<std::uint32_t>& a,
                        const std::vector<std::uint32_t>& b) {
-        if (isTiny(name) && differByFlushingOnly(a, b)) {
-            ++result_.causes[std::string(Denormals) + " (FFT and FIR outputs)"];
-        } else if (a_.fused != b_.fused) {
-            ++result_.causes[std::string(Fused) + " (FFT and FIR outputs)"];
+        if (a == b) return;
+        ++result_.vectorsThatDiffer;
+        const bool sameSize = a.size() == b.size();
+        if (sameSize && isTiny(name) && differByFlushingOnly(a, b)) {
+            explain(std::string(Denormals) + " (FFT and FIR outputs)");
+        } else if (sameSize && a_.fused != b_.fused) {
+            explain(std::string(Fused) + " (FFT and FIR outputs)");
         } else {
             fail("output " + name + " differs");
         }

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
+#include <ostream>
 #include <stdexcept>
 
 #include "fingerprint.h"
@@ -16,7 +17,7 @@ namespace {
 constexpr int Frames = 400;
 constexpr float Angle = 12.5f;
 
-/** A small dump with one table, Frames frames and one vector. */
+/** A small dump with two tables, Frames frames and an output. */
 MachineDump sampleDump(const char* machine) {
     MachineDump dump;
     dump.machine = machine;
@@ -27,172 +28,156 @@ MachineDump sampleDump(const char* machine) {
         dump.frames[{0, f}] = frame;
     }
     dump.vectors["fft-4-0"] = {1, 2, 3, 4};
+    dump.vectors["tiny-fft-4-0"] = {0x00000001, 0x00800001};  // denormal, and about FLT_MIN
     return dump;
 }
 
-class Agreement : public testing::Test {
-  protected:
-    MachineDump a = sampleDump("a"), b = sampleDump("b");
+FrameDump& frame(MachineDump& dump, int f) {
+    return dump.frames.at({0, f});
+}
 
-    FrameDump& frame(int f) { return b.frames.at({0, f}); }
-
-    bool agree() { return compare(a, b).failures.empty(); }
+/** What one machine may have otherwise than the other. */
+struct Difference {
+    const char* name;
+    bool isFine;
+    void (*make)(MachineDump& b, FrameDump& f);  // f: a frame of b
 };
 
-TEST_F(Agreement, equalDumpsAgreeWithoutAnyCause) {
+const Difference Differences[] = {
+    {"nothing", true, [](auto&, auto&) {}},
+    {"aFlag", false, [](auto&, auto& f) { f.flags ^= 1; }},
+    {"aFlagOnFusedArithmetic", false, [](auto& b, auto& f) { b.fused = true, f.flags ^= 1; }},
+    {"theInput", false, [](auto&, auto& f) { f.stages[0].exact = 99; }},
+    {"qualityWithinItsBound", true, [](auto&, auto& f) { f.quality += 0.9e-4f; }},
+    {"qualityBeyondItsBound", false, [](auto&, auto& f) { f.quality += 1.1e-4f; }},
+    {"qualityThatIsNotANumber", false, [](auto&, auto& f) { f.quality = NAN; }},
+    {"aNeighbouringAzimuth", false, [](auto&, auto& f) { f.azimuthIndex = 101; }},
+    {"aNeighbouringAzimuthOnATie", true,
+     [](auto&, auto& f) { f.azimuthIndex = 101, f.azimuthMargin = 1e-4f; }},
+    {"aNeighbouringElevation", false, [](auto&, auto& f) { f.elevationIndex = 51; }},
+    {"aNeighbouringElevationOnATie", true,
+     [](auto&, auto& f) { f.elevationIndex = 51, f.elevationMargin = 0; }},
+    {"twoGridStepsOnATie", false,
+     [](auto&, auto& f) { f.elevationIndex = 52, f.elevationMargin = 0; }},
+    {"aNeighbouringRange", false, [](auto&, auto& f) { f.range = 1.7f; }},
+    {"aNeighbouringRangeOnATie", true, [](auto&, auto& f) { f.range = 1.7f, f.rangeMargin = 0; }},
+    {"twoRangesOnATie", false, [](auto&, auto& f) { f.range = 1.9f, f.rangeMargin = 0; }},
+    {"rangeThatIsNotANumber", false, [](auto&, auto& f) { f.range = NAN, f.rangeMargin = 0; }},
+    {"denormalsOfAnArray", true, [](auto&, auto& f) { f.stages[1].exact = 99; }},
+    {"anArray", false,
+     [](auto&, auto& f) {
+         f.stages[1] = {"FftResult", 99, 99};
+     }},
+    {"anArrayOnFusedArithmetic", true,
+     [](auto& b, auto& f) {
+         b.fused = true, f.stages[1] = {"FftResult", 99, 99};
+     }},
+    {"theLastBitOfAnAngle", false,
+     [](auto&, auto& f) { f.azimuth = std::nextafter(Angle, 90.0f); }},
+    {"theLastBitOfAnAngleAndItsTable", true,
+     [](auto& b, auto& f) { b.tables[0][1].exact = 99, f.azimuth = std::nextafter(Angle, 90.0f); }},
+    {"moreOfAnAngleAndItsTable", false,
+     [](auto& b, auto& f) { b.tables[0][1].exact = 99, f.azimuth = Angle + 1e-4f; }},
+    {"anAngleThatIsNotANumber", false, [](auto&, auto& f) { f.azimuth = NAN; }},
+    {"sumsAfterOtherAngles", true,
+     [](auto& b, auto& f) {
+         b.tables[0][1].exact = 99, f.stages[2] = {"AzimuthRangeResult", 99, 99};
+     }},
+    {"anArrayBeforeTheAngles", false,
+     [](auto& b, auto& f) {
+         b.tables[0][1].exact = 99, f.stages[1] = {"FftResult", 99, 99};
+     }},
+    {"anotherTable", false, [](auto& b, auto&) { b.tables[0][0].exact = 99; }},
+    {"oneBitOfAnOutput", false, [](auto& b, auto&) { b.vectors["fft-4-0"][3] ^= 1; }},
+    {"anOutputOnFusedArithmetic", true,
+     [](auto& b, auto&) { b.fused = true, b.vectors["fft-4-0"][2] = 99; }},
+    {"aFlushedOutput", true,
+     [](auto& b, auto&) {
+         b.vectors["tiny-fft-4-0"] = {0x00000000, 0x00800000};
+     }},
+    {"moreOfATinyOutput", false, [](auto& b, auto&) { b.vectors["tiny-fft-4-0"][1] = 0x08000000; }},
+    {"aShorterOutputOnFusedArithmetic", false,
+     [](auto& b, auto&) { b.fused = true, b.vectors["fft-4-0"].pop_back(); }},
+    {"aMissingFrame", false,
+     [](auto& b, auto&) {
+         b.frames.erase({0, 7});
+     }},
+    {"aFrameOfAnotherNumber", false,
+     [](auto& b, auto& f) {
+         b.frames[{0, Frames}] = f, b.frames.erase({0, 7});
+     }},
+    {"missingTables", false, [](auto& b, auto&) { b.tables.clear(); }},
+    {"aMissingTable", false, [](auto& b, auto&) { b.tables[0].pop_back(); }},
+    {"missingOutputs", false, [](auto& b, auto&) { b.vectors.clear(); }},
+    {"missingArrays", false, [](auto&, auto& f) { f.stages.clear(); }},
+};
+
+void PrintTo(const Difference& difference, std::ostream* stream) {
+    *stream << difference.name;
+}
+
+class Agreement : public testing::TestWithParam<Difference> {};
+
+TEST_P(Agreement, isFoundOrNot) {
+    const MachineDump a = sampleDump("a");
+    MachineDump b = sampleDump("b");
+    GetParam().make(b, frame(b, 7));
+    EXPECT_EQ(compare(a, b).failures.empty(), GetParam().isFine);
+    EXPECT_EQ(compare(b, a).failures.empty(), GetParam().isFine);
+}
+
+INSTANTIATE_TEST_SUITE_P(Differing, Agreement, testing::ValuesIn(Differences),
+                         [](const auto& row) { return std::string(row.param.name); });
+
+class Counts : public testing::Test {
+  protected:
+    MachineDump a = sampleDump("a"), b = sampleDump("b");
+};
+
+TEST_F(Counts, areZeroForEqualDumps) {
     const Comparison pair = compare(a, b);
-    EXPECT_TRUE(pair.failures.empty());
     EXPECT_TRUE(pair.causes.empty());
     EXPECT_EQ(pair.frames, Frames);
     EXPECT_EQ(pair.framesOnATie + pair.framesWithOtherResults + pair.framesWithOtherStages, 0);
-    EXPECT_EQ(pair.vectors, 1);
+    EXPECT_EQ(pair.vectors, 2);
     EXPECT_EQ(pair.vectorsThatDiffer, 0);
 }
 
-TEST_F(Agreement, anotherFlagFails) {
-    frame(7).flags ^= 1;
-    EXPECT_FALSE(agree());
-}
-
-TEST_F(Agreement, anotherInputFails) {
-    frame(7).stages[0].exact = 99;
-    EXPECT_FALSE(agree());
-}
-
-TEST_F(Agreement, qualityMayDifferByItsBoundAndNoMore) {
-    frame(7).quality += 0.9e-4f;
-    EXPECT_TRUE(agree());
-    EXPECT_NEAR(compare(a, b).largestQualityDifference, 0.9e-4, 1e-6);
-    EXPECT_EQ(compare(a, b).framesWithOtherResults, 1);
-    frame(7).quality += 0.2e-4f;
-    EXPECT_FALSE(agree());
-}
-
-TEST_F(Agreement, qualityThatIsNotANumberFails) {
-    frame(7).quality = NAN;
-    EXPECT_FALSE(agree());
-}
-
-TEST_F(Agreement, aNeighbouringGridPointIsFineOnATieOnly) {
-    frame(7).azimuthIndex = 101;
-    EXPECT_FALSE(agree());
-    frame(7).azimuthMargin = 1e-4f;
+TEST_F(Counts, sayWhatDiffers) {
+    frame(b, 7).quality += 0.9e-4f;
+    frame(b, 8).azimuthIndex = 101;
+    frame(b, 8).azimuthMargin = 0.0f;
+    frame(b, 9).stages[1].exact = 99;
+    b.vectors["tiny-fft-4-0"] = {0x00000000, 0x00800000};
     const Comparison pair = compare(a, b);
-    EXPECT_TRUE(pair.failures.empty());
+    EXPECT_NEAR(pair.largestQualityDifference, 0.9e-4, 1e-6);
+    EXPECT_EQ(pair.framesWithOtherResults, 1);
     EXPECT_EQ(pair.framesOnATie, 1);
     EXPECT_EQ(pair.notes.size(), 1u);
-}
-
-TEST_F(Agreement, twoGridStepsFailEvenOnATie) {
-    frame(7).elevationIndex = 52;
-    frame(7).elevationMargin = 0.0f;
-    EXPECT_FALSE(agree());
-}
-
-TEST_F(Agreement, anotherRangeIsFineOnATieOnly) {
-    frame(7).range = 1.7f;
-    EXPECT_FALSE(agree());
-    frame(7).rangeMargin = 0.0f;
-    EXPECT_TRUE(agree());
-    frame(7).range = 1.9f;
-    EXPECT_FALSE(agree());
-}
-
-TEST_F(Agreement, moreThanOneFrameInTwoHundredOnATieFails) {
-    for (int f = 0; f < 2; ++f) {
-        frame(f).azimuthIndex = 99;
-        frame(f).azimuthMargin = 0.0f;
-    }
-    EXPECT_TRUE(agree());
-    frame(2) = frame(0);
-    EXPECT_FALSE(agree());
-}
-
-TEST_F(Agreement, arraysThatDifferInDenormalsOnlyAreNamedSo) {
-    frame(7).stages[1].exact = 99;
-    const Comparison pair = compare(a, b);
-    EXPECT_TRUE(pair.failures.empty());
-    ASSERT_EQ(pair.causes.size(), 1u);
-    EXPECT_NE(pair.causes.begin()->first.find("denormal"), std::string::npos);
     EXPECT_EQ(pair.framesWithOtherStages, 1);
+    EXPECT_EQ(pair.vectorsThatDiffer, 1);
+    ASSERT_EQ(pair.causes.size(), 2u);
+    EXPECT_NE(pair.causes.begin()->first.find("denormal"), std::string::npos);
 }
 
-TEST_F(Agreement, arraysThatDifferForNoKnownCauseFail) {
-    frame(7).stages[1] = {"FftResult", 99, 99};
-    EXPECT_FALSE(agree());
+TEST_F(Counts, ofTiesAreOneFrameInTwoHundredAtMost) {
+    for (int f = 0; f < 2; ++f) {
+        frame(b, f).azimuthIndex = 99;
+        frame(b, f).azimuthMargin = 0.0f;
+    }
+    EXPECT_TRUE(compare(a, b).failures.empty());
+    frame(b, 2) = frame(b, 0);
+    EXPECT_FALSE(compare(a, b).failures.empty());
 }
 
-TEST_F(Agreement, fusedArithmeticExplainsOtherArraysAndOutputs) {
-    b.fused = true;
-    frame(7).stages[1] = {"FftResult", 99, 99};
-    b.vectors["fft-4-0"][2] = 99;
-    EXPECT_TRUE(agree());
-    EXPECT_EQ(compare(a, b).vectorsThatDiffer, 1);
-    frame(7).flags ^= 1;
-    EXPECT_FALSE(agree());
-}
-
-TEST_F(Agreement, anAnglesLastBitIsFineWhenTheTablesDifferThere) {
-    frame(7).azimuth = std::nextafter(Angle, 90.0f);
-    EXPECT_FALSE(agree());
-    b.tables[0][1].exact = 99;
-    EXPECT_TRUE(agree());
-    frame(7).azimuth = Angle + 1e-4f;
-    EXPECT_FALSE(agree());
-}
-
-TEST_F(Agreement, otherAngleTablesExplainOtherSumsButNothingBefore) {
-    b.tables[0][1].exact = 99;
-    frame(7).stages[2] = {"AzimuthRangeResult", 99, 99};
-    EXPECT_TRUE(agree());
-    frame(6).stages[1] = {"FftResult", 99, 99};
-    EXPECT_FALSE(agree());
-}
-
-TEST_F(Agreement, anyOtherTableThatDiffersFails) {
-    b.tables[0][0].exact = 99;
-    EXPECT_FALSE(agree());
-}
-
-TEST_F(Agreement, oneBitOfAnOutputFails) {
-    b.vectors["fft-4-0"][3] ^= 1;
-    EXPECT_FALSE(agree());
-}
-
-TEST_F(Agreement, tinyOutputsMayDifferByFlushedNumbersOnly) {
-    a.vectors["tiny-fft-4-0"] = {0x00000001, 0x00800001};  // denormal, and about FLT_MIN
-    b.vectors["tiny-fft-4-0"] = {0x00000000, 0x00800000};
-    EXPECT_TRUE(agree());
-    EXPECT_EQ(compare(a, b).causes.size(), 1u);
-    b.vectors["tiny-fft-4-0"][1] = 0x08000000;
-    EXPECT_FALSE(agree());
-}
-
-TEST_F(Agreement, anglesThatAreNotANumberAreEqual) {
-    a.frames.at({0, 7}).azimuth = frame(7).azimuth = NAN;
-    EXPECT_TRUE(agree());
+TEST_F(Counts, takeAnglesThatAreNotANumberForEqual) {
+    frame(a, 7).azimuth = frame(b, 7).azimuth = NAN;
+    EXPECT_TRUE(compare(a, b).failures.empty());
     EXPECT_EQ(compare(a, b).framesWithOtherResults, 0);
-    frame(7).azimuth = Angle;
-    EXPECT_FALSE(agree());
 }
 
-TEST_F(Agreement, whateverIsMissingFails) {
-    b.frames.erase({0, 7});
-    EXPECT_FALSE(agree());
-    b = sampleDump("b");
-    b.tables.clear();
-    EXPECT_FALSE(agree());
-    b = sampleDump("b");
-    b.vectors.clear();
-    EXPECT_FALSE(agree());
-    b = sampleDump("b");
-    frame(7).stages.clear();
-    EXPECT_FALSE(agree());
-}
-
-TEST_F(Agreement, twoEmptyDumpsFail) {
-    a = b = MachineDump();
-    EXPECT_FALSE(agree());
+TEST(EmptyDumps, fail) {
+    EXPECT_FALSE(compare(MachineDump(), MachineDump()).failures.empty());
 }
 
 TEST(Fingerprint, changesWithOneBitOfAnyValue) {

@@ -23,11 +23,13 @@ struct FrameDump {
     std::vector<Print> stages;  // in the order in which they are computed, the input first
 };
 
+using FrameKey = std::pair<int, int>;  // product and frame
+
 struct MachineDump {
     std::string machine;
-    bool fused = false;                               // kernels round a product and a sum once
-    std::map<int, std::vector<Print>> tables;         // by product
-    std::map<std::pair<int, int>, FrameDump> frames;  // by product and frame
+    bool fused = false;                        // kernels round a product and a sum once
+    std::map<int, std::vector<Print>> tables;  // by product
+    std::map<FrameKey, FrameDump> frames;
     std::map<std::string, std::vector<std::uint32_t>> vectors;  // outputs, bits
 };
 
