@@ -48,12 +48,12 @@ struct ProductName {
     }
 };
 
-using voxloc_bench::Scenario;
+using kit::Scenario;
 
 /** What the benchmarks listen to, for a product. */
 inline Scenario mixedScenarioOf(std::int32_t product, std::size_t frames = 48) {
     const InitializedModule module(product);
-    return voxloc_bench::mixedScenario(frames);
+    return kit::mixedScenario(frames);
 }
 
 /** A steady talker whom an array hears. */
