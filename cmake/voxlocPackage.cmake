@@ -57,7 +57,8 @@ function(voxloc_install_pkgconfig target archive)
   voxloc_pkgconfig_names(file ${name})
   # Relative, so that the installed tree may be moved.
   file(RELATIVE_PATH prefixFromPkgconfig "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
-  configure_file("${PROJECT_SOURCE_DIR}/cmake/library.pc.in" "${PROJECT_BINARY_DIR}/${file}.pc" @ONLY)
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/library.pc.in" "${PROJECT_BINARY_DIR}/${file}.pc"
+    @ONLY)
   install(FILES "${PROJECT_BINARY_DIR}/${file}.pc" DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endfunction()
 

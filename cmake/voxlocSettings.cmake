@@ -22,9 +22,9 @@ function(voxloc_refuse_fast_math)
     "associative-math|reciprocal-math|no-honor-nans|no-honor-infinities|no-signed-zeros|"
     "fp-model=fast|approx-func))")
   if(flags MATCHES "${fast}")
-    message(FATAL_ERROR "voxloc does not work under ${CMAKE_MATCH_2}: its detectors rest on NaN and "
-      "infinity, and its results on the order of sums. Take the option from the flags, or set it on "
-      "your own targets alone with target_compile_options.")
+    message(FATAL_ERROR "voxloc does not work under ${CMAKE_MATCH_2}: its detectors rest on NaN "
+      "and infinity, and its results on the order of sums. Take the option from the flags, or set "
+      "it on your own targets alone with target_compile_options.")
   endif()
 endfunction()
 
@@ -38,7 +38,9 @@ function(voxloc_check_version header)
   endif()
   list(TRANSFORM lines REPLACE "^#define VOXLOC_VERSION_([A-Z]+) +([0-9]+).*$" "\\1 \\2")
   set(expected
-    "MAJOR ${PROJECT_VERSION_MAJOR}" "MINOR ${PROJECT_VERSION_MINOR}" "PATCH ${PROJECT_VERSION_PATCH}")
+    "MAJOR ${PROJECT_VERSION_MAJOR}"
+    "MINOR ${PROJECT_VERSION_MINOR}"
+    "PATCH ${PROJECT_VERSION_PATCH}")
   if(NOT lines STREQUAL expected)
     message(FATAL_ERROR "${header} says ${lines}; the project is version ${PROJECT_VERSION}")
   endif()

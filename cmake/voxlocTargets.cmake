@@ -52,7 +52,8 @@ function(voxloc_make_linkable target)
   target_compile_options(${target} PRIVATE -fno-semantic-interposition)
   get_target_property(type ${target} TYPE)
   if(type STREQUAL "SHARED_LIBRARY")
-    target_link_options(${target} PRIVATE "LINKER:--version-script=${exports}" LINKER:--no-undefined)
+    target_link_options(${target} PRIVATE
+      "LINKER:--version-script=${exports}" LINKER:--no-undefined)
   endif()
 endfunction()
 

@@ -11,7 +11,7 @@ cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.."
 builds=$(cd "$caller" && realpath -m "${VOXLOC_BUILD_DIR:-$OLDPWD/build}")
 export VOXLOC_BUILD_DIR=$builds
 
-# --- What a script says about itself ---------------------------------------------------------------
+# --- What a script says about itself --------------------------------------------------------------
 
 # The comment at the top of the script.
 usage() {
@@ -39,7 +39,7 @@ takes_no_arguments() {
     [ $# -eq 0 ] || refuse "unknown argument '$1'"
 }
 
-# --- Progress ---------------------------------------------------------------------------------------
+# --- Progress -------------------------------------------------------------------------------------
 
 is_terminal() {
     [ -t 2 ] && [ -z "${NO_COLOR-}" ] && [ "${TERM-dumb}" != dumb ]
@@ -91,7 +91,7 @@ quietly() {
     return "$status"
 }
 
-# --- One at a time ----------------------------------------------------------------------------------
+# --- One at a time --------------------------------------------------------------------------------
 
 # Two scripts in one build folder would break each other's builds: the second waits. A script that
 # another one calls works under its caller's lock.
@@ -112,7 +112,7 @@ unlock_builds() {
     unset VOXLOC_LOCKED
 }
 
-# --- Packages ---------------------------------------------------------------------------------------
+# --- Packages -------------------------------------------------------------------------------------
 
 is_installed() {
     [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
@@ -165,7 +165,7 @@ packages_of_preset() {
     esac
 }
 
-# --- Builds -----------------------------------------------------------------------------------------
+# --- Builds ---------------------------------------------------------------------------------------
 
 # build_preset PRESET [cmake --build arguments]: installs what is missing, configures and builds.
 build_preset() {
@@ -174,7 +174,8 @@ build_preset() {
     # shellcheck disable=SC2046  # a list of package names
     require_packages $(packages_of_preset "$preset")
     lock_builds
-    quietly "$preset: configuring" cmake --preset "$preset" -B "$builds/$preset"
+    quietly "$preset: configuring" cmake --preset "$preset" -B "$builds/$preset" \
+        -D "VOXLOC_REFERENCE=$builds/release"
     quietly "$preset: building" cmake --build "$builds/$preset" "$@"
 }
 

@@ -48,7 +48,8 @@ function(expect_equal_names declared exported)
   set(secret ${exported})
   list(REMOVE_ITEM secret ${declared})
   if(missing OR secret)
-    message(FATAL_ERROR "declared and not exported: ${missing}\nexported and not declared: ${secret}")
+    message(FATAL_ERROR
+      "declared and not exported: ${missing}\nexported and not declared: ${secret}")
   endif()
 endfunction()
 
