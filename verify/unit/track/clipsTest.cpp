@@ -1,9 +1,9 @@
 // The embedded clips: equal to their WAV files, and as long and as loud as they should be.
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -62,47 +62,31 @@ struct Clip {
     const char* file;
     const float* samples;
     const ClipInfo* info;
-    float peak;
+    std::int32_t peak;
 };
+
+void PrintTo(const Clip& clip, std::ostream* stream) {
+    *stream << clip.file;
+}
 
 class ClipsTest : public testing::TestWithParam<Clip> {};
 
-TEST_P(ClipsTest, FileIsOneSecondOfMono24BitAudio) {
+TEST_P(ClipsTest, ArrayEqualsTheFileOfOneSecondOfMono24BitAudio) {
     const Wav wav = readWav(std::string(CLIP_FOLDER "/") + GetParam().file);
     EXPECT_EQ(wav.format, 1u);
     EXPECT_EQ(wav.channels, 1u);
     EXPECT_EQ(wav.rate, 48000u);
     EXPECT_EQ(wav.bits, 24u);
-    EXPECT_EQ(wav.samples.size(), 48000u);
-}
-
-TEST_P(ClipsTest, ArrayEqualsTheFile) {
-    const Wav wav = readWav(std::string(CLIP_FOLDER "/") + GetParam().file);
-    ASSERT_EQ(wav.samples.size(), 48000u);
-    for (std::size_t i = 0; i < wav.samples.size(); i++) {
-        ASSERT_EQ(GetParam().samples[i], static_cast<float>(wav.samples[i])) << "sample " << i;
-    }
-}
-
-TEST_P(ClipsTest, DescriptorPointsToTheArray) {
+    EXPECT_EQ(CLIP_SAMPLES, 48000);
     EXPECT_EQ(GetParam().info->samples, GetParam().samples);
     EXPECT_EQ(GetParam().info->numSamples, 48000u);
-}
-
-TEST_P(ClipsTest, HasThePeakThatItIsSaidToHave) {
-    float peak = 0;
-    for (std::size_t i = 0; i < CLIP_SAMPLES; i++) {
-        peak = std::max(peak, std::fabs(GetParam().samples[i]));
+    ASSERT_EQ(wav.samples.size(), 48000u);
+    std::int32_t peak = 0;
+    for (std::size_t i = 0; i < wav.samples.size(); i++) {
+        ASSERT_EQ(GetParam().samples[i], static_cast<float>(wav.samples[i])) << "sample " << i;
+        peak = std::max(peak, std::abs(wav.samples[i]));
     }
     EXPECT_EQ(peak, GetParam().peak);
-}
-
-TEST_P(ClipsTest, HoldsWholeNumbersInsideFullScale) {
-    for (std::size_t i = 0; i < CLIP_SAMPLES; i++) {
-        const float sample = GetParam().samples[i];
-        ASSERT_EQ(sample, std::floor(sample)) << i;
-        ASSERT_LE(std::fabs(sample), 8388608.0f) << i;
-    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Clips, ClipsTest,
@@ -112,11 +96,5 @@ INSTANTIATE_TEST_SUITE_P(Clips, ClipsTest,
                          [](const testing::TestParamInfo<Clip>& clip) {
                              return std::string(clip.index == 0 ? "FemaleSpeech" : "RoomNoise");
                          });
-
-TEST(ClipSize, IsOneSecond) {
-    EXPECT_EQ(CLIP_SAMPLES, 48000);
-    EXPECT_EQ(sizeof femaleSpeech, 192000u);
-    EXPECT_EQ(sizeof roomNoise, 192000u);
-}
 
 }  // namespace
