@@ -319,6 +319,10 @@ def report(estimates, estimator):
         "",
         f"## Stages of {shown}, at 1 GHz",
         "",
+        paragraph(f"""Stages are those of `bench/stages.txt`; a function counts for the listed one
+            that calls it. "{stages.REMAINDER}" is what none of them calls, "{stages.SHARED}" what
+            more than one calls."""),
+        "",
         *stage_table(estimates, shown),
         "",
         f"## The heaviest loops of {shown}",
