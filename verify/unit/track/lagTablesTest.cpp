@@ -70,7 +70,8 @@ TEST_P(LagTables, AreWithinTheBoundOfExactGeometry) {
                                             static_cast<double>(e.range), microphone);
         };
         const double exact = (distanceTo(first) - distanceTo(second)) * 192000.0 / 348.0;
-        const double bound = 0.5 + 2.0 * 4.0 * 0x1p-24 * (static_cast<double>(e.range) + 1.0) * 551.7241 + 0x1p-10;
+        const double bound =
+            0.5 + 2.0 * 4.0 * 0x1p-24 * (static_cast<double>(e.range) + 1.0) * 551.7241 + 0x1p-10;
         worst = std::max(worst, reference::circularDistance(e.lag, exact) - bound);
     });
     EXPECT_LE(worst, 0.0);
@@ -90,8 +91,7 @@ TEST_P(LagTables, StayWithinTheReachOfTheirPair) {
 TEST(ReachInLags, IsTheSpacingRoundedUpWithTwoToSpareAndEven) {
     EXPECT_EQ(voxloc::reachInLags({0, 0, 0}, {0, 0.1f, 0}), 58);    // 55.2: 56, 58
     EXPECT_EQ(voxloc::reachInLags({0, 0, 0}, {0, 0, 0.102f}), 60);  // 56.3: 57, 59, 60
-    EXPECT_LE(voxloc::reachInLags({0, 0, 0}, {voxloc::LargestSpacing, 0, 0}),
-              voxloc::LargestReach);
+    EXPECT_LE(voxloc::reachInLags({0, 0, 0}, {voxloc::LargestSpacing, 0, 0}), voxloc::LargestReach);
 }
 
 bool sameAngle(float a, float b) {

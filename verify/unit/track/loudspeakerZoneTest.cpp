@@ -16,8 +16,8 @@ TEST(LoudspeakerZone, FollowsFromTheTwoDistances) {
         {2.0f, 2.0f, 0, 2, 0.4f * 2.0f},
         {0.24f, 0.24f, 0, 2, 0.1f},  // a tenth at least
         {0.26f, 0.26f, 0, 2, 0.4f * 0.26f},
-        {0.4f, 0.44f, 16362, 8, 0.4f * 0.4f},  // 0.0137 m: 7.56 lags; lag -22.07
-        {0.44f, 0.4f, 22, 8, 0.4f * 0.4f},     // of the nearer microphone
+        {0.4f, 0.44f, 16362, 8, 0.4f * 0.4f},   // 0.0137 m: 7.56 lags; lag -22.07
+        {0.44f, 0.4f, 22, 8, 0.4f * 0.4f},      // of the nearer microphone
         {0.4f, 0.56f, 16296, 25, 0.4f * 0.4f},  // 0.0458 m: 25.27 lags; lag -88.28
         {0.4f, 0.58f, 16285, 28, 0.4f * 0.4f},  // 0.05 m at most: 27.59 lags; lag -99.31
         {0.9f, 0.3f, 331, 28, 0.4f * 0.3f},
