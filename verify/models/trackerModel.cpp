@@ -24,34 +24,37 @@ void GridSum::findPeak() {
     peak = static_cast<int>(std::max_element(value.begin(), value.end()) - value.begin());
 }
 
-TrackerModel::TrackerModel(const ProductRow& row) : row_(row) {
+TrackerModel::TrackerModel(const VoxlocArray& array, bool judgesPanel)
+    : array_(array),
+      judgesPanel_(judgesPanel),
+      elevations_(static_cast<std::size_t>(array.elevationPairs)) {
     for (std::size_t k = 0; k < window_.size(); ++k) {
         window_[k] = 0.54 - 0.46 * std::cos(static_cast<double>(k) * 6.283185307179586 / 4095.0);
     }
     const std::vector<double> silence(2048);
     const std::vector<double> noBins(Bins);
-    channels_.resize(static_cast<std::size_t>(row.channels),
+    channels_.resize(static_cast<std::size_t>(array.channels),
                      {silence, silence, Spectrum(Bins), 0.0, noBins, noBins, noBins});
-    for (const auto& pair : row.elevationPair) addPair(row, pair[0], pair[1], true);
-    for (const auto& pair : row.azimuthPair) addPair(row, pair[0], pair[1], false);
+    for (int k = 0; k < array.elevationPairs; ++k) addPair(array.elevationPair[k], true);
+    for (int k = 0; k < array.azimuthPairs; ++k) addPair(array.azimuthPair[k], false);
     directions_.value.resize(Azimuths * Elevations);
     ranges_.value.resize(Azimuths * RangeSteps);
 }
 
-void TrackerModel::addPair(const ProductRow& row, int first, int second, bool isElevation) {
-    const Position& a = row.microphones[static_cast<std::size_t>(first)];
-    const Position& b = row.microphones[static_cast<std::size_t>(second)];
+void TrackerModel::addPair(VoxlocPair microphones, bool isElevation) {
+    const Position& a = array_.microphone[microphones.first];
+    const Position& b = array_.microphone[microphones.second];
     Pair pair{};
-    pair.first = static_cast<std::size_t>(first);
-    pair.second = static_cast<std::size_t>(second);
+    pair.first = static_cast<std::size_t>(microphones.first);
+    pair.second = static_cast<std::size_t>(microphones.second);
     pair.lowerBin = static_cast<std::size_t>(std::floor(14.848f / distance(a, b) + 0.5f));
     pair.smoothed.resize(Bins);
     pair.error.resize(Bins);
     pair.idle.resize(Bins);
     pair.zoneGain = 1.0;
-    if (row.attenuates) {
-        const double d1 = static_cast<double>(distance(row.loudspeaker, a));
-        const double d2 = static_cast<double>(distance(row.loudspeaker, b));
+    if (array_.attenuateLoudspeaker != 0) {
+        const double d1 = static_cast<double>(distance(array_.loudspeaker, a));
+        const double d2 = static_cast<double>(distance(array_.loudspeaker, b));
         const double nearer = std::min(d1, d2);
         const double width = std::min(-0.104 + 0.107 * std::max(d1, d2) / nearer, 0.05);
         const int halfWidth = static_cast<int>(std::floor(0.5 + width * 551.7241));
@@ -63,9 +66,9 @@ void TrackerModel::addPair(const ProductRow& row, int first, int second, bool is
     const int rows = isElevation ? Elevations : RangeSteps;
     for (int r = 0; r < rows; ++r) {
         for (int column = 0; column < Azimuths; ++column) {
-            const float azimuth = gridAngle(row.minimumAzimuth, row.angleInterval, column);
+            const float azimuth = gridAngle(array_.minimumAzimuth, array_.angleInterval, column);
             const float elevation =
-                isElevation ? gridAngle(row.minimumElevation, row.angleInterval, r) : 0.0f;
+                isElevation ? gridAngle(array_.minimumElevation, array_.angleInterval, r) : 0.0f;
             const float range = isElevation ? FarField : gridRange(r);
             pair.lags.push_back(lagOf(pointAt(azimuth, elevation, range), a, b));
         }
@@ -184,7 +187,7 @@ double TrackerModel::correlationError(const Pair& pair, int lag) {
 
 double TrackerModel::directionError(int point) const {
     double error = 0.0;
-    for (std::size_t p = 0; p < row_.elevationPair.size(); ++p) {
+    for (std::size_t p = 0; p < elevations_; ++p) {
         error += correlationError(pairs_[p], pairs_[p].lags[static_cast<std::size_t>(point)]);
     }
     return error;
@@ -192,7 +195,7 @@ double TrackerModel::directionError(int point) const {
 
 double TrackerModel::rangeError(int point) const {
     double error = 0.0;
-    for (std::size_t p = row_.elevationPair.size(); p < pairs_.size(); ++p) {
+    for (std::size_t p = elevations_; p < pairs_.size(); ++p) {
         error += correlationError(pairs_[p], pairs_[p].lags[static_cast<std::size_t>(point)]);
     }
     return error;
@@ -209,7 +212,7 @@ void TrackerModel::gather(Pair& pair, const std::vector<double>& correlation, bo
 }
 
 bool TrackerModel::isBlocked(bool voice) {
-    if (row_.type != PRODUCT_ASTER || !voice) return false;
+    if (!judgesPanel_ || !voice) return false;
     const double ratio =
         (pairs_[0].quality + pairs_[1].quality) /
         (pairs_[3].quality + pairs_[4].quality + pairs_[5].quality + pairs_[2].quality);
@@ -240,7 +243,8 @@ ModelResult TrackerModel::calculate(const float* frame, std::uint32_t bits, std:
                 std::ldexp(static_cast<double>(frame[c * 2048 + i]), 1 - static_cast<int>(bits));
         }
     }
-    const bool timeVoice = timeVoice_.update(fresh[2].data());
+    const bool timeVoice =
+        timeVoice_.update(fresh[static_cast<std::size_t>(array_.timeDomainVoiceChannel)].data());
 
     std::vector<Spectrum> spectra;
     for (Channel& channel : channels_) {
@@ -248,17 +252,19 @@ ModelResult TrackerModel::calculate(const float* frame, std::uint32_t bits, std:
         weigh(channel);
         spectra.push_back(channel.bins);
     }
-    const auto& noise = noiseLevel_.update(spectra[row_.noiseChannels[0]],
-                                           spectra[row_.noiseChannels[1]], noiseFlag);
-    const auto [voice, sound] = frequencyVoice_.update(spectra[row_.voiceChannels[0]],
-                                                       spectra[row_.voiceChannels[1]], noise);
+    const auto channel = [&](std::int32_t c) -> const Spectrum& {
+        return spectra[static_cast<std::size_t>(c)];
+    };
+    const auto& noise = noiseLevel_.update(channel(array_.noiseChannels.first),
+                                           channel(array_.noiseChannels.second), noiseFlag);
+    const auto [voice, sound] = frequencyVoice_.update(channel(array_.voiceChannels.first),
+                                                       channel(array_.voiceChannels.second), noise);
     const bool ultrasound = ultrasound_.update(spectra);
 
-    const std::size_t elevations = row_.elevationPair.size();
     for (std::size_t p = 0; p < pairs_.size(); ++p) {
         smooth(pairs_[p], timeVoice && !farEnd, voice && !farEnd ? 35 : 2);
-        GridSum& sum = p < elevations ? directions_ : ranges_;
-        gather(pairs_[p], correlate(pairs_[p]), p == 0 || p == elevations, sum);
+        GridSum& sum = p < elevations_ ? directions_ : ranges_;
+        gather(pairs_[p], correlate(pairs_[p]), p == 0 || p == elevations_, sum);
     }
     directions_.findPeak();
     ranges_.findPeak();
@@ -271,8 +277,8 @@ ModelResult TrackerModel::calculate(const float* frame, std::uint32_t bits, std:
     const std::uint32_t word = (voice ? 1U : 0U) | (timeVoice ? 2U : 0U) | (sound ? 4U : 0U) |
                                (farEnd ? 8U : 0U) | (noiseFlag ? 16U : 0U) |
                                (ultrasound ? 32U : 0U) | (blocked ? 0U : 128U);
-    return {degrees(row_.minimumAzimuth, row_.angleInterval, ranges_.peak % Azimuths),
-            degrees(row_.minimumElevation, row_.angleInterval, directions_.peak / Azimuths),
+    return {degrees(array_.minimumAzimuth, array_.angleInterval, ranges_.peak % Azimuths),
+            degrees(array_.minimumElevation, array_.angleInterval, directions_.peak / Azimuths),
             middleOfFlatRun(),
             ranges_.atPeak() + directions_.atPeak(),
             rangeError(ranges_.peak) + directionError(directions_.peak),

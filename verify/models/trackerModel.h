@@ -11,7 +11,7 @@
 
 #include "detectorModels.h"
 #include "doubleFft.h"
-#include "productRows.h"
+#include "voxloc/voxloc.h"
 
 namespace reference {
 
@@ -32,7 +32,8 @@ struct ModelResult {
 
 class TrackerModel {
   public:
-    explicit TrackerModel(const ProductRow& row);
+    /** judgesPanel: whether frames may speak for a panel mounted upside down. */
+    TrackerModel(const VoxlocArray& array, bool judgesPanel);
 
     ModelResult calculate(const float* frame, std::uint32_t bits, std::uint32_t flags);
 
@@ -63,7 +64,7 @@ class TrackerModel {
         double quality = 0.0;
     };
 
-    void addPair(const ProductRow& row, int first, int second, bool isElevation);
+    void addPair(VoxlocPair microphones, bool isElevation);
     void analyse(Channel& channel) const;
     static void weigh(Channel& channel);
     void smooth(Pair& pair, bool open, int limit) const;
@@ -74,7 +75,9 @@ class TrackerModel {
     bool isBlocked(bool voice);
     double middleOfFlatRun() const;
 
-    const ProductRow& row_;
+    const VoxlocArray array_;
+    const bool judgesPanel_;
+    const std::size_t elevations_;  // pairs
     std::vector<double> window_ = std::vector<double>(4096);
     std::vector<Channel> channels_;
     std::vector<Pair> pairs_;  // elevation pairs first

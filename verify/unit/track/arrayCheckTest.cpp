@@ -46,8 +46,7 @@ const Case Refused[] = {
      [](VoxlocArray& a) { a.microphone[2].x = 100.1f; }},
     {"microphone[4]: has a coordinate beyond 100 m",
      [](VoxlocArray& a) { a.microphone[4].y = -1e30f; }},
-    {"loudspeaker: has a coordinate beyond 100 m",
-     [](VoxlocArray& a) { a.loudspeaker.z = 1e8f; }},
+    {"loudspeaker: has a coordinate beyond 100 m", [](VoxlocArray& a) { a.loudspeaker.z = 1e8f; }},
     {"voiceChannels.first: 5 is not one of the channels",
      [](VoxlocArray& a) { a.voiceChannels.first = 5; }},
     {"voiceChannels.second: -1 is not one of the channels",
@@ -66,9 +65,14 @@ const Case Refused[] = {
      [](VoxlocArray& a) { a.azimuthPair[2].second = 7; }},
     {"elevationPair[1].first: -1 is not one of the channels",
      [](VoxlocArray& a) { a.elevationPair[1].first = -1; }},
-    {"azimuthPair[1]: is one microphone twice", [](VoxlocArray& a) { a.azimuthPair[1] = {3, 3}; }},
+    {"azimuthPair[1]: is one microphone twice",
+     [](VoxlocArray& a) {
+         a.azimuthPair[1] = {3, 3};
+     }},
     {"elevationPair[0]: is one microphone twice",
-     [](VoxlocArray& a) { a.elevationPair[0] = {0, 0}; }},
+     [](VoxlocArray& a) {
+         a.elevationPair[0] = {0, 0};
+     }},
     {"azimuthPair[1]: has its microphones less than 1.03 cm apart",
      [](VoxlocArray& a) { a.microphone[2] = a.microphone[1]; }},
     {"elevationPair[0]: has its microphones less than 1.03 cm apart",
@@ -79,7 +83,9 @@ const Case Refused[] = {
     {"azimuthPair[0]: has its microphones more than 14.8 m apart",
      [](VoxlocArray& a) { a.microphone[3].y = 14.45f; }},
     {"elevationPair[0]: has its microphones more than 14.8 m apart",
-     [](VoxlocArray& a) { a.microphone[4] = {9.0f, 9.0f, 9.0f}; }},
+     [](VoxlocArray& a) {
+         a.microphone[4] = {9.0f, 9.0f, 9.0f};
+     }},
     {"minimumAzimuth: nan is no sine", [](VoxlocArray& a) { a.minimumAzimuth = NAN; }},
     {"minimumAzimuth: -1.01 is no sine", [](VoxlocArray& a) { a.minimumAzimuth = -1.01f; }},
     {"minimumElevation: 1.5 is no sine", [](VoxlocArray& a) { a.minimumElevation = 1.5f; }},
@@ -131,7 +137,9 @@ const Case Accepted[] = {
          a.timeDomainVoiceChannel = 1;
      }},
     {"one microphone for both channels of a detector",
-     [](VoxlocArray& a) { a.voiceChannels = a.noiseChannels = {4, 4}; }},
+     [](VoxlocArray& a) {
+         a.voiceChannels = a.noiseChannels = {4, 4};
+     }},
     {"eight of everything",
      [](VoxlocArray& a) {
          a.channels = a.azimuthPairs = a.elevationPairs = 8;
@@ -139,7 +147,9 @@ const Case Accepted[] = {
          for (VoxlocPair& pair : a.elevationPair) pair = {0, 4};
      }},
     {"microphones out of use may be anywhere",
-     [](VoxlocArray& a) { a.microphone[5] = {NAN, Infinity, 1e30f}; }},
+     [](VoxlocArray& a) {
+         a.microphone[5] = {NAN, Infinity, 1e30f};
+     }},
     {"pairs out of use may be anything",
      [](VoxlocArray& a) {
          a.azimuthPair[3] = {-1, 99};

@@ -9,8 +9,6 @@
 #include <random>
 #include <vector>
 
-#include "track/loudspeakerZone.h"
-
 namespace {
 
 constexpr double Unit = 0x1p-24;
@@ -298,61 +296,6 @@ TEST_F(SmoothCrossSpectrum, TakesTheSmallestWeightForAnUpdate) {
     smooth(1.0f, 35);
     EXPECT_EQ(counter_[200], 0);
     EXPECT_EQ(counter_[201], 6);
-}
-
-// --- Loudspeaker zone ---------------------------------------------------------------------------
-
-class AttenuateLoudspeaker : public ::testing::Test {
-  protected:
-    // Which floats of the buffer and its surroundings have been multiplied by the gain, once each.
-    std::vector<int> damped(std::int16_t lag, std::uint16_t halfWidth) {
-        voxloc::MicrophonePair pair{};
-        pair.loudspeakerLag = lag;
-        pair.loudspeakerHalfWidth = halfWidth;
-        pair.loudspeakerGain = 0.5f;
-        std::vector<float> all(Guard + 16392 + Guard, 3.0f);
-        voxloc::attenuateLoudspeaker(pair, all.data() + Guard);
-        std::vector<int> found;
-        for (int i = 0; i < static_cast<int>(all.size()); ++i) {
-            const float value = all[static_cast<std::size_t>(i)];
-            if (value == 3.0f) continue;
-            EXPECT_EQ(value, 1.5f) << i - Guard;
-            found.push_back(i - Guard);
-        }
-        return found;
-    }
-    static std::vector<int> span(int first, int last) {
-        std::vector<int> lags;
-        for (int lag = first; lag <= last; ++lag) lags.push_back(lag);
-        return lags;
-    }
-
-    static constexpr int Guard = 64;
-};
-
-TEST_F(AttenuateLoudspeaker, DampsTheZoneWithBothItsEnds) {
-    EXPECT_EQ(damped(88, 28), span(60, 116));
-    EXPECT_EQ(damped(5000, 2), span(4998, 5002));
-    EXPECT_EQ(damped(16297, 28), span(16269, 16325));
-    EXPECT_EQ(damped(28, 28), span(0, 56));
-}
-
-TEST_F(AttenuateLoudspeaker, WrapsLagsBelowZeroToTheEnd) {
-    std::vector<int> expected = span(0, 4);
-    for (const int lag : {16382, 16383}) expected.push_back(lag);
-    EXPECT_EQ(damped(2, 2), span(0, 4));
-    EXPECT_EQ(damped(1, 3), expected);
-}
-
-TEST_F(AttenuateLoudspeaker, DoesNotWrapLagsPastTheEnd) {
-    EXPECT_EQ(damped(16383, 2), span(16381, 16385));
-    EXPECT_EQ(damped(16384, 2), span(16382, 16386));
-}
-
-TEST_F(AttenuateLoudspeaker, EndsWithTheBuffer) {
-    EXPECT_EQ(damped(16384, 7), span(16377, 16391));
-    EXPECT_EQ(damped(16384, 8), span(16376, 16391));
-    EXPECT_EQ(damped(16384, 28), span(16356, 16391));
 }
 
 }  // namespace

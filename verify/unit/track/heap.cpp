@@ -62,7 +62,8 @@ void* __wrap_realloc(void* old, std::size_t size) {
 }
 
 int __wrap_posix_memalign(void** out, std::size_t alignment, std::size_t size) {
-    const int error = heap.isWatched && fails() ? ENOMEM : __real_posix_memalign(out, alignment, size);
+    const int error =
+        heap.isWatched && fails() ? ENOMEM : __real_posix_memalign(out, alignment, size);
     counted(error == 0 ? *out : nullptr);
     return error;
 }

@@ -10,11 +10,11 @@
 
 struct Heap {
     bool isWatched = false;
-    int allocations = 0;            // of any kind, while watched
-    int failing = 0;                // which calloc or posix_memalign fails, from 1; 0 for none
-    bool failsOnwards = false;      // and all after it
-    int failable = 0;               // calls of these two, while watched
-    int open = 0;                   // of their blocks and all others: not freed yet
+    int allocations = 0;        // of any kind, while watched
+    int failing = 0;            // which calloc or posix_memalign fails, from 1; 0 for none
+    bool failsOnwards = false;  // and all after it
+    int failable = 0;           // calls of these two, while watched
+    int open = 0;               // of their blocks and all others: not freed yet
     std::vector<std::size_t> bytes = {};  // asked of calloc
 };
 extern Heap heap;

@@ -228,7 +228,8 @@ TEST(Log, GoesToStandardErrorWithoutAFunction) {
 TEST(TrackerUltraSoundLevel, IsOfTheTrackerItself) {
     const OwnTracker loud = trackerOf(fiveMicrophones());
     const OwnTracker other = trackerOf(fiveMicrophones());
-    voxloc_setLog(loud.get(), [](void*, const char*) {}, nullptr);
+    voxloc_setLog(
+        loud.get(), [](void*, const char*) {}, nullptr);
     EXPECT_EQ(voxloc_getTrackerUltraSoundLevel(loud.get()), -100.0f);
     playBeacon(loud.get(), 20);
     EXPECT_GT(voxloc_getTrackerUltraSoundLevel(loud.get()), -15.0f);
@@ -247,7 +248,7 @@ TEST(OwnRecording, HoldsTheHeaderAndTheFramesThatWereTaken) {
     EXPECT_EQ(voxloc_isRecording(own.get()), 0);
     EXPECT_EQ(voxloc_startRecording(own.get(), file.path()), 1);
     EXPECT_EQ(voxloc_isRecording(own.get()), 1);
-    EXPECT_EQ(voxloc_record_isOpen(), 0);  // the module's is another one
+    EXPECT_EQ(voxloc_record_isOpen(), 0);                   // the module's is another one
     voxloc_track(own.get(), frame.data(), 33, 0, &result);  // refused: not recorded
     voxloc_track(own.get(), frame.data(), 20, 3, &result);
     voxloc_resetTracker(own.get());  // the recording goes on

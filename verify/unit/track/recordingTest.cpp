@@ -1,70 +1,29 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <fstream>
-#include <iterator>
-#include <random>
+#include <cmath>
 #include <string>
 #include <vector>
 
 #include "initializedModule.h"
-#include "track/tracker.h"
-#include "voxloc/unittestGenerator.h"
+#include "kit/temporaryFile.h"
 
 namespace {
-
-// A file name of this test's own, gone at its end.
-class TemporaryFile {
-  public:
-    TemporaryFile() : path_(::testing::TempDir() + "voxlocRecordingXXXXXX") {
-        close(mkstemp(path_.data()));
-    }
-    ~TemporaryFile() { unlink(path_.c_str()); }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    const char* path() const { return path_.c_str(); }
-    std::string content() const {
-        std::ifstream file(path_, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    }
-
-  private:
-    std::string path_;
-};
-
-std::string bytesOf(const void* data, std::size_t size) {
-    return {static_cast<const char*>(data), size};
-}
-
-// What one frame adds to the file.
-std::string record(std::uint32_t bits, std::uint32_t flags, const std::vector<float>& frame) {
-    return bytesOf(&bits, 4) + bytesOf(&flags, 4) + bytesOf(frame.data(), frame.size() * 4);
-}
-
-std::vector<float> noiseFrame(int channels, unsigned int seed) {
-    std::mt19937 random(seed);
-    std::uniform_real_distribution<float> sample(-8388608.0f, 8388607.0f);
-    std::vector<float> frame(static_cast<std::size_t>(channels) * 2048);
-    for (float& value : frame) value = std::round(sample(random));
-    return frame;
-}
 
 TEST(Recording, HoldsTheHeaderAndEveryFrameByteForByte) {
     const TemporaryFile file;
     const InitializedModule module(PRODUCT_DOVETAIL);
     std::string expected = "\xAC\x01\x05\x06";
     TrackerResult result{};
+    EXPECT_EQ(voxloc_record_isOpen(), 0);
     EXPECT_EQ(voxloc_record_start(file.path()), 6);
+    EXPECT_EQ(voxloc_record_isOpen(), 1);
     for (std::uint32_t i = 0; i < 5; ++i) {
         std::vector<float> frame = noiseFrame(6, i);
         if (i == 3) frame[77] = NAN;
         const std::uint32_t flags = 0xabcd0000U + i;  // bits that mean nothing are recorded, too
         voxloc_calculate(frame.data(), 24 - i, flags, &result);
-        expected += record(24 - i, flags, frame);
+        expected += recordOf(24 - i, flags, frame);
     }
     voxloc_record_stop();
     EXPECT_TRUE(file.content() == expected);
@@ -81,7 +40,7 @@ TEST(Recording, TakesTheChannelsOfTheProduct) {
         voxloc_calculate(frame.data(), 24, 0, &result);
         voxloc_calculate(frame.data(), 24, 3, &result);
     }  // the end of the module ends the recording
-    EXPECT_EQ(voxloc::moduleTracker().recording, nullptr);
+    EXPECT_EQ(voxloc_record_isOpen(), 0);
     const std::string content = file.content();
     EXPECT_EQ(content.size(), 4U + 2U * (8U + 8U * 2048U * 4U));
     EXPECT_EQ(content.substr(0, 4), "\xAC\x01\x07\x08");
@@ -96,11 +55,11 @@ TEST(Recording, TakesNothingBeforeItsStartAndAfterItsStop) {
     const std::vector<float> frame = noiseFrame(4, 2);
     voxloc_calculate(frame.data(), 24, 0, &result);
     voxloc_record_stop();
-    EXPECT_EQ(voxloc::moduleTracker().recording, nullptr);
+    EXPECT_EQ(voxloc_record_isOpen(), 0);
     voxloc_calculate(noiseFrame(4, 3).data(), 24, 0, &result);
-    EXPECT_TRUE(file.content() == "\xAC\x01\x06\x04" + record(24, 0, frame));
+    EXPECT_TRUE(file.content() == "\xAC\x01\x06\x04" + recordOf(24, 0, frame));
     voxloc_record_stop();  // does nothing
-    EXPECT_EQ(voxloc::moduleTracker().recording, nullptr);
+    EXPECT_EQ(voxloc_record_isOpen(), 0);
 }
 
 TEST(Recording, EndsWhenAnotherOneIsStarted) {
@@ -112,7 +71,7 @@ TEST(Recording, EndsWhenAnotherOneIsStarted) {
     voxloc_record_start(first.path());
     voxloc_calculate(frame.data(), 24, 0, &result);
     voxloc_record_start(second.path());
-    const std::string expected = "\xAC\x01\x06\x04" + record(24, 0, frame);
+    const std::string expected = "\xAC\x01\x06\x04" + recordOf(24, 0, frame);
     EXPECT_TRUE(first.content() == expected);  // closed, so all of it is there
     voxloc_calculate(frame.data(), 24, 0, &result);
     voxloc_record_stop();
@@ -143,7 +102,7 @@ TEST(Recording, MayBeStartedBeforeInitialize) {
         TrackerResult result{};
         voxloc_calculate(frame.data(), 24, 1, &result);
     }
-    EXPECT_TRUE(file.content() == "\xAC\x01\x02\x06" + record(24, 1, frame));
+    EXPECT_TRUE(file.content() == "\xAC\x01\x02\x06" + recordOf(24, 1, frame));
 }
 
 // Destroy has nothing to do then, and does not end a recording either.
@@ -152,7 +111,7 @@ TEST(Recording, SurvivesADestroyOfAnUninitializedModule) {
     { const InitializedModule earlier(PRODUCT_CINDER); }
     voxloc_record_start(file.path());
     voxloc_destroy();
-    EXPECT_NE(voxloc::moduleTracker().recording, nullptr);
+    EXPECT_NE(voxloc_record_isOpen(), 0);
     voxloc_record_stop();
     EXPECT_EQ(file.content(), "\xAC\x01\x02\x06");
 }
@@ -160,18 +119,15 @@ TEST(Recording, SurvivesADestroyOfAnUninitializedModule) {
 // The results of some frames of speech, as bytes, while recording to a path or not at all.
 std::string resultsWhileRecordingTo(const char* path, int* started) {
     const InitializedModule module(PRODUCT_ASTER);
-    AudioGenerator* generator =
-        createAudioGenerator(voxloc_getNumberOfChannels, voxloc_getMicrophoneCoordinates, 0);
-    const float source[3] = {0.3f, 0.1f, 2.0f};
+    Clips clips;
     if (path != nullptr) *started = voxloc_record_start(path);
     std::string results;
     for (int i = 0; i < 15; ++i) {
         TrackerResult result{};
-        voxloc_calculate(getNextFrame(source, 0, generator), 24, 0, &result);
+        voxloc_calculate(clips.talker(), 24, 0, &result);
         results += bytesOf(&result, sizeof result);
     }
     voxloc_record_stop();
-    destroyAudioGenerator(generator);
     return results;
 }
 
@@ -197,7 +153,7 @@ TEST(Recording, ThatIsRefusedEndsTheOneThatIsOpen) {
     voxloc_record_start(file.path());
     const std::string path = ::testing::TempDir() + "no/such/folder/recording";
     EXPECT_EQ(voxloc_record_start(path.c_str()), 0);
-    EXPECT_EQ(voxloc::moduleTracker().recording, nullptr);
+    EXPECT_EQ(voxloc_record_isOpen(), 0);
     EXPECT_EQ(file.content(), std::string("\xAC\x01\x00\x06", 4));
 }
 

@@ -7,16 +7,12 @@
 #include <cmath>
 #include <vector>
 
-#include "initializedModule.h"
-#include "models/productRows.h"
 #include "models/trackerModel.h"
-#include "track/tracker.h"
-#include "voxloc/unittestGenerator.h"
+#include "trackerRuns.h"
 
 namespace {
 
 using reference::ModelResult;
-using reference::ProductRow;
 using reference::TrackerModel;
 
 struct Scene {
@@ -35,36 +31,17 @@ const Scene Scenes[] = {
     {6, 0, {0.05f, 0.2f, 1.0f}, 3, 24},    {6, 0, {0.05f, 0.2f, 1.0f}, 0, 24},
 };
 
-class FrameSource {
-  public:
-    FrameSource()
-        : generator_(createAudioGenerator(voxloc_getNumberOfChannels,
-                                          voxloc_getMicrophoneCoordinates, 0)) {}
-    ~FrameSource() { destroyAudioGenerator(generator_); }
-    FrameSource(const FrameSource&) = delete;
-    FrameSource& operator=(const FrameSource&) = delete;
-
-    const float* next(const Scene& scene) {
-        if (scene.clip < 0) return silence_.data();
-        return getNextFrame(scene.source, scene.clip, generator_);
-    }
-
-  private:
-    AudioGenerator* generator_;
-    std::vector<float> silence_ = std::vector<float>(8 * 2048);
-};
-
-class AgainstModel : public ::testing::TestWithParam<ProductRow> {
+class AgainstModel : public ::testing::TestWithParam<const VoxlocProduct*> {
   protected:
     // A product without elevation pairs searches the directions that are there from before.
-    AgainstModel() { std::fill_n(voxloc::moduleTracker().AzimuthElevationResult, 29737, 0.0f); }
+    AgainstModel() { std::fill_n(tracker_.AzimuthElevationResult, 29737, 0.0f); }
 
-    InitializedModule module_{GetParam().type};
-    TrackerModel model_{GetParam()};
+    InitializedModule module_{GetParam()->type};
+    voxloc::Tracker& tracker_ = voxloc::moduleTracker();
+    TrackerModel model_{GetParam()->array, GetParam()->type == PRODUCT_ASTER};
 };
 
-INSTANTIATE_TEST_SUITE_P(Every, AgainstModel, ::testing::ValuesIn(reference::productRows()),
-                         reference::RowName());
+INSTANTIATE_TEST_SUITE_P(Every, AgainstModel, ::testing::ValuesIn(allProducts()), ProductName());
 
 template <std::size_t points>
 int firstMaximum(const float (&sum)[points]) {
@@ -81,24 +58,24 @@ void expectSame(float actual, double expected) {
 }
 
 TEST_P(AgainstModel, GivesTheSameResultsFrameByFrame) {
-    FrameSource source;
+    Clips clips;
+    const std::vector<float> silence(8 * 2048);
     int frame = 0;
     std::uint32_t seen = 0;
     std::uint32_t unseen = 0;
     for (const Scene& scene : Scenes) {
         for (int i = 0; i < scene.frames; ++i, ++frame) {
             SCOPED_TRACE(frame);
-            const float* audio = source.next(scene);
+            const float* audio =
+                scene.clip < 0 ? silence.data() : clips.next(scene.source, scene.clip);
             const ModelResult expected = model_.calculate(audio, scene.bits, scene.flags);
             TrackerResult result{NAN, NAN, NAN, NAN, 0xffffffffU};
             voxloc_calculate(audio, scene.bits, scene.flags, &result);
 
             EXPECT_EQ(result.flags, expected.flags);
             // No two points are so close that single precision confuses them.
-            EXPECT_EQ(firstMaximum(voxloc::moduleTracker().AzimuthElevationResult),
-                      model_.directions().peak);
-            EXPECT_EQ(firstMaximum(voxloc::moduleTracker().AzimuthRangeResult),
-                      model_.ranges().peak);
+            EXPECT_EQ(firstMaximum(tracker_.AzimuthElevationResult), model_.directions().peak);
+            EXPECT_EQ(firstMaximum(tracker_.AzimuthRangeResult), model_.ranges().peak);
             expectSame(result.azimuth, expected.azimuth);
             expectSame(result.elevation, expected.elevation);
             expectSame(result.range, expected.range);

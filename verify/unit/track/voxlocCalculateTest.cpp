@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -14,9 +13,7 @@
 #include "oddPanel.h"
 #include "track/crossSpectrum.h"
 #include "track/gridSearch.h"
-#include "track/noiseLevel.h"
 #include "track/tracker.h"
-#include "voxloc/unittestGenerator.h"
 
 namespace {
 
@@ -24,14 +21,6 @@ constexpr double Unit = 0x1p-24;
 constexpr float FullScale = 8388608.0f;
 constexpr std::uint32_t FarEnd = 1U << VOXLOC_INPUT_FAR_END;
 constexpr std::uint32_t NoiseFlag = 1U << VOXLOC_INPUT_NOISE_FLAG;
-
-std::vector<float> noiseFrame(int channels, unsigned int seed) {
-    std::mt19937 random(seed);
-    std::uniform_real_distribution<float> sample(-FullScale / 8, FullScale / 8);
-    std::vector<float> frame(static_cast<std::size_t>(channels) * 2048);
-    for (float& value : frame) value = std::round(sample(random));
-    return frame;
-}
 
 TrackerResult calculate(const std::vector<float>& frame, std::uint32_t flags = 0) {
     TrackerResult result{NAN, NAN, NAN, NAN, 0xffffffffU};
@@ -46,17 +35,9 @@ bool isZero(const float* values, int count) {
 // Speech from a place, frame by frame.
 class Speech {
   public:
-    Speech()
-        : generator_(createAudioGenerator(voxloc_getNumberOfChannels,
-                                          voxloc_getMicrophoneCoordinates, 0)) {}
-    ~Speech() { destroyAudioGenerator(generator_); }
-    Speech(const Speech&) = delete;
-    Speech& operator=(const Speech&) = delete;
-
     TrackerResult calculate(std::uint32_t flags = 0) {
-        const float source[3] = {0.3f, 0.1f, 2.0f};
         TrackerResult result{};
-        voxloc_calculate(getNextFrame(source, 0, generator_), 24, flags, &result);
+        voxloc_calculate(clips_.talker(), 24, flags, &result);
         return result;
     }
     TrackerResult calculateFrames(int frames) {
@@ -66,12 +47,13 @@ class Speech {
     }
 
   private:
-    AudioGenerator* generator_;
+    Clips clips_;
 };
 
 class VoxlocCalculate : public ::testing::Test {
   protected:
     InitializedModule module_{PRODUCT_ASTER};
+    voxloc::Tracker& tracker_ = voxloc::moduleTracker();
 };
 
 bool holdsBlock(int channel, const float* older, const std::vector<float>& newer) {
@@ -96,11 +78,11 @@ TEST_F(VoxlocCalculate, JoinsTheFrameWithThePreviousOneForTheNextCall) {
 
 TEST_F(VoxlocCalculate, AnalysesNothingInTheFirstCall) {
     calculate(noiseFrame(6, 1));
-    EXPECT_TRUE(isZero(voxloc::moduleTracker().FftResult, 6 * 4098));
-    EXPECT_TRUE(isZero(voxloc::moduleTracker().Numerator1, 6 * 4098));
-    EXPECT_TRUE(isZero(voxloc::moduleTracker().NoisePowerEstimate, 6 * 2049));
+    EXPECT_TRUE(isZero(tracker_.FftResult, 6 * 4098));
+    EXPECT_TRUE(isZero(tracker_.Numerator1, 6 * 4098));
+    EXPECT_TRUE(isZero(tracker_.NoisePowerEstimate, 6 * 2049));
     calculate(noiseFrame(6, 2));
-    EXPECT_FALSE(isZero(voxloc::moduleTracker().FftResult, 6 * 4098));
+    EXPECT_FALSE(isZero(tracker_.FftResult, 6 * 4098));
 }
 
 // A call's spectra are those of the two frames before it. Transforming 4096 points rounds each bin
@@ -108,8 +90,7 @@ TEST_F(VoxlocCalculate, AnalysesNothingInTheFirstCall) {
 TEST_F(VoxlocCalculate, TransformsTheWindowedBlockOfThePreviousCall) {
     calculate(noiseFrame(6, 1));
     calculate(noiseFrame(6, 2));
-    const std::vector<float> blocks(voxloc::moduleTracker().InputAudio,
-                                    voxloc::moduleTracker().InputAudio + 6 * 4096);
+    const std::vector<float> blocks(tracker_.InputAudio, tracker_.InputAudio + 6 * 4096);
     calculate(noiseFrame(6, 3));
     for (std::size_t c = 0; c < 6; ++c) {
         std::vector<double> windowed(4096);
@@ -124,8 +105,8 @@ TEST_F(VoxlocCalculate, TransformsTheWindowedBlockOfThePreviousCall) {
         const double typical = std::sqrt(energy);  // the root mean square of the bins
         for (std::size_t k = 4; k < 2049; ++k) {
             const std::complex<double> actual(
-                static_cast<double>(voxloc::moduleTracker().FftResult[c * 4098 + 2 * k]),
-                static_cast<double>(voxloc::moduleTracker().FftResult[c * 4098 + 2 * k + 1]));
+                static_cast<double>(tracker_.FftResult[c * 4098 + 2 * k]),
+                static_cast<double>(tracker_.FftResult[c * 4098 + 2 * k + 1]));
             EXPECT_LE(std::abs(actual - expected[k]),
                       12.0 * Unit * typical + 4.0 * Unit * std::abs(expected[k]))
                 << c << " " << k;
@@ -139,39 +120,33 @@ TEST_F(VoxlocCalculate, SilencesTheLowestFourBins) {
     calculate(offset);
     calculate(noiseFrame(6, 1));
     for (int c = 0; c < 6; ++c) {
-        EXPECT_TRUE(isZero(voxloc::moduleTracker().FftResult + c * 4098, 8)) << c;
-        EXPECT_NE(voxloc::moduleTracker().FftResult[c * 4098 + 8], 0.0f) << c;
+        EXPECT_TRUE(isZero(tracker_.FftResult + c * 4098, 8)) << c;
+        EXPECT_NE(tracker_.FftResult[c * 4098 + 8], 0.0f) << c;
     }
 }
 
 TEST_F(VoxlocCalculate, WeighsEveryBinOfEveryChannel) {
     calculate(noiseFrame(6, 1));
     calculate(noiseFrame(6, 2));
-    std::vector<float> noise(voxloc::moduleTracker().NoisePowerEstimate,
-                             voxloc::moduleTracker().NoisePowerEstimate + 6 * 2049);
+    std::vector<float> noise(tracker_.NoisePowerEstimate, tracker_.NoisePowerEstimate + 6 * 2049);
     std::vector<float> weight(6 * 2049, NAN);
     calculate(noiseFrame(6, 3));
     for (std::size_t c = 0; c < 6; ++c) {
-        voxloc::updateFrequencyWeights(voxloc::moduleTracker().FftResult + c * 4098, 2049,
-                                       &noise[c * 2049], &weight[c * 2049]);
+        voxloc::updateFrequencyWeights(tracker_.FftResult + c * 4098, 2049, &noise[c * 2049],
+                                       &weight[c * 2049]);
     }
-    EXPECT_TRUE(std::equal(noise.begin(), noise.end(), voxloc::moduleTracker().NoisePowerEstimate));
-    EXPECT_TRUE(std::equal(weight.begin(), weight.end(), voxloc::moduleTracker().FrequencyWeight));
+    EXPECT_TRUE(std::equal(noise.begin(), noise.end(), tracker_.NoisePowerEstimate));
+    EXPECT_TRUE(std::equal(weight.begin(), weight.end(), tracker_.FrequencyWeight));
 }
 
 TEST_F(VoxlocCalculate, SwapsTheBuffers) {
+    const float* numerators[] = {tracker_.Numerator1, tracker_.Numerator2};
+    const float* inputs[] = {tracker_.RawAudioInput1, tracker_.RawAudioInput2};
     for (int frame = 0; frame < 4; ++frame) {
-        const bool isEven = frame % 2 == 0;
-        EXPECT_EQ(voxloc::moduleTracker().CurrentNumerator,
-                  isEven ? voxloc::moduleTracker().Numerator1 : voxloc::moduleTracker().Numerator2);
-        EXPECT_EQ(voxloc::moduleTracker().PreviousNumerator,
-                  isEven ? voxloc::moduleTracker().Numerator2 : voxloc::moduleTracker().Numerator1);
-        EXPECT_EQ(voxloc::moduleTracker().CurrentRawAudioInput,
-                  isEven ? voxloc::moduleTracker().RawAudioInput1
-                         : voxloc::moduleTracker().RawAudioInput2);
-        EXPECT_EQ(voxloc::moduleTracker().PreviousRawAudioInput,
-                  isEven ? voxloc::moduleTracker().RawAudioInput2
-                         : voxloc::moduleTracker().RawAudioInput1);
+        EXPECT_EQ(tracker_.CurrentNumerator, numerators[frame % 2]);
+        EXPECT_EQ(tracker_.PreviousNumerator, numerators[1 - frame % 2]);
+        EXPECT_EQ(tracker_.CurrentRawAudioInput, inputs[frame % 2]);
+        EXPECT_EQ(tracker_.PreviousRawAudioInput, inputs[1 - frame % 2]);
         calculate(noiseFrame(6, 1));
     }
 }
@@ -186,28 +161,28 @@ TEST_F(VoxlocCalculate, ReadsTheFrameAndLeavesIt) {
 TEST_F(VoxlocCalculate, UsesTheLongTimeoutWhileTheNearEndTalksAlone) {
     Speech speech;
     EXPECT_EQ(voxloc_getFlag(VOXLOC_FLAG_VOICE, speech.calculate().flags), 0);
-    EXPECT_EQ(voxloc::moduleTracker().TimeoutLimit, 2);
+    EXPECT_EQ(tracker_.TimeoutLimit, 2);
     EXPECT_EQ(voxloc_getFlag(VOXLOC_FLAG_VOICE, speech.calculateFrames(10).flags), 1);
-    EXPECT_EQ(voxloc::moduleTracker().TimeoutLimit, 35);
+    EXPECT_EQ(tracker_.TimeoutLimit, 35);
     EXPECT_EQ(voxloc_getFlag(VOXLOC_FLAG_VOICE, speech.calculate(FarEnd).flags), 1);
-    EXPECT_EQ(voxloc::moduleTracker().TimeoutLimit, 2);
+    EXPECT_EQ(tracker_.TimeoutLimit, 2);
     speech.calculate();
-    EXPECT_EQ(voxloc::moduleTracker().TimeoutLimit, 35);
+    EXPECT_EQ(tracker_.TimeoutLimit, 35);
 }
 
 // No bin is updated: the short timeout zeroes them all, the updated ones in the second frame.
 TEST_F(VoxlocCalculate, LetsThePositionDecayWhileTheFarEndTalks) {
     Speech speech;
     EXPECT_GT(speech.calculateFrames(12).quality, 0.5f);
-    const std::vector<float> held(voxloc::moduleTracker().PreviousNumerator,
-                                  voxloc::moduleTracker().PreviousNumerator + 6 * 4098);
+    const std::vector<float> held(tracker_.PreviousNumerator,
+                                  tracker_.PreviousNumerator + 6 * 4098);
     speech.calculate(FarEnd);
     for (std::size_t i = 0; i < held.size(); ++i) {
-        const float now = voxloc::moduleTracker().PreviousNumerator[i];
+        const float now = tracker_.PreviousNumerator[i];
         ASSERT_TRUE(now == held[i] || now == 0.0f) << i;
     }
     const TrackerResult result = speech.calculate(FarEnd);
-    EXPECT_TRUE(isZero(voxloc::moduleTracker().PreviousNumerator, 6 * 4098));
+    EXPECT_TRUE(isZero(tracker_.PreviousNumerator, 6 * 4098));
     EXPECT_EQ(result.quality, 0.0f);
     EXPECT_EQ(voxloc_getFlag(VOXLOC_FLAG_FAR_END, result.flags), 1);
 }
@@ -240,13 +215,11 @@ TEST_F(VoxlocCalculate, CopiesTheInputFlags) {
 TEST_F(VoxlocCalculate, FreezesTheNoiseLevelWithTheNoiseFlag) {
     Speech speech;
     speech.calculateFrames(5);
-    const std::vector<float> before(voxloc::moduleTracker().Noise.NoiseLevel,
-                                    voxloc::moduleTracker().Noise.NoiseLevel + 2049);
+    const std::vector<float> before(tracker_.Noise.NoiseLevel, tracker_.Noise.NoiseLevel + 2049);
     speech.calculate(NoiseFlag);
-    EXPECT_TRUE(std::equal(before.begin(), before.end(), voxloc::moduleTracker().Noise.NoiseLevel));
+    EXPECT_TRUE(std::equal(before.begin(), before.end(), tracker_.Noise.NoiseLevel));
     speech.calculate();
-    EXPECT_FALSE(
-        std::equal(before.begin(), before.end(), voxloc::moduleTracker().Noise.NoiseLevel));
+    EXPECT_FALSE(std::equal(before.begin(), before.end(), tracker_.Noise.NoiseLevel));
 }
 
 TEST_F(VoxlocCalculate, ReportsTheFirstMaximaOfTheGrids) {
@@ -254,23 +227,15 @@ TEST_F(VoxlocCalculate, ReportsTheFirstMaximaOfTheGrids) {
     speech.calculateFrames(5);
     for (int frame = 0; frame < 8; ++frame) {
         const TrackerResult result = speech.calculate();
-        const auto direction =
-            std::max_element(voxloc::moduleTracker().AzimuthElevationResult,
-                             voxloc::moduleTracker().AzimuthElevationResult + 29737) -
-            voxloc::moduleTracker().AzimuthElevationResult;
-        const auto place = std::max_element(voxloc::moduleTracker().AzimuthRangeResult,
-                                            voxloc::moduleTracker().AzimuthRangeResult + 10896) -
-                           voxloc::moduleTracker().AzimuthRangeResult;
-        const voxloc::RangeRows rows = voxloc::flatRangeRows(
-            voxloc::moduleTracker().AzimuthRangeResult, static_cast<int>(place));
-        EXPECT_EQ(result.elevation,
-                  voxloc::moduleTracker().ElevationAngles[direction / 227] * 57.295776f);
-        EXPECT_EQ(result.azimuth, voxloc::moduleTracker().AzimuthAngles[place % 227] * 57.295776f);
-        EXPECT_EQ(result.range, (voxloc::moduleTracker().Ranges[rows.first] +
-                                 voxloc::moduleTracker().Ranges[rows.last]) *
-                                    0.5f);
-        EXPECT_EQ(result.quality, voxloc::moduleTracker().AzimuthRangeResult[place] +
-                                      voxloc::moduleTracker().AzimuthElevationResult[direction]);
+        const float* directions = tracker_.AzimuthElevationResult;
+        const float* places = tracker_.AzimuthRangeResult;
+        const auto direction = std::max_element(directions, directions + 29737) - directions;
+        const auto place = std::max_element(places, places + 10896) - places;
+        const voxloc::RangeRows rows = voxloc::flatRangeRows(places, static_cast<int>(place));
+        EXPECT_EQ(result.elevation, tracker_.ElevationAngles[direction / 227] * 57.295776f);
+        EXPECT_EQ(result.azimuth, tracker_.AzimuthAngles[place % 227] * 57.295776f);
+        EXPECT_EQ(result.range, (tracker_.Ranges[rows.first] + tracker_.Ranges[rows.last]) * 0.5f);
+        EXPECT_EQ(result.quality, places[place] + directions[direction]);
     }
 }
 
@@ -278,26 +243,24 @@ TEST_F(VoxlocCalculate, ReportsTheFirstMaximaOfTheGrids) {
 
 TEST(VoxlocCalculateFoxglove, SearchesWhateverTheGridOfDirectionsHolds) {
     const InitializedModule module(PRODUCT_FOXGLOVE);
-    std::fill_n(voxloc::moduleTracker().AzimuthElevationResult, 29737, 0.0f);
+    const voxloc::Tracker& tracker = voxloc::moduleTracker();
+    float* directions = voxloc::moduleTracker().AzimuthElevationResult;
+    std::fill_n(directions, 29737, 0.0f);
     const std::vector<float> silence(4 * 2048);
-    EXPECT_EQ(calculate(silence).elevation,
-              voxloc::moduleTracker().ElevationAngles[0] * 57.295776f);
+    EXPECT_EQ(calculate(silence).elevation, tracker.ElevationAngles[0] * 57.295776f);
     EXPECT_EQ(calculate(silence).quality, 0.0f);
-    voxloc::moduleTracker().AzimuthElevationResult[50 * 227 + 3] = 0.75f;
-    EXPECT_EQ(calculate(silence).elevation,
-              voxloc::moduleTracker().ElevationAngles[50] * 57.295776f);
+    directions[50 * 227 + 3] = 0.75f;
+    EXPECT_EQ(calculate(silence).elevation, tracker.ElevationAngles[50] * 57.295776f);
     EXPECT_EQ(calculate(silence).quality, 0.75f);
-    EXPECT_EQ(voxloc::moduleTracker().AzimuthElevationResult[50 * 227 + 3], 0.75f);
+    EXPECT_EQ(directions[50 * 227 + 3], 0.75f);
 }
 
 // --- A panel mounted upside down ----------------------------------------------------------------
 
 float upsideDownRatio() {
-    return (voxloc::moduleTracker().ElevationQuality[0] +
-            voxloc::moduleTracker().ElevationQuality[1]) /
-           (voxloc::moduleTracker().AzimuthQuality[0] + voxloc::moduleTracker().AzimuthQuality[1] +
-            voxloc::moduleTracker().AzimuthQuality[2] +
-            voxloc::moduleTracker().ElevationQuality[2]);
+    const float* e = voxloc::moduleTracker().ElevationQuality;
+    const float* a = voxloc::moduleTracker().AzimuthQuality;
+    return (e[0] + e[1]) / (a[0] + a[1] + a[2] + e[2]);
 }
 
 bool isValid(const TrackerResult& result) {
@@ -380,21 +343,6 @@ TEST(UpsideDown, IsWarnedOfInEveryHundredthFrame) {
             << frame;
     }
     EXPECT_GT(blocked, 5);
-}
-
-TEST(UpsideDown, IsCountedOnAcrossInitializations) {
-    voxloc::moduleTracker().BlockedCounter = 0;
-    int blocked = 0;
-    for (int run = 0; run < 2; ++run) {
-        const InitializedModule module(PRODUCT_ASTER);
-        EXPECT_EQ(voxloc::moduleTracker().BlockedCounter, blocked);
-        OddPanel panel(0.0);
-        for (int frame = 0; frame < 12; ++frame) {
-            if (!isValid(calculate(panel.next()))) ++blocked;
-        }
-    }
-    EXPECT_GT(blocked, 2);
-    EXPECT_EQ(voxloc::moduleTracker().BlockedCounter, blocked);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <csignal>
 #include <vector>
 
+#include "initializedModule.h"
 #include "kit/lastWords.h"
 #include "track/tracker.h"
 
@@ -30,118 +31,97 @@ TEST(VoxlocInitializeDeathTest, RejectsWhatIsNoProduct) {
     }
 }
 
+// The product is looked at before the state.
 TEST(VoxlocInitializeDeathTest, RejectsASecondInitialize) {
-    voxloc_initialize(PRODUCT_ASTER);
+    const InitializedModule module(PRODUCT_ASTER);
     EXPECT_ABORT(voxloc_initialize(PRODUCT_ASTER),
                  moduleReport("voxloc_initialize", "!IsTransducersInitialized"));
-    voxloc_destroy();
-}
-
-// The product is looked at before the state.
-TEST(VoxlocInitializeDeathTest, RejectsWhatIsNoProductFirst) {
-    voxloc_initialize(PRODUCT_ASTER);
     EXPECT_ABORT(voxloc_initialize(3), noProductReport(3));
-    voxloc_destroy();
 }
 
 TEST(InitializeTransducerDataDeathTest, RejectsAProductWithoutPositions) {
-    voxloc_initialize(PRODUCT_ASTER);
-    const auto placeUnknown = [] {
-        voxloc::initializeTransducerData(voxloc::moduleTracker(), nullptr);
-    };
-    EXPECT_ABORT(placeUnknown(), moduleReport("initializeTransducerData", "false"));
-    voxloc_destroy();
+    EXPECT_ABORT(voxloc::initializeTransducerData(voxloc::moduleTracker(), nullptr),
+                 moduleReport("initializeTransducerData", "false"));
 }
+
+using voxloc::Tracker;
 
 struct Check {
     const char* pattern;
-    void (*breakIt)();
+    void (*breakIt)(Tracker& tracker);
 };
+
+#define BUFFER(name)                                             \
+    {                                                            \
+#name, [](Tracker & tracker) { tracker.name = nullptr; } \
+    }
 
 // In the order in which they are made.
 const std::vector<Check>& checks() {
     static const std::vector<Check> list{
-        {"NumberOfChannels > 0", [] { voxloc::moduleTracker().NumberOfChannels = 0; }},
-        {"NumberOfAzimuthPairs > 0", [] { voxloc::moduleTracker().NumberOfAzimuthPairs = 0; }},
-        {"MinimumElevation != 0\\.0f", [] { voxloc::moduleTracker().MinimumElevation = 0.0f; }},
-        {"MinimumAzimuth != 0\\.0f", [] { voxloc::moduleTracker().MinimumAzimuth = 0.0f; }},
-        {"AngleInterval > 0\\.0f", [] { voxloc::moduleTracker().AngleInterval = 0.0f; }},
-        {"InputAudio", [] { voxloc::moduleTracker().InputAudio = nullptr; }},
-        {"RawAudioInput1", [] { voxloc::moduleTracker().RawAudioInput1 = nullptr; }},
-        {"RawAudioInput2", [] { voxloc::moduleTracker().RawAudioInput2 = nullptr; }},
-        {"FftResult", [] { voxloc::moduleTracker().FftResult = nullptr; }},
-        {"Numerator1", [] { voxloc::moduleTracker().Numerator1 = nullptr; }},
-        {"Numerator2", [] { voxloc::moduleTracker().Numerator2 = nullptr; }},
-        {"NoisePowerEstimate", [] { voxloc::moduleTracker().NoisePowerEstimate = nullptr; }},
-        {"FrequencyWeight", [] { voxloc::moduleTracker().FrequencyWeight = nullptr; }},
-        {"TimeoutCounter", [] { voxloc::moduleTracker().TimeoutCounter = nullptr; }},
-        {"AzimuthElevationLookupTable",
-         [] { voxloc::moduleTracker().AzimuthElevationLookupTable = nullptr; }},
-        {"AzimuthRangeLookupTable",
-         [] { voxloc::moduleTracker().AzimuthRangeLookupTable = nullptr; }},
-        {"Microphones", [] { voxloc::moduleTracker().Microphones = nullptr; }},
-        {"Loudspeaker", [] { voxloc::moduleTracker().Loudspeaker = nullptr; }},
-        {"AzimuthPairs", [] { voxloc::moduleTracker().AzimuthPairs = nullptr; }},
-        {"AzimuthQuality", [] { voxloc::moduleTracker().AzimuthQuality = nullptr; }},
-        {"ElevationQuality", [] { voxloc::moduleTracker().ElevationQuality = nullptr; }},
-        {"KeptCorrelations", [] { voxloc::moduleTracker().KeptCorrelations = nullptr; }},
+        {"NumberOfChannels > 0", [](Tracker& tracker) { tracker.NumberOfChannels = 0; }},
+        {"NumberOfAzimuthPairs > 0", [](Tracker& tracker) { tracker.NumberOfAzimuthPairs = 0; }},
+        {"MinimumElevation != 0\\.0f", [](Tracker& tracker) { tracker.MinimumElevation = 0.0f; }},
+        {"MinimumAzimuth != 0\\.0f", [](Tracker& tracker) { tracker.MinimumAzimuth = 0.0f; }},
+        {"AngleInterval > 0\\.0f", [](Tracker& tracker) { tracker.AngleInterval = 0.0f; }},
+        BUFFER(InputAudio),
+        BUFFER(RawAudioInput1),
+        BUFFER(RawAudioInput2),
+        BUFFER(FftResult),
+        BUFFER(Numerator1),
+        BUFFER(Numerator2),
+        BUFFER(NoisePowerEstimate),
+        BUFFER(FrequencyWeight),
+        BUFFER(TimeoutCounter),
+        BUFFER(AzimuthElevationLookupTable),
+        BUFFER(AzimuthRangeLookupTable),
+        BUFFER(Microphones),
+        BUFFER(Loudspeaker),
+        BUFFER(AzimuthPairs),
+        BUFFER(AzimuthQuality),
+        BUFFER(ElevationQuality),
+        BUFFER(KeptCorrelations),
     };
     return list;
 }
 
-TEST(CheckMemoryAllocationDeathTest, MakesEachCheckByItsName) {
-    voxloc_initialize(PRODUCT_ASTER);
-    for (const Check& check : checks()) {
-        SCOPED_TRACE(check.pattern);
-        const auto breakOne = [&check] {
-            check.breakIt();
-            voxloc::checkMemoryAllocation(voxloc::moduleTracker());
-        };
-        EXPECT_ABORT(breakOne(), moduleReport("checkMemoryAllocation", check.pattern));
-    }
-    voxloc_destroy();
-}
-
-// With everything from one check on broken, that check is the one that is reported.
-TEST(CheckMemoryAllocationDeathTest, MakesTheChecksInOrder) {
+// With everything from one check on broken, or that alone, that check is the one that is reported.
+TEST(CheckMemoryAllocationDeathTest, MakesEachCheckByItsNameInOrder) {
     voxloc_initialize(PRODUCT_ASTER);
     for (std::size_t first = 0; first < checks().size(); ++first) {
         SCOPED_TRACE(checks()[first].pattern);
-        const auto breakTheRest = [first] {
-            for (std::size_t i = first; i < checks().size(); ++i) checks()[i].breakIt();
-            voxloc::checkMemoryAllocation(voxloc::moduleTracker());
-        };
-        EXPECT_ABORT(breakTheRest(),
-                     moduleReport("checkMemoryAllocation", checks()[first].pattern));
+        for (const std::size_t last : {first, checks().size() - 1}) {
+            const auto breakSome = [first, last] {
+                Tracker& tracker = voxloc::moduleTracker();
+                for (std::size_t i = first; i <= last; ++i) checks()[i].breakIt(tracker);
+                voxloc::checkMemoryAllocation(tracker);
+            };
+            EXPECT_ABORT(breakSome(),
+                         moduleReport("checkMemoryAllocation", checks()[first].pattern));
+        }
     }
     voxloc_destroy();
 }
 
 TEST(CheckMemoryAllocation, LooksNeitherAtTheElevationPairsNorAtTheirCount) {
-    voxloc_initialize(PRODUCT_ASTER);
-    voxloc::MicrophonePair* const pairs = voxloc::moduleTracker().ElevationPairs;
-    voxloc::moduleTracker().ElevationPairs = nullptr;
-    voxloc::moduleTracker().NumberOfElevationPairs = 0;
-    voxloc::checkMemoryAllocation(voxloc::moduleTracker());
-    voxloc::moduleTracker().ElevationPairs = pairs;
-    voxloc::moduleTracker().NumberOfElevationPairs = 3;
-    voxloc_destroy();
+    const InitializedModule module(PRODUCT_ASTER);
+    Tracker& tracker = voxloc::moduleTracker();
+    voxloc::MicrophonePair* const pairs = tracker.ElevationPairs;
+    tracker.ElevationPairs = nullptr;
+    tracker.NumberOfElevationPairs = 0;
+    voxloc::checkMemoryAllocation(tracker);
+    tracker.ElevationPairs = pairs;
 }
 
 TEST(CheckMemoryAllocationDeathTest, TakesNegativeNumbersForMissing) {
-    voxloc_initialize(PRODUCT_ASTER);
-    const auto negativeChannels = [] {
-        voxloc::moduleTracker().NumberOfChannels = -1;
-        voxloc::checkMemoryAllocation(voxloc::moduleTracker());
-    };
-    const auto negativeInterval = [] {
-        voxloc::moduleTracker().AngleInterval = -0.008f;
-        voxloc::checkMemoryAllocation(voxloc::moduleTracker());
-    };
-    EXPECT_ABORT(negativeChannels(), moduleReport("checkMemoryAllocation", "NumberOfChannels > 0"));
-    EXPECT_ABORT(negativeInterval(),
+    const InitializedModule module(PRODUCT_ASTER);
+    Tracker& tracker = voxloc::moduleTracker();
+    tracker.AngleInterval = -0.008f;
+    EXPECT_ABORT(voxloc::checkMemoryAllocation(tracker),
                  moduleReport("checkMemoryAllocation", "AngleInterval > 0\\.0f"));
-    voxloc_destroy();
+    tracker.NumberOfChannels = -1;
+    EXPECT_ABORT(voxloc::checkMemoryAllocation(tracker),
+                 moduleReport("checkMemoryAllocation", "NumberOfChannels > 0"));
 }
 
 }  // namespace

@@ -12,9 +12,7 @@
 #include "heap.h"
 #include "kit/lastWords.h"
 #include "models/geometryModel.h"
-#include "models/productRows.h"
-#include "track/tracker.h"
-#include "voxloc/unittestGenerator.h"
+#include "trackerRuns.h"
 
 namespace {
 
@@ -54,10 +52,9 @@ std::vector<std::string> reports() {
     return list;
 }
 
-class Allocations : public ::testing::TestWithParam<reference::ProductRow> {};
+class Allocations : public ::testing::TestWithParam<const VoxlocProduct*> {};
 
-INSTANTIATE_TEST_SUITE_P(Every, Allocations, ::testing::ValuesIn(reference::productRows()),
-                         reference::RowName());
+INSTANTIATE_TEST_SUITE_P(Every, Allocations, ::testing::ValuesIn(allProducts()), ProductName());
 
 // Nothing is asked for as one element: some libraries give null for no bytes.
 std::size_t atLeastOne(std::size_t bytes, std::size_t element) {
@@ -66,25 +63,27 @@ std::size_t atLeastOne(std::size_t bytes, std::size_t element) {
 
 // The slots of the correlations lie as close as the widest pair's two ends allow, each with room
 // for the search to read 64 floats on; the last one is whole.
-std::size_t keptCorrelations(const reference::ProductRow& row) {
-    double widest = 0.0;
-    for (const auto& list : {row.elevationPair, row.azimuthPair}) {
-        for (const auto& [first, second] : list) {
-            widest = std::max(widest, static_cast<double>(reference::distance(
-                                          row.microphones[static_cast<std::size_t>(first)],
-                                          row.microphones[static_cast<std::size_t>(second)])));
+std::size_t keptCorrelations(const VoxlocArray& array) {
+    float widest = 0.0f;
+    const auto look = [&](const VoxlocPair* pairs, int count) {
+        for (int k = 0; k < count; ++k) {
+            widest = std::max(widest, reference::distance(array.microphone[pairs[k].first],
+                                                          array.microphone[pairs[k].second]));
         }
-    }
-    const std::size_t lags = static_cast<std::size_t>(std::ceil(widest * 551.7241)) + 2;
+    };
+    look(array.elevationPair, array.elevationPairs);
+    look(array.azimuthPair, array.azimuthPairs);
+    const auto lags =
+        static_cast<std::size_t>(std::ceil(static_cast<double>(widest) * 551.7241)) + 2;
     const std::size_t slot = 2 * (lags + lags % 2) + 64;
-    const std::size_t pairs = row.elevationPair.size() + row.azimuthPair.size();
+    const auto pairs = static_cast<std::size_t>(array.elevationPairs + array.azimuthPairs);
     return ((pairs - 1) * slot + 16384 + 8 + 64) * sizeof(float);
 }
 
 TEST_P(Allocations, AreTheBuffersInOrder) {
-    const std::size_t n = static_cast<std::size_t>(GetParam().channels);
-    const std::size_t azimuth = static_cast<std::size_t>(GetParam().azimuthPairs);
-    const std::size_t elevation = static_cast<std::size_t>(GetParam().elevationPairs);
+    const auto n = static_cast<std::size_t>(GetParam()->array.channels);
+    const auto azimuth = static_cast<std::size_t>(GetParam()->array.azimuthPairs);
+    const auto elevation = static_cast<std::size_t>(GetParam()->array.elevationPairs);
     const std::size_t pairs = azimuth + elevation;
     const std::vector<std::size_t> expected{
         n * 4096 * 4,                          // InputAudio
@@ -104,45 +103,44 @@ TEST_P(Allocations, AreTheBuffersInOrder) {
         atLeastOne(elevation * sizeof(voxloc::MicrophonePair), sizeof(voxloc::MicrophonePair)),
         azimuth * 4,                   // AzimuthQuality
         atLeastOne(elevation * 4, 4),  // ElevationQuality
-        keptCorrelations(GetParam()),
+        keptCorrelations(GetParam()->array),
         n * 4,  // UltraSoundLevel
         n * 4,  // NeighborBandLevel
     };
-    initializeWithFailing(GetParam().type, 0, false);
+    initializeWithFailing(GetParam()->type, 0, false);
     EXPECT_EQ(heap.bytes, expected);
     EXPECT_EQ(heap.allocations, static_cast<int>(expected.size()));
     voxloc_destroy();
 }
 
 TEST_P(Allocations, AreNoneWhileFramesAreProcessed) {
-    voxloc_initialize(GetParam().type);
-    AudioGenerator* generator =
-        createAudioGenerator(voxloc_getNumberOfChannels, voxloc_getMicrophoneCoordinates, 0);
+    voxloc_initialize(GetParam()->type);
+    Clips clips;
     const float source[3] = {0.2f, 0.1f, 3.0f};
     TrackerResult result{};
     {
         const HeapWatch watch;
         for (int frame = 0; frame < 45; ++frame) {  // two evaluations of the ultrasound detector
-            voxloc_calculate(getNextFrame(source, frame / 25, generator), 24, 0, &result);
+            voxloc_calculate(clips.next(source, frame / 25), 24, 0, &result);
         }
     }
     EXPECT_EQ(heap.allocations, 0);
     EXPECT_NE(result.flags, 0U);
-    destroyAudioGenerator(generator);
     voxloc_destroy();
 }
 
-class AllocationsDeathTest : public ::testing::TestWithParam<reference::ProductRow> {};
+class AllocationsDeathTest : public ::testing::TestWithParam<const VoxlocProduct*> {};
 
-INSTANTIATE_TEST_SUITE_P(Every, AllocationsDeathTest, ::testing::ValuesIn(reference::productRows()),
-                         reference::RowName());
+INSTANTIATE_TEST_SUITE_P(Every, AllocationsDeathTest, ::testing::ValuesIn(allProducts()),
+                         ProductName());
 
 TEST_P(AllocationsDeathTest, ThatFailAreReportedByTheCheckOfTheBuffer) {
     const std::vector<std::string> expected = reports();
     for (std::size_t k = 0; k < expected.size(); ++k) {
-        if (k == ElevationPairRecords && GetParam().elevationPairs == 0) continue;  // not missed
+        if (k == ElevationPairRecords && GetParam()->array.elevationPairs == 0)
+            continue;  // not missed
         SCOPED_TRACE(k);
-        EXPECT_EXIT(initializeWithFailing(GetParam().type, static_cast<int>(k) + 1, false),
+        EXPECT_EXIT(initializeWithFailing(GetParam()->type, static_cast<int>(k) + 1, false),
                     ::testing::KilledBySignal(SIGABRT), expected[k]);
     }
 }
@@ -153,7 +151,7 @@ TEST_P(AllocationsDeathTest, ThatFailFromSomePointOnAreReportedByTheFirstCheck) 
     for (std::size_t k = 0; k < expected.size(); ++k) {
         SCOPED_TRACE(k);
         const bool neighborOnly = k + 1 == expected.size();
-        EXPECT_EXIT(initializeWithFailing(GetParam().type, static_cast<int>(k) + 1, true),
+        EXPECT_EXIT(initializeWithFailing(GetParam()->type, static_cast<int>(k) + 1, true),
                     ::testing::KilledBySignal(SIGABRT),
                     neighborOnly ? expected[k] : expected[expected.size() - 2]);
     }

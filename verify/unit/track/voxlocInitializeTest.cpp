@@ -4,25 +4,18 @@
 #include <cmath>
 #include <vector>
 
-#include "initializedModule.h"
-#include "models/productRows.h"
-#include "track/UltraSoundDistortionDetection.h"
-#include "track/frequencyDomainVad.h"
-#include "track/noiseLevel.h"
-#include "track/timeDomainVad.h"
-#include "track/tracker.h"
+#include "trackerRuns.h"
 
 namespace {
 
-using reference::ProductRow;
-
-class VoxlocInitialize : public ::testing::TestWithParam<ProductRow> {
+class VoxlocInitialize : public ::testing::TestWithParam<const VoxlocProduct*> {
   protected:
-    InitializedModule module_{GetParam().type};
+    InitializedModule module_{GetParam()->type};
+    const voxloc::Tracker& tracker_ = voxloc::moduleTracker();
 };
 
-INSTANTIATE_TEST_SUITE_P(Every, VoxlocInitialize, ::testing::ValuesIn(reference::productRows()),
-                         reference::RowName());
+INSTANTIATE_TEST_SUITE_P(Every, VoxlocInitialize, ::testing::ValuesIn(allProducts()),
+                         ProductName());
 
 template <class Value>
 bool isZero(const Value* values, int count) {
@@ -30,128 +23,96 @@ bool isZero(const Value* values, int count) {
 }
 
 TEST_P(VoxlocInitialize, StartsWithZeroedBuffers) {
-    const int n = GetParam().channels;
-    const int pairs = GetParam().elevationPairs + GetParam().azimuthPairs;
-    EXPECT_TRUE(isZero(voxloc::moduleTracker().InputAudio, n * 4096));
-    EXPECT_TRUE(isZero(voxloc::moduleTracker().RawAudioInput1, n * 2048));
-    EXPECT_TRUE(isZero(voxloc::moduleTracker().RawAudioInput2, n * 2048));
-    EXPECT_TRUE(isZero(voxloc::moduleTracker().FftResult, n * 4098));
-    EXPECT_TRUE(isZero(voxloc::moduleTracker().Numerator1, pairs * 4098));
-    EXPECT_TRUE(isZero(voxloc::moduleTracker().Numerator2, pairs * 4098));
-    EXPECT_TRUE(isZero(voxloc::moduleTracker().NoisePowerEstimate, n * 2049));
-    EXPECT_TRUE(isZero(voxloc::moduleTracker().FrequencyWeight, n * 2049));
-    EXPECT_TRUE(isZero(voxloc::moduleTracker().TimeoutCounter, pairs * 2049));
-    EXPECT_TRUE(isZero(voxloc::moduleTracker().AzimuthQuality, GetParam().azimuthPairs));
-    EXPECT_TRUE(isZero(voxloc::moduleTracker().ElevationQuality, GetParam().elevationPairs));
-}
-
-TEST_P(VoxlocInitialize, PointsAtTheFirstBufferAsCurrentAndTheSecondAsPrevious) {
-    EXPECT_EQ(voxloc::moduleTracker().CurrentRawAudioInput, voxloc::moduleTracker().RawAudioInput1);
-    EXPECT_EQ(voxloc::moduleTracker().PreviousRawAudioInput,
-              voxloc::moduleTracker().RawAudioInput2);
-    EXPECT_EQ(voxloc::moduleTracker().CurrentNumerator, voxloc::moduleTracker().Numerator1);
-    EXPECT_EQ(voxloc::moduleTracker().PreviousNumerator, voxloc::moduleTracker().Numerator2);
-    EXPECT_NE(voxloc::moduleTracker().Numerator1, voxloc::moduleTracker().Numerator2);
-    EXPECT_NE(voxloc::moduleTracker().RawAudioInput1, voxloc::moduleTracker().RawAudioInput2);
-}
-
-TEST_P(VoxlocInitialize, SetsTheShortTimeoutAndTheInitializedFlag) {
-    EXPECT_EQ(voxloc::moduleTracker().TimeoutLimit, 2);
-    EXPECT_TRUE(voxloc::moduleTracker().IsTransducersInitialized);
-    EXPECT_EQ(voxloc::moduleTracker().recording, nullptr);
+    const int n = GetParam()->array.channels;
+    const int pairs = GetParam()->array.elevationPairs + GetParam()->array.azimuthPairs;
+    const struct {
+        const float* buffer;
+        int count;
+    } buffers[] = {
+        {tracker_.InputAudio, n * 4096},
+        {tracker_.RawAudioInput1, n * 2048},
+        {tracker_.RawAudioInput2, n * 2048},
+        {tracker_.FftResult, n * 4098},
+        {tracker_.Numerator1, pairs * 4098},
+        {tracker_.Numerator2, pairs * 4098},
+        {tracker_.NoisePowerEstimate, n * 2049},
+        {tracker_.FrequencyWeight, n * 2049},
+        {tracker_.AzimuthQuality, GetParam()->array.azimuthPairs},
+        {tracker_.ElevationQuality, GetParam()->array.elevationPairs},
+        {tracker_.UltraSound.UltraSoundLevel, n},
+        {tracker_.UltraSound.NeighborBandLevel, n},
+        {tracker_.Noise.NoiseLevel, 2049},
+    };
+    for (const auto& [buffer, count] : buffers) EXPECT_TRUE(isZero(buffer, count));
+    EXPECT_TRUE(isZero(tracker_.TimeoutCounter, pairs * 2049));
 }
 
 TEST_P(VoxlocInitialize, InitializesTheFourDetectors) {
-    EXPECT_EQ(voxloc::moduleTracker().Noise.NoiseCountFromBoot, 40);
-    EXPECT_TRUE(isZero(voxloc::moduleTracker().Noise.NoiseLevel, 2049));
-    EXPECT_EQ(voxloc::moduleTracker().FrequencyDomain.HangCount, 0);
-    EXPECT_EQ(voxloc::moduleTracker().TimeDomain.CurrentMedianFilterDifference, 1e-12f);
-    EXPECT_TRUE(voxloc::moduleTracker().TimeDomain.PreviousResult);
-    EXPECT_TRUE(isZero(voxloc::moduleTracker().UltraSound.UltraSoundLevel, GetParam().channels));
-    EXPECT_TRUE(isZero(voxloc::moduleTracker().UltraSound.NeighborBandLevel, GetParam().channels));
+    EXPECT_EQ(tracker_.Noise.NoiseCountFromBoot, 40);
+    EXPECT_EQ(tracker_.FrequencyDomain.HangCount, 0);
+    EXPECT_EQ(tracker_.TimeDomain.CurrentMedianFilterDifference, 1e-12f);
+    EXPECT_TRUE(tracker_.TimeDomain.PreviousResult);
     EXPECT_EQ(voxloc_getUltraSoundLevel(), -100.0f);
+    EXPECT_TRUE(tracker_.IsTransducersInitialized);
+    EXPECT_EQ(voxloc_record_isOpen(), 0);
+}
+
+void expectTables(std::size_t half, const float* twiddles, const float* a, const float* b) {
+    std::vector<float> expected[3];
+    for (std::vector<float>& table : expected) table.resize(2 * half);
+    voxloc_generateTwiddleFactors(expected[0].data(), static_cast<int>(half));
+    voxloc_generateAbTables(expected[1].data(), expected[2].data(), static_cast<int>(half));
+    EXPECT_TRUE(std::equal(expected[0].begin(), expected[0].end(), twiddles)) << half;
+    EXPECT_TRUE(std::equal(expected[1].begin(), expected[1].end(), a)) << half;
+    EXPECT_TRUE(std::equal(expected[2].begin(), expected[2].end(), b)) << half;
 }
 
 TEST_P(VoxlocInitialize, FillsTheTransformTables) {
+    const voxloc::TransformTables& tables = tracker_.Tables;
     std::vector<float> window(4096);
     voxloc_generateHammingWindow(window.data());
-    EXPECT_TRUE(
-        std::equal(window.begin(), window.end(), voxloc::moduleTracker().Tables.HammingWindow));
-
-    std::vector<float> twiddles(4096);
-    std::vector<float> a(4096);
-    std::vector<float> b(4096);
-    voxloc_generateTwiddleFactors(twiddles.data(), 2048);
-    voxloc_generateAbTables(a.data(), b.data(), 2048);
-    EXPECT_TRUE(std::equal(twiddles.begin(), twiddles.end(),
-                           voxloc::moduleTracker().Tables.TwiddleFactors));
-    EXPECT_TRUE(std::equal(a.begin(), a.end(), voxloc::moduleTracker().Tables.ATable));
-    EXPECT_TRUE(std::equal(b.begin(), b.end(), voxloc::moduleTracker().Tables.BTable));
+    EXPECT_TRUE(std::equal(window.begin(), window.end(), tables.HammingWindow));
+    expectTables(2048, tables.TwiddleFactors, tables.ATable, tables.BTable);
+    expectTables(8192, tables.TwiddleFactorsUpsampled, tables.ATableUpsampled,
+                 tables.BTableUpsampled);
 }
 
-TEST_P(VoxlocInitialize, FillsTheUpsampledTransformTables) {
-    std::vector<float> twiddles(16384);
-    std::vector<float> a(16384);
-    std::vector<float> b(16384);
-    voxloc_generateTwiddleFactors(twiddles.data(), 8192);
-    voxloc_generateAbTables(a.data(), b.data(), 8192);
-    EXPECT_TRUE(std::equal(twiddles.begin(), twiddles.end(),
-                           voxloc::moduleTracker().Tables.TwiddleFactorsUpsampled));
-    EXPECT_TRUE(std::equal(a.begin(), a.end(), voxloc::moduleTracker().Tables.ATableUpsampled));
-    EXPECT_TRUE(std::equal(b.begin(), b.end(), voxloc::moduleTracker().Tables.BTableUpsampled));
+void expectFirstBuffers() {
+    const voxloc::Tracker& tracker = voxloc::moduleTracker();
+    EXPECT_EQ(tracker.TimeoutLimit, 2);
+    EXPECT_EQ(tracker.CurrentNumerator, tracker.Numerator1);
+    EXPECT_EQ(tracker.PreviousNumerator, tracker.Numerator2);
+    EXPECT_EQ(tracker.CurrentRawAudioInput, tracker.RawAudioInput1);
+    EXPECT_EQ(tracker.PreviousRawAudioInput, tracker.RawAudioInput2);
+    EXPECT_NE(tracker.Numerator1, tracker.Numerator2);
+    EXPECT_NE(tracker.RawAudioInput1, tracker.RawAudioInput2);
 }
 
-TEST(VoxlocGetters, AnswerForTheInitializedProduct) {
+TEST_P(VoxlocInitialize, PointsAtTheFirstBuffersWithTheShortTimeout) {
+    expectFirstBuffers();
+}
+
+TEST(VoxlocInitializeAgain, KeepsTheCountOfBlockedFramesAndNothingElse) {
+    voxloc::Tracker& tracker = voxloc::moduleTracker();
     {
-        const InitializedModule module(PRODUCT_BRAMBLE);
-        const Position& microphone = *voxloc_getMicrophoneCoordinates(1);
-        EXPECT_EQ(microphone.x, 0.028f);
-        EXPECT_EQ(microphone.y, -0.244f);
-        EXPECT_EQ(microphone.z, 0.085f);
+        const InitializedModule module(PRODUCT_ASTER);
+        tracker.BlockedCounter = 57;
+        tracker.TimeoutLimit = 35;
+        std::swap(tracker.CurrentNumerator, tracker.PreviousNumerator);
+        std::swap(tracker.CurrentRawAudioInput, tracker.PreviousRawAudioInput);
     }
-    const InitializedModule module(PRODUCT_FOXGLOVE);
-    EXPECT_EQ(voxloc_getNumberOfChannels(), 4U);
+    const InitializedModule module(PRODUCT_BRAMBLE);
+    EXPECT_EQ(tracker.BlockedCounter, 57);
+    expectFirstBuffers();
 }
 
 TEST(VoxlocDestroy, ClearsTheInitializedFlagAndMayBeCalledAgain) {
     voxloc_destroy();  // never initialised
     voxloc_initialize(PRODUCT_GANNET);
-    voxloc_destroy();
-    EXPECT_FALSE(voxloc::moduleTracker().IsTransducersInitialized);
-    voxloc_destroy();
-    EXPECT_FALSE(voxloc::moduleTracker().IsTransducersInitialized);
-}
-
-TEST(VoxlocDestroy, LeavesTheModuleReadyForAnotherProduct) {
-    for (const ProductRow& row : reference::productRows()) {
-        const InitializedModule module(row.type);
-        EXPECT_EQ(voxloc_getNumberOfChannels(), static_cast<std::uint32_t>(row.channels));
+    for (int i = 0; i < 2; ++i) {
+        voxloc_destroy();
+        EXPECT_FALSE(voxloc::moduleTracker().IsTransducersInitialized);
     }
-}
-
-TEST(VoxlocInitializeAgain, KeepsTheCountOfBlockedFrames) {
-    {
-        const InitializedModule module(PRODUCT_ASTER);
-        voxloc::moduleTracker().BlockedCounter = 57;
-    }
-    const InitializedModule module(PRODUCT_ASTER);
-    EXPECT_EQ(voxloc::moduleTracker().BlockedCounter, 57);
-}
-
-TEST(VoxlocInitializeAgain, SetsTheShortTimeoutAndTheBufferPointers) {
-    voxloc_initialize(PRODUCT_ASTER);
-    voxloc::moduleTracker().TimeoutLimit = 35;
-    std::swap(voxloc::moduleTracker().CurrentNumerator, voxloc::moduleTracker().PreviousNumerator);
-    std::swap(voxloc::moduleTracker().CurrentRawAudioInput,
-              voxloc::moduleTracker().PreviousRawAudioInput);
-    voxloc_destroy();
-    const InitializedModule module(PRODUCT_BRAMBLE);
-    EXPECT_EQ(voxloc::moduleTracker().TimeoutLimit, 2);
-    EXPECT_EQ(voxloc::moduleTracker().CurrentNumerator, voxloc::moduleTracker().Numerator1);
-    EXPECT_EQ(voxloc::moduleTracker().PreviousNumerator, voxloc::moduleTracker().Numerator2);
-    EXPECT_EQ(voxloc::moduleTracker().CurrentRawAudioInput, voxloc::moduleTracker().RawAudioInput1);
-    EXPECT_EQ(voxloc::moduleTracker().PreviousRawAudioInput,
-              voxloc::moduleTracker().RawAudioInput2);
 }
 
 }  // namespace

@@ -36,7 +36,8 @@ inline std::vector<float> wholeCorrelation(const float* bins, int begin, int end
     return spectrum;
 }
 
-/** Room for the last bit where a split pass may use fused multiply-add and the other one may not. */
+/** Room for the last bit where a split pass may use fused multiply-add and the other one may not.
+ */
 #ifdef __FMA__
 constexpr float WholeTolerance = 1e-6f;  // of correlations up to 0.36: 3000 whitened values summed
 #else

@@ -5,6 +5,8 @@
 #ifndef VOXLOC_ARRAY_CHECK_H
 #define VOXLOC_ARRAY_CHECK_H
 
+#include <cstdint>
+
 #include "grids.h"
 #include "pairGeometry.h"
 #include "voxloc.h"
@@ -29,8 +31,12 @@ constexpr bool isFinite(const Position& p) {
     return isFinite(p.x) && isFinite(p.y) && isFinite(p.z);
 }
 
-constexpr ArrayFault valueFault(const char* field, double value, const char* problem) {
-    return {field, -1, "", true, value, problem};
+constexpr ArrayFault valueFault(const char* field, std::int32_t value, const char* problem) {
+    return {field, -1, "", true, static_cast<double>(value), problem};
+}
+
+constexpr ArrayFault valueFault(const char* field, float value, const char* problem) {
+    return {field, -1, "", true, static_cast<double>(value), problem};
 }
 
 constexpr ArrayFault findChannelFault(const char* field, int index, const char* member,
