@@ -1,6 +1,6 @@
 /*
- * An array of one's own: four microphones in a row and one above them, described in a struct, looked
- * over, and given a talker to find. The test audio generator stands in for the microphones.
+ * An array of one's own: four microphones in a row and one above them, described in a struct,
+ * looked over, and given a talker to find. The test audio generator stands in for the microphones.
  */
 #include <stdio.h>
 #include <voxloc/unittestGenerator.h>

@@ -1,6 +1,6 @@
 /*
- * Two arrays in one process, a thread each: every tracker is an object of its own, and the two share
- * nothing that changes. The test audio generator stands in for the microphones.
+ * Two arrays in one process, a thread each: every tracker is an object of its own, and the two
+ * share nothing that changes. The test audio generator stands in for the microphones.
  */
 #include <pthread.h>
 #include <stdio.h>
@@ -48,8 +48,8 @@ int main(void) {
     }
     for (int i = 0; i < 2; ++i) pthread_join(threads[i], NULL);
     for (int i = 0; i < 2; ++i) {
-        printf("%s: azimuth %.1f elevation %.1f\n", rooms[i].product, (double)rooms[i].found.azimuth,
-               (double)rooms[i].found.elevation);
+        printf("%s: azimuth %.1f elevation %.1f\n", rooms[i].product,
+               (double)rooms[i].found.azimuth, (double)rooms[i].found.elevation);
     }
     return 0;
 }

@@ -70,8 +70,8 @@ void smoothCrossSpectrum(const MicrophonePair& pair, SmoothingGate gate,
         smooth(k, width, simd::add(simd::mul(a.first, b.first), simd::mul(a.second, b.second)),
                simd::sub(simd::mul(a.second, b.first), simd::mul(a.first, b.second)));
     });
-    // The bin above the highest one is cleared and then smoothed all the same: deliberate, its counter
-    // of frames runs like the others'. What it holds is 0 for ever.
+    // The bin above the highest one is cleared and then smoothed all the same: deliberate, its
+    // counter of frames runs like the others'. What it holds is 0 for ever.
     smooth(end, std::integral_constant<int, 1>(), 0.0f, 0.0f);
 }
 
