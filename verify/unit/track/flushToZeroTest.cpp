@@ -28,4 +28,16 @@ TEST(FlushToZero, TakesTooSmallResultsForZeroWhileItLivesAndPutsTheModeBack) {
     EXPECT_GT(tenthOfTiny(), 0.0f);
 }
 
+/** A factor below the normal format, brought back into it. */
+float tinyOperandMadeLarge() {
+    Tiny = 1e-40f;
+    return Tiny * 1e10f;
+}
+
+TEST(FlushToZero, TakesTooSmallOperandsForZeroToo) {
+    EXPECT_GT(tinyOperandMadeLarge(), 0.0f);
+    const voxloc::FlushToZero flush;
+    EXPECT_EQ(tinyOperandMadeLarge(), 0.0f);
+}
+
 }  // namespace

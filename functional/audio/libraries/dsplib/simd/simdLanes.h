@@ -31,6 +31,7 @@ struct Lanes<1> {
     };
     static Pairs loadPairs(const float* from) { return {from[0], from[1]}; }
     static Type loadBytes(const std::uint8_t* from) { return static_cast<float>(*from); }
+    static constexpr int GatherWindow = 1;  // floats that may be read from an index on
     static Type gather(const float* table, const std::int16_t* index) { return table[*index]; }
 };
 
@@ -51,6 +52,7 @@ struct Lanes<4> {
     using Pairs = F32x4Pairs;
     static Pairs loadPairs(const float* from) { return loadPairs4(from); }
     static Type loadBytes(const std::uint8_t* from) { return loadBytes4(from); }
+    static constexpr int GatherWindow = 1;
     static Type gather(const float* table, const std::int16_t* index) {
         return gather4(table, index);
     }

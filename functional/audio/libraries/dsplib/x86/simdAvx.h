@@ -237,6 +237,7 @@ struct Lanes<8> {
     using Pairs = F32x8Pairs;
     static Pairs loadPairs(const float* from) { return loadPairs8(from); }
     static Type loadBytes(const std::uint8_t* from) { return loadBytes8(from); }
+    static constexpr int GatherWindow = 1;
     static Type gather(const float* table, const std::int16_t* index) {
         return gather8(table, index);
     }

@@ -148,10 +148,13 @@ inline void storeIntegers(std::int16_t* to, F32x16 v) {
     storeIntegers(to + 8, highLanes(v));
 }
 
+/** Floats that gather16 may read from an index on, whatever lies there. */
+constexpr int WindowOfGather16 = 64;
+
 /**
- * table[index[0]] to table[index[15]]. Indices that lie within 64 of the smaller end, as those of
- * neighbouring points of a smooth table do, are picked out of whole vectors; others are loaded one
- * by one.
+ * table[index[0]] to table[index[15]]. Indices that lie within the window of the smaller end, as
+ * those of neighbouring points of a smooth table do, are picked out of whole vectors; others are
+ * loaded one by one.
  */
 inline F32x16 gather16(const float* table, const std::int16_t* index) {
 #if defined(__AVX512BW__) && defined(__AVX512VL__)
@@ -163,7 +166,7 @@ inline F32x16 gather16(const float* table, const std::int16_t* index) {
         return _mm512_permutex2var_ps(load16(from), _mm512_maskz_cvtepu16_epi32(AllLanes, offsets),
                                       load16(from + 16));
     }
-    if (_mm256_cmpge_epu16_mask(offsets, _mm256_set1_epi16(64)) == 0) {
+    if (_mm256_cmpge_epu16_mask(offsets, _mm256_set1_epi16(WindowOfGather16)) == 0) {
         const __m512i lanes = _mm512_maskz_cvtepu16_epi32(AllLanes, offsets);
         const F32x16 low = _mm512_permutex2var_ps(load16(from), lanes, load16(from + 16));
         const F32x16 high = _mm512_permutex2var_ps(load16(from + 32), lanes, load16(from + 48));
@@ -263,6 +266,7 @@ struct Lanes<16> {
     using Pairs = F32x16Pairs;
     static Pairs loadPairs(const float* from) { return loadPairs16(from); }
     static Type loadBytes(const std::uint8_t* from) { return loadBytes16(from); }
+    static constexpr int GatherWindow = WindowOfGather16;
     static Type gather(const float* table, const std::int16_t* index) {
         return gather16(table, index);
     }

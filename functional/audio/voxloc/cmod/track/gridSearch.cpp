@@ -13,6 +13,7 @@ namespace {
 constexpr int Width = simd::StreamLanes;
 using Vector = simd::F32<Width>;
 using Lanes = simd::Lanes<Width>;
+static_assert(Lanes::GatherWindow <= GatherWindow, "vectors read past the kept correlations");
 
 constexpr float LowestFloat = -3.4028235e38f;
 constexpr float RowsPerPoint = 0.004405286f;  // 1/227, one row holds all azimuths
