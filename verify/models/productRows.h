@@ -19,6 +19,7 @@ struct ProductRow {
     Position loudspeaker;               // metres
     std::vector<Position> microphones;  // metres
     std::vector<VoxlocPair> elevationPair, azimuthPair;
+    int timeDomainVoiceChannel = 2;
 };
 
 // clang-format off

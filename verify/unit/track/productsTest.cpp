@@ -48,7 +48,7 @@ TEST_P(Products, IsWhatItsSecondRowSays) {
     EXPECT_EQ(array().angleInterval, row.angleInterval);
     EXPECT_TRUE(array().voiceChannels == row.voiceChannels);
     EXPECT_TRUE(array().noiseChannels == row.noiseChannels);
-    EXPECT_EQ(array().timeDomainVoiceChannel, 2);
+    EXPECT_EQ(array().timeDomainVoiceChannel, row.timeDomainVoiceChannel);
     EXPECT_EQ(array().attenuateLoudspeaker != 0, row.attenuates);
     EXPECT_TRUE(array().loudspeaker == row.loudspeaker);
     EXPECT_TRUE(holds(array().microphone, array().channels, row.microphones));
@@ -121,7 +121,8 @@ TEST_P(Products, IsWhatTheInitializedModuleIs) {
               array().voiceChannels.second);
     EXPECT_EQ(static_cast<int>(tracker.Noise.NoiseLevelChannel1), array().noiseChannels.first);
     EXPECT_EQ(static_cast<int>(tracker.Noise.NoiseLevelChannel2), array().noiseChannels.second);
-    EXPECT_EQ(tracker.TimeDomain.ChannelOffset, 2U * 2048U);
+    EXPECT_EQ(static_cast<int>(tracker.TimeDomain.ChannelOffset),
+              2048 * array().timeDomainVoiceChannel);
     EXPECT_TRUE(*tracker.Loudspeaker == array().loudspeaker);
     EXPECT_EQ(voxloc_getNumberOfChannels(), static_cast<std::uint32_t>(array().channels));
     for (std::uint32_t c = 0; c < voxloc_getNumberOfChannels(); ++c) {
