@@ -1,0 +1,32 @@
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "common/failure.h"
+#include "common/signals.h"
+#include "locate/locateCommand.h"
+
+namespace {
+
+int run(CLI::App& program, int argc, char** argv, const int& status) {
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        // --help and --version come this way, too.
+        return program.exit(error) == 0 ? StatusSuccess : StatusWrongUsage;
+    }
+    return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    catchSignals();
+    CLI::App program("Finds the active talker in multichannel microphone audio.", "voxloc");
+    program.set_version_flag("--version", std::string("voxloc ") + voxloc_getVersion());
+    program.require_subcommand(1);
+    program.failure_message(CLI::FailureMessage::simple);
+    int status = StatusSuccess;
+    addLocateCommand(program, status);
+    return run(program, argc, argv, status);
+}
