@@ -1,5 +1,5 @@
 /*
- * A talker who walks across the room, 1.8 m in front of the array, as a recording:
+ * A talker who walks across the room, 2.2 m in front of the array, as a recording:
  *
  *     walk [FILE]      walk.rec unless given
  *
@@ -14,7 +14,7 @@ enum { Frames = 81 }; /* 3.5 s; just under 4 MB with six microphones */
 
 int main(int argc, char** argv) {
     const char* path = argc > 1 ? argv[1] : "walk.rec";
-    const float depth = 1.8f, from = -1.6f, to = 1.6f; /* metres: x, and y at both ends */
+    const float depth = 2.2f, from = -1.2f, to = 1.2f; /* metres: x, and y at both ends */
     TrackerResult found;
     voxloc_initialize(PRODUCT_ASTER);
     AudioGenerator* microphones =

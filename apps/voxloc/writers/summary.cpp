@@ -9,7 +9,7 @@
 namespace {
 
 constexpr float NearDegrees = 15.0f;         // of the turn's recent azimuths: the same talker
-constexpr std::size_t RecentFrames = 25;     // about a second
+constexpr std::size_t RecentFrames = 5;      // one stray among them does not count
 constexpr std::size_t ElsewhereFrames = 12;  // half a second elsewhere: another talker
 constexpr std::uint64_t SilentFrames = 12;   // half a second without voice ends a turn
 constexpr std::uint64_t ShortestFrames = 6;  // a quarter of a second: shorter ones are no turns
