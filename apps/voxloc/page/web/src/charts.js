@@ -74,7 +74,7 @@ function axes(isNarrow, yAxis) {
     },
     {
       ...common,
-      size: isNarrow ? 66 : 84,
+      size: isNarrow ? 74 : 84,
       gap: 6,
       space: 26,
       grid: {stroke: () => color('grid'), width: 1},
@@ -286,7 +286,7 @@ function levelScale(low, high) {
 }
 
 export function makeCharts(parent, run, shared) {
-  const angle = {...shared, unit: '°', digits: 1, limits: (found) => padded(found, 20)};
+  const angle = {...shared, unit: '° · grey: no voice', digits: 1, limits: (found) => padded(found, 20)};
   return [
     positionChart(parent, run, {...angle, name: 'azimuth', title: 'Azimuth'}),
     positionChart(parent, run, {...angle, name: 'elevation', title: 'Elevation'}),
@@ -294,7 +294,7 @@ export function makeCharts(parent, run, shared) {
       ...shared,
       name: 'range',
       title: 'Range',
-      unit: 'm',
+      unit: 'm · grey: no voice',
       digits: 2,
       limits: ([, high]) => [0, Math.max(1, high * 1.05)],
     }),

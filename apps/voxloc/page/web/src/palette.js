@@ -20,8 +20,9 @@ export function cividis(share) {
   return Anchors[i].map((from, k) => Math.round(from + (Anchors[i + 1][k] - from) * (place - i)));
 }
 
-export function cividisText(share) {
-  return `rgb(${cividis(share).join(' ')})`;
+// Times on the page's ground: without the end of the colours that the ground swallows.
+export function timeText(share, isDark) {
+  return `rgb(${cividis(isDark ? 0.3 + 0.7 * share : 0.9 * share).join(' ')})`;
 }
 
 // As pixels of an image, little-endian.
@@ -32,10 +33,18 @@ export function cividisWords(count) {
   });
 }
 
-export function drawScale(canvas) {
+function fill(canvas, textAt) {
   const context = canvas.getContext('2d');
   for (let i = 0; i < canvas.width; i++) {
-    context.fillStyle = cividisText(i / (canvas.width - 1));
+    context.fillStyle = textAt(i / (canvas.width - 1));
     context.fillRect(i, 0, 1, 1);
   }
+}
+
+export function drawTimeScale(canvas, isDark) {
+  fill(canvas, (share) => timeText(share, isDark));
+}
+
+export function drawScale(canvas) {
+  fill(canvas, (share) => `rgb(${cividis(share).join(' ')})`);
 }

@@ -1,9 +1,9 @@
 // The room from above: x, ahead of the array, goes up; y goes to the left.
 
-import {cividisText, drawScale} from './palette.js';
+import {drawTimeScale, timeText} from './palette.js';
 import {indexAt} from './data.js';
 import {clockText} from './text.js';
-import {color} from './theme.js';
+import {color, isDark} from './theme.js';
 
 const Margin = 16;
 const Reach = 10; // CSS pixels around the pointer
@@ -24,7 +24,7 @@ export class Room {
     this.extent = extentOf(run);
     this.view = {min: run.start, max: run.end};
     this.index = null;
-    drawScale(section.querySelector('#room-scale'));
+    this.scale = section.querySelector('#room-scale');
     this.from = section.querySelector('#room-from');
     this.to = section.querySelector('#room-to');
     this.showsAll.addEventListener('change', () => this.draw());
@@ -68,6 +68,7 @@ export class Room {
 
   resize() {
     const width = this.canvas.clientWidth;
+    if (width <= 2 * Margin) return; // nothing is laid out
     const height = Math.round((width - 2 * Margin) / 2 + 2 * Margin + 8);
     this.ratio = devicePixelRatio || 1;
     this.canvas.width = Math.round(width * this.ratio);
@@ -94,6 +95,7 @@ export class Room {
     const context = this.canvas.getContext('2d');
     context.setTransform(this.ratio, 0, 0, this.ratio, 0, 0);
     context.clearRect(0, 0, this.canvas.width, this.canvas.height);
+    drawTimeScale(this.scale, isDark());
     this.drawGround(context);
     if (this.run.other) this.drawOther(context);
     this.drawTrack(context);
@@ -141,11 +143,12 @@ export class Room {
     const [from, to] = this.span();
     const seconds = this.view.max - this.view.min;
     const size = to - from > 5000 ? 2 : 3;
+    const dark = isDark();
     let last = -1;
     for (let i = from; i <= to; i++) {
       if (!this.isShown(i)) continue;
       const shade = Math.floor((63 * (this.run.time[i] - this.view.min)) / seconds);
-      if (shade !== last) context.fillStyle = cividisText(shade / 63);
+      if (shade !== last) context.fillStyle = timeText(shade / 63, dark);
       last = shade;
       const [x, y] = this.place(this.run.azimuth[i], this.run.range[i]);
       context.fillRect(x - size / 2, y - size / 2, size, size);
@@ -163,20 +166,32 @@ export class Room {
     }
   }
 
-  drawTurns(context) {
-    context.textAlign = 'center';
-    context.textBaseline = 'middle';
-    context.font = '600 11px system-ui, sans-serif';
+  // The numbers of turns at their places; those of one place stand together.
+  turnLabels() {
+    const labels = [];
     this.run.turns.forEach((turn, k) => {
-      if (turn.to < this.view.min || turn.from > this.view.max || k >= 60) return;
+      if (turn.to < this.view.min || turn.from > this.view.max) return;
       if (turn.range === null || turn.azimuth === null) return;
       const [x, y] = this.place(turn.azimuth, turn.range);
+      const near = labels.find((label) => Math.hypot(label.x - x, label.y - y) < 2 * Reach);
+      if (near) near.turns.push(k + 1);
+      else labels.push({x, y, turns: [k + 1]});
+    });
+    return labels;
+  }
+
+  drawTurns(context) {
+    context.textAlign = 'center';
+    context.textBaseline = 'bottom';
+    context.font = '600 11px system-ui, sans-serif';
+    for (const {x, y, turns} of this.turnLabels()) {
+      const text = turns.slice(0, 3).join(', ') + (turns.length > 3 ? ' …' : '');
       context.lineWidth = 3;
       context.strokeStyle = color('back');
-      context.strokeText(String(k + 1), x, y);
+      context.strokeText(text, x, y - 7);
       context.fillStyle = color('text');
-      context.fillText(String(k + 1), x, y);
-    });
+      context.fillText(text, x, y - 7);
+    }
   }
 
   drawTalker() {

@@ -11,6 +11,10 @@ try {
   // A page from a file may have no storage.
 }
 
+export function isDark() {
+  return root.dataset.theme === 'dark';
+}
+
 export function color(name) {
   return getComputedStyle(root).getPropertyValue(`--${name}`).trim();
 }
