@@ -61,7 +61,9 @@ FrameDifference differenceOf(const Record& here, const Record& there) {
     result.quality = difference(here.result.quality, there.result.quality);
     if (here.hasEstimate && there.hasEstimate) {
         result.azimuth = turned(here.result.azimuth, there.result.azimuth);
-        result.elevation = turned(here.result.elevation, there.result.elevation);
+        if (here.hasElevation) {
+            result.elevation = turned(here.result.elevation, there.result.elevation);
+        }
         result.range = difference(here.result.range, there.result.range);
     }
     result.degrees = std::max({magnitude(result.azimuth), magnitude(result.elevation),

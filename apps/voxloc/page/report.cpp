@@ -17,9 +17,8 @@ struct Page {
 
 Page page() {
     constexpr std::string_view Place = "<!--run-->";
-    const std::string_view whole(reinterpret_cast<const char*>(ReportPage), ReportPageSize);
-    const std::size_t place = whole.find(Place);
-    return {whole.substr(0, place), whole.substr(place + Place.size())};
+    const std::size_t place = ReportPage.find(Place);
+    return {ReportPage.substr(0, place), ReportPage.substr(place + Place.size())};
 }
 
 /** A JSON text as an element of the page; no "<" in it can end the element. */

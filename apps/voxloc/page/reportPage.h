@@ -2,9 +2,8 @@
 #ifndef VOXLOC_APP_PAGE_REPORT_PAGE_H
 #define VOXLOC_APP_PAGE_REPORT_PAGE_H
 
-#include <cstddef>
+#include <string_view>
 
-extern const unsigned char ReportPage[];
-extern const std::size_t ReportPageSize;
+extern const std::string_view ReportPage;
 
 #endif

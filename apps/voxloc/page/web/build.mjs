@@ -1,9 +1,10 @@
 // Bundles the page into one file without a run: node build.mjs OUT.html
 import {createHash} from 'node:crypto';
 import {readFileSync, writeFileSync} from 'node:fs';
+import {fileURLToPath} from 'node:url';
 import {buildSync} from 'esbuild';
 
-const here = new URL('.', import.meta.url).pathname;
+const here = fileURLToPath(new URL('.', import.meta.url));
 
 function bundle(entry) {
   const result = buildSync({

@@ -92,7 +92,7 @@ function chart(parent, options) {
     {
       width: Math.max(200, parts.place.clientWidth),
       height,
-      padding: [4, 8, 0, 0],
+      padding: [4, 24, 0, 0],
       legend: {show: false},
       cursor: {
         y: false,
@@ -286,10 +286,14 @@ function levelScale(low, high) {
 }
 
 export function makeCharts(parent, run, shared) {
+  // Without pairs that tell it, the elevation is the corner of the grid.
+  const hasElevation = run.header.array?.elevation_pairs?.length !== 0;
   const angle = {...shared, unit: '° · grey: no voice', digits: 1, limits: (found) => padded(found, 20)};
   return [
     positionChart(parent, run, {...angle, name: 'azimuth', title: 'Azimuth'}),
-    positionChart(parent, run, {...angle, name: 'elevation', title: 'Elevation'}),
+    ...(hasElevation
+      ? [positionChart(parent, run, {...angle, name: 'elevation', title: 'Elevation'})]
+      : []),
     positionChart(parent, run, {
       ...shared,
       name: 'range',
