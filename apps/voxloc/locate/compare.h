@@ -43,7 +43,8 @@ struct Comparison {
 /**
  * Compares a run that goes by with one in a file. A frame is beyond the tolerance when a position
  * or a quality is, when a flag differs, or when only one of the runs has an estimate; positions
- * without estimate are not looked at, nor elevations of an array that has no pairs for them. Levels are the input's and are not compared.
+ * without estimate are not looked at, nor elevations of an array that has no pairs for them. Levels
+ * are the input's and are not compared.
  */
 class Comparer {
   public:
