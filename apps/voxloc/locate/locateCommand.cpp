@@ -82,7 +82,7 @@ void addReportOptions(CLI::App& command, ReportOptions& options) {
     command.add_option("--report", options.report,
                        "Write the run as a page of plots, one HTML file that needs no network");
     command.add_flag("--embed-audio", options.embedsAudio,
-                     "Put the sound of the first microphone into the page, 18 MB an hour");
+                     "Put the sound of the first microphone into the page, 21 MB an hour");
     command.add_option("--compare", options.compare,
                        "Compare with this run (CSV or JSON lines), frame by frame");
     command

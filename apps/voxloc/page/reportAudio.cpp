@@ -7,6 +7,7 @@
 #include "common/failure.h"
 #include "common/record.h"
 #include "page/base64.h"
+#include "page/oggPages.h"
 
 /** libsndfile's encoder on a file. */
 class ReportAudio::Encoder {
@@ -90,13 +91,19 @@ void ReportAudio::write(Output& output) {
     }
     std::rewind(file_);
     output.write("<script type=\"application/octet-stream\" id=\"sound\">");
-    std::vector<unsigned char> bytes(48 * 1024);  // a whole number of threes: no padding inside
+    std::vector<unsigned char> page, bytes;
     std::string text;
-    while (const std::size_t count = std::fread(bytes.data(), 1, bytes.size(), file_)) {
+    const auto writeBytes = [&](std::size_t count) {
         text.clear();
         appendBase64(text, bytes.data(), count);
         output.write(text);
+        bytes.erase(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count));
+    };
+    while (readOggPage(file_, page)) {
+        bytes.insert(bytes.end(), page.begin(), page.end());
+        writeBytes(bytes.size() / 3 * 3);  // no padding but at the end
     }
+    writeBytes(bytes.size());
     if (std::ferror(file_) != 0) throw cannot("read", "the temporary file of the sound");
     output.write("</script>\n");
 }

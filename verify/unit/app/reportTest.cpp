@@ -193,6 +193,18 @@ TEST(ReportAudio, HoldsTheSoundAtItsLengthAndLevel) {
     sf_close(sound);
 }
 
+TEST(ReportAudio, SameSoundGivesTheSameBytes) {
+    const auto sound = [] {
+        const TemporaryFolder folder;
+        ReportAudio audio;
+        for (std::uint64_t frame = 0; frame < 50; ++frame) {
+            audio.add(tone(frame, 4194304.0).data(), 24, frame * FRAME_SAMPLES);
+        }
+        return soundOf(audio, folder);
+    };
+    EXPECT_EQ(sound(), sound());
+}
+
 TEST(ReportAudio, GoesOnAfterWhatIsNoNumber) {
     const TemporaryFolder folder;
     ReportAudio audio;
