@@ -126,6 +126,7 @@ check('hovering shows one frame on all plots', 'sound', async ({page, rows}) => 
       assert.ok(!shown[id].isHidden, `${id} has no cursor`);
       assert.ok(Math.abs(shown[id].cursor - shown.azimuth.cursor) < 1.5, `${id}: other place`);
     }
+    assert.doesNotMatch(await page.$eval('body', (body) => body.innerText), /NaN|undefined/);
     assertShows(shown.azimuth.text, row.azimuth, 1, 'azimuth');
     assertShows(shown.elevation.text, row.elevation, 1, 'elevation');
     assertShows(shown.range.text, row.range, 2, 'range');
@@ -379,6 +380,7 @@ check('a run without a frame is a page, too', 'empty', async ({page}) => {
   await page.keyboard.press('ArrowRight');
   await page.keyboard.press('+');
   await settled(page);
+  assert.doesNotMatch(await page.$eval('body', (body) => body.innerText), /NaN|undefined/);
 });
 
 // --- The run -------------------------------------------------------------------------------------

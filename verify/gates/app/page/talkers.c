@@ -1,6 +1,6 @@
 /*
- * Two talkers in turn, and pauses, before the microphones of aster: 20 seconds of raw 16-bit samples
- * on standard output. One microphone is weak.
+ * Two talkers in turn, and pauses, before the microphones of aster: 20 seconds of raw 16-bit
+ * samples on standard output. One microphone is weak.
  */
 #include <math.h>
 #include <stdio.h>

@@ -78,7 +78,7 @@ function axes(isNarrow, yAxis) {
       gap: 6,
       space: 26,
       grid: {stroke: () => color('grid'), width: 1},
-      values: (_, ticks) => ticks.map((tick) => fixed(tick, Number.isInteger(tick) ? 0 : 2)),
+      values: (_, ticks) => ticks.map((tick) => String(Number(tick.toFixed(3))).replace('-', '\u2212')),
       ...yAxis,
     },
   ];
@@ -254,11 +254,12 @@ function levelsChart(parent, run, shared) {
   const high = Math.ceil(most / 5) * 5;
   const low = Math.min(high - 10, Math.max(high - 70, Math.floor(least / 5) * 5));
   const palette = cividisWords(128);
+  const isSilent = run.level.some((level) => level.includes(-Infinity));
   const made = chart(parent, {
     ...shared,
     id: 'levels',
     title: 'Level of each microphone',
-    unit: 'dB of full scale',
+    unit: isSilent ? 'dB of full scale · blank: digital silence' : 'dB of full scale',
     limits: [0, run.level.length],
     series: [{paths: () => null, points: {show: false}}],
     data: [run.time, run.quality],

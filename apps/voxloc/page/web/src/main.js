@@ -9,6 +9,8 @@ import {Sound} from './sound.js';
 import {clockText, FlagTitles} from './text.js';
 import {onThemeChange, startTheme, toggleTheme} from './theme.js';
 
+const PaperWidth = 680; // CSS pixels: what A4 and letter have between their margins
+
 const byId = (id) => document.getElementById(id);
 
 class Page {
@@ -69,8 +71,11 @@ class Page {
   fillTexts() {
     const {header, otherHeader} = this.run;
     const input = header.input || {};
-    document.title = `${input.name || 'run'} – voxloc`;
-    byId('title').textContent = input.name || 'run';
+    const name = input.name || 'run';
+    const file = name.split('/').pop() || name;
+    document.title = `${file} – voxloc`;
+    byId('title').textContent = file;
+    byId('title').title = name;
     const parts = [
       input.kind,
       header.array?.name && `array ${header.array.name}`,
@@ -112,6 +117,7 @@ class Page {
   }
 
   step(frames) {
+    if (!this.run.count) return;
     const middle = indexAt(this.run, (this.view.min + this.view.max) / 2);
     const index = this.index === null ? middle : this.index + frames;
     this.setFrame(Math.max(0, Math.min(this.run.count - 1, index)));
@@ -190,9 +196,10 @@ class Page {
     this.room.draw();
   }
 
-  resize() {
+  resize(most = Infinity) {
     for (const {plot, place} of this.charts) {
-      if (place.clientWidth > 0) plot.setSize({width: place.clientWidth, height: plot.height});
+      const width = Math.min(most, place.clientWidth);
+      if (width > 0) plot.setSize({width, height: plot.height});
     }
     this.room.resize();
     this.drawn = null;
@@ -206,5 +213,7 @@ placeTurns(run);
 const page = new Page(run);
 onThemeChange(() => page.redraw());
 addEventListener('resize', () => page.resize());
+addEventListener('beforeprint', () => page.resize(PaperWidth));
+addEventListener('afterprint', () => page.resize());
 // For the console.
 window.voxlocPage = page;
