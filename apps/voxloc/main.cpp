@@ -3,6 +3,7 @@
 #include <voxloc/voxloc.h>
 #include <CLI/CLI.hpp>
 
+#include "arrays/arraysCommand.h"
 #include "common/failure.h"
 #include "common/signals.h"
 #include "locate/locateCommand.h"
@@ -29,5 +30,6 @@ int main(int argc, char** argv) {
     program.failure_message(CLI::FailureMessage::simple);
     int status = StatusSuccess;
     addLocateCommand(program, status);
+    addArraysCommand(program, status);
     return run(program, argc, argv, status);
 }
