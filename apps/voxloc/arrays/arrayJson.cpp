@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <initializer_list>
 #include <limits>
 #include <set>
@@ -20,6 +21,18 @@ constexpr std::size_t LongestName = 80;       // bytes
 // A grid that suits most arrays: 227 azimuths up to 64.8 degrees to either side, 131 elevations up
 // to 31.3 degrees up and down.
 constexpr float DefaultAzimuth = -0.905f, DefaultElevation = -0.52f, DefaultStep = 0.008f;
+
+bool isName(const std::string& text) {
+    return !text.empty() && text.size() <= LongestName &&
+           std::none_of(text.begin(), text.end(),
+                        [](char c) { return static_cast<unsigned char>(c) < 32 || c == 127; });
+}
+
+/** What an array is called that says nothing of its name. */
+std::string nameOfFile(const std::string& path) {
+    const std::string stem = std::filesystem::path(path).stem().string();
+    return isName(stem) ? stem : "array";
+}
 
 /** Reads the fields of one JSON object; every complaint begins with the place and the field. */
 class Fields {
@@ -72,12 +85,7 @@ class Fields {
     std::string line(const Json& value, const std::string& field) const {
         if (!value.is_string()) fail(field, "must be a text in quotes");
         const std::string text = value.get<std::string>();
-        const bool isOneLine = std::none_of(text.begin(), text.end(), [](char c) {
-            return static_cast<unsigned char>(c) < 32 || c == 127;
-        });
-        if (text.empty() || text.size() > LongestName || !isOneLine) {
-            fail(field, "must be one line of 1 to 80 bytes");
-        }
+        if (!isName(text)) fail(field, "must be one line of 1 to 80 bytes");
         return text;
     }
 
@@ -310,7 +318,7 @@ ArrayDraft draftFromJson(std::string_view text, const std::string& where) {
         fields.fail("voxloc_array", "must be " + std::to_string(FormVersion));
     }
     ArrayDraft draft;
-    draft.named.name = where;
+    draft.named.name = nameOfFile(where);
     readIfThere(fields, "name", draft.named.name,
                 [&](const Json& value, const char* field) { return fields.line(value, field); });
     readMicrophones(fields, draft.named.array);

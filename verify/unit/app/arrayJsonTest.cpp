@@ -96,7 +96,8 @@ TEST(ArrayJson, AFileWithoutTheFieldsThatMayBeLeftOutGetsTheDocumentedOnes) {
 TEST(ArrayJson, AFileWithoutANameIsCalledByItsOwn) {
     Json json = Json::parse(Desk);
     json.erase("name");
-    EXPECT_EQ("desk.json", arrayFromJson(json.dump(), "desk.json").name);
+    EXPECT_EQ("desk", arrayFromJson(json.dump(), "arrays/desk.json").name);
+    EXPECT_EQ("array", arrayFromJson(json.dump(), std::string(81, 'a') + ".json").name);
 }
 
 TEST(ArrayJson, AnArrayWithoutElevationPairsIsTaken) {
