@@ -145,7 +145,7 @@ require_packages() {
 packages_of_program() {
     echo g++ cmake ninja-build
     case "$1" in
-        clang) echo clang ;;
+        clang | fuzz) echo clang libclang-rt-14-dev ;;
         armhf*) echo g++-arm-linux-gnueabihf qemu-user-static ;;
         aarch64) echo g++-aarch64-linux-gnu qemu-user-static ;;
     esac
@@ -160,7 +160,7 @@ packages_of_app() {
 # Whether a preset tests the program voxloc.
 has_app() {
     case "$1" in
-        release | clang | asan) return 0 ;;
+        release | clang | fuzz | asan) return 0 ;;
         *) return 1 ;;
     esac
 }
