@@ -34,6 +34,7 @@ Record record() {
     record.sample = 49152;
     record.result = {12.5f, -3.25f, 2.7f, 0.1f, 0x85};  // voice, sound, valid
     record.hasEstimate = true;
+    record.hasElevation = true;
     record.ultrasoundLevel = -71.066f;
     record.channels = 2;
     record.level = {-20.004f, -std::numeric_limits<float>::infinity()};

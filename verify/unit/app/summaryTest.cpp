@@ -18,6 +18,10 @@ class Story {
         for (int i = 0; i < frames; ++i) add(0, 0.0f, 9.9f);
         return *this;
     }
+    Story& withoutElevation() {
+        hasElevation_ = false;
+        return *this;
+    }
     Summary summary() const { return summarizer_.summary(); }
 
   private:
@@ -27,10 +31,12 @@ class Story {
         record.sample = record.frame * FRAME_SAMPLES;
         record.result = {azimuth, 1.0f, range, 0.5f, flags};
         record.hasEstimate = true;
+        record.hasElevation = hasElevation_;
         summarizer_.add(record);
     }
     Summarizer summarizer_;
     std::uint64_t frame_ = 0;
+    bool hasElevation_ = true;
 };
 
 TEST(Summary, CountsFramesAndVoice) {
@@ -59,6 +65,8 @@ TEST(Summary, GivesASecondTalkerATurnFromHisFirstFrameOn) {
     EXPECT_EQ(summary.turns[1].firstFrame, 40U);
     EXPECT_EQ(summary.turns[1].azimuth, -30.0f);
     EXPECT_EQ(summary.turns[1].range, 3.0f);
+    EXPECT_EQ(Story().talks(40, 20.0f).talks(40, 5.0f).summary().turns.size(), 1U);
+    EXPECT_EQ(Story().talks(40, 20.0f).talks(40, 4.9f).summary().turns.size(), 2U);
 }
 
 TEST(Summary, OverlooksStrayFrames) {
@@ -80,6 +88,14 @@ TEST(Summary, FollowsATalkerWhoWalks) {
 TEST(Summary, LeavesOutWhatIsShorterThanAQuarterOfASecond) {
     EXPECT_EQ(Story().talks(5, 5.0f).silence(30).summary().turns.size(), 0U);
     EXPECT_EQ(Story().talks(6, 5.0f).silence(30).summary().turns.size(), 1U);
+}
+
+TEST(Summary, KeepsAnElevationThatIsUnknownToItself) {
+    const Summary summary = Story().withoutElevation().talks(20, 5.0f).summary();
+    EXPECT_TRUE(std::isnan(summary.turns[0].elevation));
+    EXPECT_EQ(summaryToText(summary).find("elevation"), std::string::npos);
+    EXPECT_TRUE(summaryToJson(summary)["turns"][0]["elevation"].is_null());
+    EXPECT_EQ(Story().talks(20, 5.0f).summary().turns[0].elevation, 1.0f);
 }
 
 TEST(Summary, TakesNoPlaceThatIsNone) {
