@@ -7,6 +7,7 @@
 #include "common/failure.h"
 #include "common/signals.h"
 #include "locate/locateCommand.h"
+#include "many/mergeCommand.h"
 
 namespace {
 
@@ -31,5 +32,6 @@ int main(int argc, char** argv) {
     int status = StatusSuccess;
     addLocateCommand(program, status);
     addArraysCommand(program, status);
+    addMergeCommand(program, status);
     return run(program, argc, argv, status);
 }
