@@ -176,7 +176,7 @@ packages_of_preset() {
         *) echo googletest pkg-config ;;
     esac
     case "$1" in
-        release) echo valgrind python3 ;;
+        release) echo valgrind python3 parallel slurm-wlm munge ;;
         clang | asan) echo python3 ;;
         armhf) echo python3 ;;
     esac
