@@ -116,7 +116,7 @@ def cases():
         Case("an array file that is no object", locate("DIR/six.wav", "-a", "DIR/list.json"),
              "DIR/list.json: must be an object in braces"),
         Case("an array file with an unknown field", locate("DIR/six.wav", "-a", "DIR/typo.json"),
-             "DIR/typo.json: 'microfones' is not a field here"),
+             "DIR/typo.json: 'microfones': is not a field here"),
         Case("an array file with an impossible pair", locate("DIR/six.wav", "-a", "DIR/pair.json"),
              "DIR/pair.json: azimuth_pairs[0][1]: 5 is not one of the channels"),
         Case("a full disk", locate("DIR/good.rec", "-o", "-", ">/dev/full"),
