@@ -145,7 +145,7 @@ require_packages() {
 packages_of_program() {
     echo g++ cmake ninja-build
     case "$1" in
-        clang) echo clang ;;
+        clang | fuzz) echo clang libclang-rt-14-dev ;;
         armhf*) echo g++-arm-linux-gnueabihf qemu-user-static ;;
         aarch64) echo g++-aarch64-linux-gnu qemu-user-static ;;
     esac
@@ -160,7 +160,7 @@ packages_of_app() {
 # Whether a preset has the program voxloc.
 has_app() {
     case "$1" in
-        release | clang | asan | armhf-app | bench*) return 0 ;;
+        release | clang | fuzz | asan | armhf-app | bench*) return 0 ;;
         *) return 1 ;;
     esac
 }
@@ -176,7 +176,7 @@ packages_of_preset() {
         *) echo googletest pkg-config ;;
     esac
     case "$1" in
-        release) echo valgrind python3 ;;
+        release) echo valgrind python3 parallel slurm-wlm munge ;;
         clang | asan) echo python3 ;;
         armhf) echo python3 ;;
     esac

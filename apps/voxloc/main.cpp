@@ -3,9 +3,11 @@
 #include <voxloc/voxloc.h>
 #include <CLI/CLI.hpp>
 
+#include "arrays/arraysCommand.h"
 #include "common/failure.h"
 #include "common/signals.h"
 #include "locate/locateCommand.h"
+#include "many/mergeCommand.h"
 
 namespace {
 
@@ -29,5 +31,7 @@ int main(int argc, char** argv) {
     program.failure_message(CLI::FailureMessage::simple);
     int status = StatusSuccess;
     addLocateCommand(program, status);
+    addArraysCommand(program, status);
+    addMergeCommand(program, status);
     return run(program, argc, argv, status);
 }

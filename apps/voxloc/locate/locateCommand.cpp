@@ -11,6 +11,7 @@
 #include "common/text.h"
 #include "locate/locate.h"
 #include "locate/locateReport.h"
+#include "many/manyOptions.h"
 
 namespace {
 
@@ -20,7 +21,9 @@ struct Arguments {
     ReportOptions report;
     std::string form, channels, clock;
     double end = 0.0;
-    bool hasEnd = false;
+    bool hasEnd = false, hidesProgress = false;
+    ManyOptions many;
+    const CLI::App* command = nullptr;
 };
 
 bool endsIn(const std::string& text, const std::string& end) {
@@ -64,15 +67,22 @@ std::optional<double> clockFrom(const std::string& text) {
     return static_cast<double>(timegm(&parts));
 }
 
+int runMany(const Arguments& arguments) {
+    const RecordForm form = arguments.form.empty() ? RecordForm::JsonLines : formOf(arguments);
+    ManyJob job = manyJob(*arguments.command, arguments.many, arguments.files, form);
+    job.showsProgress = isatty(STDERR_FILENO) != 0 && !arguments.hidesProgress;
+    return locateMany(job);
+}
+
 int runLocate(Arguments& arguments) {
     LocateJob& job = arguments.job;
-    if (arguments.files.size() != 1) throw WrongUsage("locate takes one file");
+    if (arguments.files.size() != 1 || !arguments.many.folder.empty()) return runMany(arguments);
     job.input = arguments.files.front();
     job.form = formOf(arguments);
     job.read.channels = channelsFrom(arguments.channels);
     job.clock = clockFrom(arguments.clock);
     if (arguments.hasEnd) job.read.end = arguments.end;
-    job.showsProgress = isatty(STDERR_FILENO) != 0;
+    job.showsProgress = isatty(STDERR_FILENO) != 0 && !arguments.hidesProgress;
     checkReportOptions(arguments.report, job.output);
     LocateReport report(arguments.report, job.output);
     return report.statusAfter(locate(job, report.observer()));
@@ -122,6 +132,8 @@ void addOptions(CLI::App& command, Arguments& arguments) {
     command.add_option("--raw-channels", job.read.rawChannels, "Channels of raw samples")
         ->check(CLI::Range(1, 1024));
     command.add_option("--raw-rate", job.read.rawRate, "Rate of raw samples in Hz");
+    command.add_flag("--no-progress", arguments.hidesProgress, "Never show how far the run is");
+    addManyOptions(command, arguments.many);
 }
 
 }  // namespace
@@ -131,6 +143,7 @@ void addLocateCommand(CLI::App& program, int& status) {
         program.add_subcommand("locate", "Says for each frame of a recording who talks from where");
     command->footer("Example: voxloc locate meeting.wav --array aster --format csv -o meeting.csv");
     const auto arguments = std::make_shared<Arguments>();
+    arguments->command = command;
     addOptions(*command, *arguments);
     addReportOptions(*command, arguments->report);
     command->callback([arguments, &status] {
