@@ -182,6 +182,16 @@ packages_of_preset() {
     esac
 }
 
+# What checks of pages need: a browser, and what drives it. Nothing is run that a package brings.
+prepare_browser_checks() {
+    local folder=verify/gates/app
+    require_packages chromium
+    command -v npm >/dev/null || require_packages nodejs npm
+    [ "$folder/package-lock.json" -nt "$folder/node_modules/.package-lock.json" ] || return 0
+    quietly "installing what drives the browser" \
+        npm --prefix "$folder" ci --ignore-scripts --no-audit --no-fund
+}
+
 # --- Builds ---------------------------------------------------------------------------------------
 
 # build_preset PRESET [cmake --build arguments]: installs what is missing, configures and builds.
