@@ -10,6 +10,7 @@
 #include "common/failure.h"
 #include "common/text.h"
 #include "locate/locate.h"
+#include "locate/locateReport.h"
 #include "many/manyOptions.h"
 
 namespace {
@@ -17,6 +18,7 @@ namespace {
 struct Arguments {
     std::vector<std::string> files;
     LocateJob job;
+    ReportOptions report;
     std::string form, channels, clock;
     double end = 0.0;
     bool hasEnd = false, hidesProgress = false;
@@ -81,7 +83,23 @@ int runLocate(Arguments& arguments) {
     job.clock = clockFrom(arguments.clock);
     if (arguments.hasEnd) job.read.end = arguments.end;
     job.showsProgress = isatty(STDERR_FILENO) != 0 && !arguments.hidesProgress;
-    return locate(job);
+    checkReportOptions(arguments.report, job.output);
+    LocateReport report(arguments.report, job.output);
+    return report.statusAfter(locate(job, report.observer()));
+}
+
+void addReportOptions(CLI::App& command, ReportOptions& options) {
+    command.add_option("--report", options.report,
+                       "Write the run as a page of plots, one HTML file that needs no network");
+    command.add_flag("--embed-audio", options.embedsAudio,
+                     "Put the sound of the first microphone into the page, 21 MB an hour");
+    command.add_option("--compare", options.compare,
+                       "Compare with this run (CSV or JSON lines), frame by frame");
+    command
+        .add_option("--tolerance", options.tolerance,
+                    "Degrees that --compare allows, 0 without; each also allows 0.1 m of range and "
+                    "0.02 of quality")
+        ->check(CLI::Range(0.0, 360.0));
 }
 
 void addOptions(CLI::App& command, Arguments& arguments) {
@@ -127,6 +145,7 @@ void addLocateCommand(CLI::App& program, int& status) {
     const auto arguments = std::make_shared<Arguments>();
     arguments->command = command;
     addOptions(*command, *arguments);
+    addReportOptions(*command, arguments->report);
     command->callback([arguments, &status] {
         status = guarded([](void* context) { return runLocate(*static_cast<Arguments*>(context)); },
                          arguments.get());
