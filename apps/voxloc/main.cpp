@@ -1,5 +1,6 @@
 #include <string>
 
+#include <voxloc/voxloc.h>
 #include <CLI/CLI.hpp>
 
 #include "common/failure.h"

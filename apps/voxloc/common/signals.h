@@ -4,8 +4,8 @@
 
 /**
  * From now on the first SIGINT or SIGTERM only raises the flag that stopRequested() reads, so that
- * output is finished properly; the second one ends the program. Writing to a closed pipe is an error
- * of the write.
+ * output is finished properly; the second one ends the program. Writing to a closed pipe is an
+ * error of the write.
  */
 void catchSignals();
 

@@ -6,7 +6,7 @@
 
 void appendNumber(std::string& text, float value) {
     if (std::isnan(value)) {
-        text += "nan"; // without the sign that some machines give it
+        text += "nan";  // without the sign that some machines give it
         return;
     }
     std::array<char, 32> digits;
@@ -56,7 +56,7 @@ std::string_view trimmed(std::string_view text) {
     return text;
 }
 
-std::string quoted(std::string_view text) {
+std::string inQuotes(std::string_view text) {
     std::string result = "'";
     for (const char c : text) {
         const auto code = static_cast<unsigned char>(c);

@@ -21,6 +21,6 @@ std::vector<std::string> split(std::string_view text, char separator);
 std::string_view trimmed(std::string_view text);
 
 /** The text in quotes that one line holds: control characters become question marks. */
-std::string quoted(std::string_view text);
+std::string inQuotes(std::string_view text);
 
 #endif

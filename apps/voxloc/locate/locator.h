@@ -10,8 +10,8 @@ class Locator {
   public:
     explicit Locator(const NamedArray& array);
 
-    /** The frame's number is that of the input, the first one that is located need not be 0. */
-    Record locate(const InputFrame& frame, std::uint64_t number);
+    /** A frame of as many channels as the array has, 1 to 32 bits. */
+    Record locate(const InputFrame& frame);
 
     /** For its recording and its log. */
     VoxlocTracker* tracker() const { return tracker_.get(); }

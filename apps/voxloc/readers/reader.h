@@ -26,18 +26,20 @@ struct InputFrame {
     std::vector<float> samples;
     std::uint32_t bits = 24;
     std::uint32_t flags = 0;
+    std::uint64_t sample = 0;  // its first, from the start of the input, at 48 kHz
 };
 
 /** How the user wants the input to be read. */
 struct ReadOptions {
     std::vector<int> channels;  // of the input, one a microphone; empty: as they are
     double gain = 0.0;          // dB
-    double start = 0.0;         // seconds of the input that are left out
-    std::optional<double> end;  // seconds of the input that are read
+    double start = 0.0;         // seconds that are left out, down to a whole frame
+    std::optional<double> end;  // seconds where reading ends
     bool strict = false;        // refuse what would be resampled
     int rawChannels = 0;        // raw samples: channels, rate, format
     int rawRate = 48000;
-    std::string rawFormat;  // "S16", "S24" (in four bytes), "S24_3" (in three), "S32", "F32"; or empty
+    std::string
+        rawFormat;  // "S16", "S24" (in four bytes), "S24_3" (in three), "S32", "F32"; or empty
 };
 
 class FrameReader {
@@ -57,8 +59,8 @@ class FrameReader {
 };
 
 /**
- * Opens a recording of voxloc_record_start, a sound file (WAV, RF64, W64, FLAC), or raw samples ("-"
- * is standard input; a recording there is recognised by its first bytes unless a raw format is
+ * Opens a recording of voxloc_record_start, a sound file (WAV, RF64, W64, FLAC), or raw samples
+ * ("-" is standard input; a recording there is recognised by its first bytes unless a raw format is
  * given). Throws BadData.
  */
 std::unique_ptr<FrameReader> openReader(const std::string& path, const ReadOptions& options);

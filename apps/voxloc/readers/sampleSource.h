@@ -9,7 +9,7 @@
 #include <string>
 
 struct SampleFormat {
-    std::string kind;                     // "WAV", "raw S16" ...
+    std::string kind;  // "WAV", "raw S16" ...
     int channels = 0;
     int rate = 48000;                     // Hz
     std::uint32_t bits = 24;              // significant ones of what read() gives

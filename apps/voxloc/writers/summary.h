@@ -29,16 +29,25 @@ class Summarizer {
 
   private:
     struct Place {
+        std::uint64_t frame;
         float azimuth, elevation, range, quality;
     };
+    /** Places of one talker; thinned out when they get many. */
+    struct Stay {
+        std::uint64_t first = 0, last = 0;
+        std::vector<Place> places;
+        std::uint64_t step = 1;
+        void add(const Place& place);
+        Turn turn() const;
+    };
+    bool isNear(const Place& place) const;
+    void addPlace(const Place& place);
     void close();
-    static Turn turnOf(std::uint64_t first, std::uint64_t last, const std::vector<Place>& places);
 
     Summary closed_;
-    std::uint64_t first_ = 0, last_ = 0;
-    std::vector<Place> places_;  // of the open turn, thinned out when it gets long
-    std::uint64_t step_ = 1, skipped_ = 0;
-    int away_ = 0;  // frames in a row that lie elsewhere
+    Stay open_;
+    std::vector<float> recent_;     // azimuths of the open turn, the newest last
+    std::vector<Place> elsewhere_;  // since when the position lies away from the open turn
 };
 
 /** {"type": "summary", "frames", "seconds", "voice_share", "turns": [...]} */
