@@ -13,15 +13,15 @@ constexpr snd_pcm_uframes_t BufferSamples = 48000; // what a stalled machine may
 constexpr std::chrono::seconds LongestSilence(5);  // without samples; then the device is lost
 
 struct AlsaForm {
-    SampleForm form;
+    const char* name;
     snd_pcm_format_t alsa;
 };
 // The finest first.
-constexpr std::array<AlsaForm, 5> AlsaForms{{{SampleForm::S32, SND_PCM_FORMAT_S32_LE},
-                                             {SampleForm::S24, SND_PCM_FORMAT_S24_LE},
-                                             {SampleForm::S24_3, SND_PCM_FORMAT_S24_3LE},
-                                             {SampleForm::S16, SND_PCM_FORMAT_S16_LE},
-                                             {SampleForm::F32, SND_PCM_FORMAT_FLOAT_LE}}};
+constexpr std::array<AlsaForm, 5> AlsaForms{{{"S32", SND_PCM_FORMAT_S32_LE},
+                                             {"S24", SND_PCM_FORMAT_S24_LE},
+                                             {"S24_3", SND_PCM_FORMAT_S24_3LE},
+                                             {"S16", SND_PCM_FORMAT_S16_LE},
+                                             {"F32", SND_PCM_FORMAT_FLOAT_LE}}};
 
 void keepQuiet(const char*, int, const char*, int, const char*, ...) {}
 
@@ -42,7 +42,7 @@ class AlsaCapture : public Capture {
         check(snd_pcm_hw_params(pcm_.get(), hardware), "set up");
         setWakeUp();
         check(snd_pcm_start(pcm_.get()), "start");
-        step_ = bytesOf(format_.form) * static_cast<unsigned>(format_.channels);
+        step_ = format_.form->bytes * static_cast<unsigned>(format_.channels);
         heard_ = std::chrono::steady_clock::now();
     }
 
@@ -59,7 +59,7 @@ class AlsaCapture : public Capture {
         if (got == 0) return nothing();
         heard_ = std::chrono::steady_clock::now();
         const auto whole = static_cast<std::size_t>(got);
-        toFloats(format_.form, bytes_.data(), whole * unsigned(format_.channels), samples);
+        unpack(*format_.form, bytes_.data(), whole * unsigned(format_.channels), samples);
         return {CaptureEvent::Samples, whole};
     }
 
@@ -96,14 +96,15 @@ class AlsaCapture : public Capture {
 
     void chooseForm(snd_pcm_hw_params_t* hardware) {
         for (const AlsaForm& form : AlsaForms) {
-            if (options_.form && *options_.form != form.form) continue;
+            const RawForm* const raw = findRawForm(form.name);
+            if (options_.form != nullptr && options_.form != raw) continue;
             if (snd_pcm_hw_params_set_format(pcm_.get(), hardware, form.alsa) < 0) continue;
-            format_.form = form.form;
-            format_.kind = std::string("ALSA ") + nameOf(form.form);
+            format_.form = raw;
+            format_.kind = std::string("ALSA ") + form.name;
             return;
         }
         throw BadData("the capture device " + options_.device + " does not give " +
-                      (options_.form ? nameOf(*options_.form) : "S16, S24, S32 or F32") +
+                      (options_.form != nullptr ? options_.form->name : "S16, S24, S32 or F32") +
                       " samples");
     }
 

@@ -5,23 +5,22 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 
-#include "live/sampleForm.h"
+#include "readers/rawSource.h"
 
 struct CaptureFormat {
     std::string name;  // as the user gave it
     std::string kind;  // "ALSA S32", "raw S16"
     int channels = 0;
     int rate = 48000;  // Hz, of what read() gives
-    SampleForm form = SampleForm::S16;
+    const RawForm* form = nullptr;
 };
 
 struct CaptureOptions {
     std::string device;  // an ALSA name, or "-" for standard input
-    std::optional<SampleForm> form;
-    int channels = 0;  // 0: of a device, the fewest that suffice
+    const RawForm* form = nullptr;  // null: of a device, the finest; of a pipe, as its header says
+    int channels = 0;               // 0: of a device, the fewest that suffice
     int rate = 48000;  // Hz
     int neededChannels = 1;
     bool strict = false;  // refuse what would be resampled
@@ -62,7 +61,10 @@ class Capture {
 
 using OpenCapture = std::function<std::unique_ptr<Capture>()>;
 
-/** Raw samples from a file descriptor that stays open. */
+/**
+ * Samples from a file descriptor that stays open: raw ones in the form of the options, else after
+ * the header of a WAV file. Throws BadData and WrongUsage.
+ */
 std::unique_ptr<Capture> openPipe(int descriptor, const CaptureOptions& options);
 
 /** Throws BadData when the device cannot be opened or cannot do what is needed. */

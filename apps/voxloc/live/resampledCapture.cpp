@@ -20,7 +20,7 @@ class ResampledCapture : public Capture {
     explicit ResampledCapture(std::unique_ptr<Capture> source)
         : source_(std::move(source)), format_(source_->format()) {
         ratio_ = double(format_.rate) / SampleRate;
-        const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_HQ, 0);
+        const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_VHQ, 0);
         soxr_error_t error = nullptr;
         resampler_.reset(soxr_create(format_.rate, SampleRate, unsigned(format_.channels), &error,
                                      nullptr, &quality, nullptr));
