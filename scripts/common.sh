@@ -151,8 +151,23 @@ packages_of_program() {
     esac
 }
 
+# What the program voxloc needs.
+packages_of_app() {
+    echo libcli11-dev nlohmann-json3-dev libsndfile1-dev libsoxr-dev libasound2-dev \
+        libcpp-httplib-dev pkg-config
+}
+
+# Whether a preset tests the program voxloc.
+has_app() {
+    case "$1" in
+        release | clang | asan) return 0 ;;
+        *) return 1 ;;
+    esac
+}
+
 # What all of a preset needs.
 packages_of_preset() {
+    ! has_app "$1" || packages_of_app
     packages_of_program "$1"
     case "$1" in
         armhf-static) ;;
@@ -174,8 +189,10 @@ build_preset() {
     # shellcheck disable=SC2046  # a list of package names
     require_packages $(packages_of_preset "$preset")
     lock_builds
+    local app=OFF
+    ! has_app "$preset" || app=ON
     quietly "$preset: configuring" cmake --preset "$preset" -B "$builds/$preset" \
-        -D "VOXLOC_REFERENCE=$builds/release"
+        -D "VOXLOC_REFERENCE=$builds/release" -D "VOXLOC_APP=$app"
     quietly "$preset: building" cmake --build "$builds/$preset" "$@"
 }
 
@@ -191,6 +208,19 @@ build_program() {
             -D VOXLOC_VERIFY=OFF -D VOXLOC_STRICT=OFF
     fi
     quietly "$preset: building" cmake --build "$builds/$preset" --target voxloc_unittest
+}
+
+# build_app: the program voxloc alone; its path is in $app then. A folder that is configured already
+# keeps its other settings.
+build_app() {
+    # shellcheck disable=SC2046  # a list of package names
+    require_packages $(packages_of_program release) $(packages_of_app)
+    lock_builds
+    local settings=(-D VOXLOC_APP=ON)
+    [ -f "$builds/release/build.ninja" ] || settings+=(-D VOXLOC_VERIFY=OFF -D VOXLOC_STRICT=OFF)
+    quietly "voxloc: configuring" cmake --preset release -B "$builds/release" "${settings[@]}"
+    quietly "voxloc: building" cmake --build "$builds/release" --target voxloc_app_main
+    app=$builds/release/apps/voxloc/voxloc
 }
 
 # Files of the tree that match the patterns, each ended by a zero byte.

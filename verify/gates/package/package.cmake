@@ -58,7 +58,7 @@ endfunction()
 
 function(install_shared)
   file(REMOVE_RECURSE "${prefix}")
-  configure("${SOURCE_DIR}" -D BUILD_SHARED_LIBS=ON)
+  configure("${SOURCE_DIR}" -D BUILD_SHARED_LIBS=ON -D VOXLOC_APP=OFF)
   run(${CMAKE_COMMAND} --build "${work}")
   run(${CMAKE_COMMAND} --install "${work}" --prefix "${prefix}")
 endfunction()
