@@ -5,6 +5,7 @@
 
 #include "common/failure.h"
 #include "common/signals.h"
+#include "live/liveCommand.h"
 #include "locate/locateCommand.h"
 
 namespace {
@@ -29,5 +30,6 @@ int main(int argc, char** argv) {
     program.failure_message(CLI::FailureMessage::simple);
     int status = StatusSuccess;
     addLocateCommand(program, status);
+    addLiveCommand(program, status);
     return run(program, argc, argv, status);
 }

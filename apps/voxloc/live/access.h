@@ -23,15 +23,16 @@ std::string urlOf(const ServeAddress& address);
 
 /**
  * Whether a Host header is one under which this page is meant: the address itself or a name of the
- * loopback, each with the port; any literal address when all of them are served. A foreign name that
- * someone lets point here is none of them: its pages cannot read ours.
+ * loopback, each with the port; any literal address when all of them are served. A foreign name
+ * that someone lets point here is none of them: its pages cannot read ours.
  */
 bool isHostMeant(std::string_view host, const ServeAddress& address);
 
 /** Takes as long for a wrong first character as for a wrong last one. */
 bool isEqualInConstantTime(std::string_view given, std::string_view secret);
 
-/** The token in the first line of a file. Throws BadData when it is too short or holds odd bytes. */
+/** The token in the first line of a file. Throws BadData when it is too short or holds odd bytes.
+ */
 std::string readToken(const std::string& path);
 
 /** The value of a cookie in a Cookie header, or empty. */

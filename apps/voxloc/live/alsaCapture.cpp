@@ -8,9 +8,9 @@
 
 namespace {
 
-constexpr snd_pcm_uframes_t PeriodSamples = 512;   // a divisor of the frame: its end is a period's
-constexpr snd_pcm_uframes_t BufferSamples = 48000; // what a stalled machine may be late by
-constexpr std::chrono::seconds LongestSilence(5);  // without samples; then the device is lost
+constexpr snd_pcm_uframes_t PeriodSamples = 512;    // a divisor of the frame: its end is a period's
+constexpr snd_pcm_uframes_t BufferSamples = 48000;  // what a stalled machine may be late by
+constexpr std::chrono::seconds LongestSilence(5);   // without samples; then the device is lost
 
 struct AlsaForm {
     const char* name;
@@ -111,8 +111,8 @@ class AlsaCapture : public Capture {
     void chooseChannels(snd_pcm_hw_params_t* hardware) {
         unsigned most = 0;
         check(snd_pcm_hw_params_get_channels_max(hardware, &most), "set up");
-        const unsigned first =
-            static_cast<unsigned>(options_.channels > 0 ? options_.channels : options_.neededChannels);
+        const unsigned first = static_cast<unsigned>(
+            options_.channels > 0 ? options_.channels : options_.neededChannels);
         const unsigned last = options_.channels > 0 ? first : most;
         for (unsigned channels = first; channels <= last && channels <= MostChannels; ++channels) {
             if (snd_pcm_hw_params_set_channels(pcm_.get(), hardware, channels) < 0) continue;

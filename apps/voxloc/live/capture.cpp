@@ -1,7 +1,7 @@
 #include "live/capture.h"
 
-#include <thread>
 #include <unistd.h>
+#include <thread>
 
 #include "common/failure.h"
 #include "common/record.h"

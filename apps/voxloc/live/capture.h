@@ -18,10 +18,10 @@ struct CaptureFormat {
 };
 
 struct CaptureOptions {
-    std::string device;  // an ALSA name, or "-" for standard input
+    std::string device;             // an ALSA name, or "-" for standard input
     const RawForm* form = nullptr;  // null: of a device, the finest; of a pipe, as its header says
     int channels = 0;               // 0: of a device, the fewest that suffice
-    int rate = 48000;  // Hz
+    int rate = 48000;               // Hz
     int neededChannels = 1;
     bool strict = false;  // refuse what would be resampled
 };

@@ -85,5 +85,6 @@ Feed::News Feed::wait(Place& place, std::chrono::milliseconds longest) {
 
 std::uint64_t Feed::lastFrame() const {
     const std::lock_guard<std::mutex> lock(mutex_);
-    return added_ == 0 ? 0 : records_[static_cast<std::size_t>((added_ - 1) % records_.size())].frame;
+    return added_ == 0 ? 0
+                       : records_[static_cast<std::size_t>((added_ - 1) % records_.size())].frame;
 }

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
@@ -39,19 +40,27 @@ class LimitedStream : public httplib::Stream {
         return !isEnding_;
     }
 
+    /** The library asks for one byte at a time. */
     ssize_t read(char* bytes, size_t size) override {
-        size = std::min(size, left_);
-        if (size == 0 || !isReady(POLLIN, readUntil_)) return -1;
-        const ssize_t got = recv(socket_, bytes, size, 0);
-        if (got > 0) left_ -= static_cast<std::size_t>(got);
-        return got;
+        if (taken_ == filled_) {
+            const std::size_t room = request_.size() - filled_;
+            if (room == 0 || !isReady(POLLIN, readUntil_)) return -1;
+            const ssize_t got = recv(socket_, request_.data() + filled_, room, 0);
+            if (got <= 0) return got;
+            filled_ += static_cast<std::size_t>(got);
+        }
+        size = std::min(size, filled_ - taken_);
+        std::copy_n(request_.data() + taken_, size, bytes);
+        taken_ += size;
+        return static_cast<ssize_t>(size);
     }
 
     ssize_t write(const char* bytes, size_t size) override {
         const Clock::time_point until = Clock::now() + WriteTime;
         for (std::size_t done = 0; done < size;) {
             if (!isReady(POLLOUT, until)) return -1;
-            const ssize_t sent = send(socket_, bytes + done, size - done, MSG_NOSIGNAL | MSG_DONTWAIT);
+            const ssize_t sent =
+                send(socket_, bytes + done, size - done, MSG_NOSIGNAL | MSG_DONTWAIT);
             if (sent < 0 && errno != EAGAIN && errno != EINTR) return -1;
             if (sent > 0) done += static_cast<std::size_t>(sent);
         }
@@ -76,7 +85,8 @@ class LimitedStream : public httplib::Stream {
     socket_t socket_;
     const std::atomic<bool>& isEnding_;
     Clock::time_point readUntil_;
-    std::size_t left_ = MostRequestBytes;
+    std::array<char, MostRequestBytes> request_;
+    std::size_t filled_ = 0, taken_ = 0;  // of the request
 };
 
 /** A thread a connection; further connections wait with the kernel, which bounds them. */
@@ -109,6 +119,18 @@ void setOption(socket_t socket, int level, int name, int value) {
     setsockopt(socket, level, name, &value, sizeof value);
 }
 
+/** Closing with bytes unread would take the answer away from who has not read it yet. */
+void closeAfterAnswer(socket_t socket) {
+    shutdown(socket, SHUT_WR);
+    char unread[4096];
+    for (int i = 0; i < 16; ++i) {
+        pollfd waited = {socket, POLLIN, 0};
+        if (poll(&waited, 1, SliceMilliseconds) <= 0) break;
+        if (recv(socket, unread, sizeof unread, 0) <= 0) break;
+    }
+    close(socket);
+}
+
 }  // namespace
 
 LimitedServer::LimitedServer() {
@@ -129,7 +151,6 @@ bool LimitedServer::process_and_close_socket(socket_t socket) {
     LimitedStream stream(socket, isEnding_);
     bool isClosed = false;
     const bool isDone = process_request(stream, true, isClosed, nullptr);
-    ::shutdown(socket, SHUT_RDWR);
-    ::close(socket);
+    closeAfterAnswer(socket);
     return isDone;
 }

@@ -8,8 +8,8 @@
 
 /**
  * One request a connection, of a few kilobytes, within seconds; so many connections at once and no
- * more. The library alone bounds neither the number of headers nor that of connections, nor the time
- * that a request takes as a whole.
+ * more. The library alone bounds neither the number of headers nor that of connections, nor the
+ * time that a request takes as a whole.
  */
 class LimitedServer : public httplib::Server {
   public:

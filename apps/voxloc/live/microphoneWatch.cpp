@@ -2,14 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace {
 
-constexpr float Silence = -130.0f;      // dB: below one step of 16 bits by far, and of 24 nearly
-constexpr float FarBelow = 0.01f;       // of the others' power: 20 dB
+constexpr float Silence = -130.0f;        // dB: below one step of 16 bits by far, and of 24 nearly
+constexpr float FarBelow = 0.01f;         // of the others' power: 20 dB
 constexpr float SmoothingFrames = 23.4f;  // a second
-constexpr int SilentFrames = 47;        // two seconds
-constexpr int WeakFrames = 117;         // five seconds
+constexpr int SilentFrames = 47;          // two seconds
+constexpr int WeakFrames = 117;           // five seconds
 
 }  // namespace
 
@@ -25,14 +26,16 @@ const char* nameOf(MicrophoneState state) {
 }
 
 float MicrophoneWatch::medianOfOthers(int channel, int channels) const {
+    // What is left over lies at the upper end and does not count.
     std::array<float, VOXLOC_MAX_CHANNELS> others;
-    std::size_t count = 0;
+    others.fill(std::numeric_limits<float>::max());
     for (int c = 0; c < channels; ++c) {
-        if (c != channel) others[count++] = microphones_[static_cast<std::size_t>(c)].power;
+        if (c == channel) continue;
+        others[static_cast<std::size_t>(c)] = microphones_[static_cast<std::size_t>(c)].power;
     }
-    if (count == 0) return 0.0f;
-    std::sort(others.begin(), others.begin() + static_cast<std::ptrdiff_t>(count));
-    return others[count / 2];
+    if (channels < 2) return 0.0f;
+    std::sort(others.begin(), others.end());
+    return others[static_cast<std::size_t>(channels - 1) / 2];
 }
 
 void MicrophoneWatch::add(const Record& record) {

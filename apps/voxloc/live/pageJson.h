@@ -19,8 +19,8 @@ struct LiveAbout {
 std::string helloJson(const LiveAbout& about);
 
 /**
- * One record as a list: frame, seconds, azimuth, elevation, range, quality, flag word, whether there
- * is an estimate, ultrasound level, levels. What is no number is null.
+ * One record as a list: frame, seconds, azimuth, elevation, range, quality, flag word, whether
+ * there is an estimate, ultrasound level, levels. What is no number is null.
  */
 void appendRecordJson(std::string& text, const Record& record);
 

@@ -20,7 +20,8 @@ class PipeCapture : public Capture {
         if (format_.channels < 1) {
             throw WrongUsage("raw samples need their number of channels (--raw-channels)");
         }
-        format_.kind = (options.form == nullptr ? "WAV " : "raw ") + std::string(format_.form->name);
+        format_.kind =
+            (options.form == nullptr ? "WAV " : "raw ") + std::string(format_.form->name);
         step_ = format_.form->bytes * static_cast<std::size_t>(format_.channels);
     }
 

@@ -1,8 +1,8 @@
 #include "live/resampledCapture.h"
 
+#include <soxr.h>
 #include <algorithm>
 #include <cmath>
-#include <soxr.h>
 #include <utility>
 #include <vector>
 

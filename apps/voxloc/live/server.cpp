@@ -44,7 +44,8 @@ Approach approachOf(const Request& request) {
     Approach approach;
     approach.path = request.path;
     // Two of them are none: which one counts is a matter of who reads them.
-    if (request.get_header_value_count("Host") == 1) approach.host = request.get_header_value("Host");
+    if (request.get_header_value_count("Host") == 1)
+        approach.host = request.get_header_value("Host");
     approach.origin = headerOf(request, "Origin");
     approach.fetchSite = headerOf(request, "Sec-Fetch-Site");
     approach.fetchMode = headerOf(request, "Sec-Fetch-Mode");
@@ -95,6 +96,7 @@ struct LiveServer::Parts {
     Feed& feed;
     LimitedServer server;
     std::atomic<int> viewers{0};
+    std::atomic<bool> hasStopped{false};
     std::thread thread;
 
     Parts(LiveServerOptions given, Feed& shared) : options(std::move(given)), feed(shared) {}
@@ -220,15 +222,22 @@ LiveServer::LiveServer(LiveServerOptions options, Feed& feed)
     });
     parts.bind();
     const BlockedSignals blocked;
-    parts.thread = std::thread([&parts] { parts.server.listen_after_bind(); });
+    parts.thread = std::thread([&parts] {
+        parts.server.listen_after_bind();
+        parts.hasStopped = true;
+    });
 }
 
 LiveServer::~LiveServer() {
-    parts_->feed.close();
+    Parts& parts = *parts_;
+    parts.feed.close();
+    const auto nap = [] { std::this_thread::sleep_for(std::chrono::milliseconds(1)); };
+    // Who looks on is told that it is over; who does not take it does not hold us up for long.
+    for (int i = 0; i < 300 && parts.viewers > 0; ++i) nap();
     // The library knows how to stop only once it listens.
-    while (!parts_->server.is_running()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    parts_->server.end();
-    parts_->thread.join();
+    while (!parts.server.is_running() && !parts.hasStopped) nap();
+    parts.server.end();
+    parts.thread.join();
 }
 
 const ServeAddress& LiveServer::address() const {

@@ -11,7 +11,8 @@
 #include "live/access.h"
 #include "live/feed.h"
 
-/** Writes a mark and returns its frame; nothing when there is no recording or it cannot be written. */
+/** Writes a mark and returns its frame; nothing when there is no recording or it cannot be written.
+ */
 using SetMark = std::function<std::optional<std::uint64_t>(const std::string& label)>;
 
 struct LiveServerOptions {

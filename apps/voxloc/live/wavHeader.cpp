@@ -8,8 +8,8 @@
 
 namespace {
 
-constexpr std::uint32_t MostChunkBytes = 1 << 20;      // that are skipped before the samples
-constexpr std::uint32_t UnknownLength = 0x7fff0000u;   // and above: the writer did not know
+constexpr std::uint32_t MostChunkBytes = 1 << 20;     // that are skipped before the samples
+constexpr std::uint32_t UnknownLength = 0x7fff0000u;  // and above: the writer did not know
 constexpr std::uint32_t Pcm = 1, Float = 3, Extensible = 0xfffe;
 
 std::uint32_t number(const unsigned char* bytes, int count) {

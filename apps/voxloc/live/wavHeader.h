@@ -19,7 +19,8 @@ struct WavHeader {
 /** Gives exactly that many bytes, or throws. */
 using ReadExactly = std::function<void(unsigned char* bytes, std::size_t count)>;
 
-/** Reads up to the first sample. Throws BadData when it is no WAV file or one of unknown samples. */
+/** Reads up to the first sample. Throws BadData when it is no WAV file or one of unknown samples.
+ */
 WavHeader readWavHeader(const ReadExactly& read);
 
 #endif
