@@ -157,10 +157,10 @@ packages_of_app() {
         libcpp-httplib-dev pkg-config
 }
 
-# Whether a preset tests the program voxloc.
+# Whether a preset has the program voxloc.
 has_app() {
     case "$1" in
-        release | clang | asan) return 0 ;;
+        release | clang | asan | bench*) return 0 ;;
         *) return 1 ;;
     esac
 }

@@ -14,6 +14,7 @@ struct Record {
     std::uint64_t sample = 0;  // the frame's first, in samples a channel at 48 kHz
     TrackerResult result = {};
     bool hasEstimate = false;      // whether the position rests on any sound
+    bool hasElevation = false;     // whether the array has pairs that tell it
     float ultrasoundLevel = 0.0f;  // dB
     int channels = 0;
     std::array<float, VOXLOC_MAX_CHANNELS> level = {};  // dB of full scale, mean square

@@ -54,6 +54,11 @@ struct Run {
         try {
             return reader.read(frame);
         } catch (const BadData& damage) {
+            // Ctrl-C while a pipe is waited for ends the wait with an error.
+            if (stopRequested()) {
+                status = StatusInterrupted;
+                return false;
+            }
             progress.clear();
             say(damage.what());
             status = StatusBadData;

@@ -3,7 +3,9 @@
 #include <cmath>
 
 Locator::Locator(const NamedArray& array)
-    : tracker_(createTracker(array)), channels_(array.array.channels) {}
+    : tracker_(createTracker(array)),
+      channels_(array.array.channels),
+      hasElevation_(array.array.elevationPairs > 0) {}
 
 Record Locator::locate(const InputFrame& frame) {
     Record record;
@@ -11,6 +13,7 @@ Record Locator::locate(const InputFrame& frame) {
     record.sample = frame.sample;
     voxloc_track(tracker_.get(), frame.samples.data(), frame.bits, frame.flags, &record.result);
     record.hasEstimate = voxloc_hasEstimate(tracker_.get()) != 0;
+    record.hasElevation = hasElevation_;
     record.ultrasoundLevel = voxloc_getTrackerUltraSoundLevel(tracker_.get());
     record.channels = channels_;
     voxloc_calculateSignalEnergy(frame.samples.data(), frame.bits, channels_, record.level.data());

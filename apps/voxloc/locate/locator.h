@@ -19,6 +19,7 @@ class Locator {
   private:
     Tracker tracker_;
     int channels_;
+    bool hasElevation_;
 };
 
 #endif

@@ -39,15 +39,15 @@ class RawSource : public SampleSource {
     const SampleFormat& format() const override { return format_; }
 
     std::size_t read(float* samples, std::size_t count) override {
-        if (isTorn_) {
+        bytes_.resize(count * frameBytes());
+        const std::size_t taken = file_.read(bytes_.data(), bytes_.size());
+        const std::size_t whole = taken / frameBytes();
+        isTorn_ = isTorn_ || taken % frameBytes() != 0;
+        if (whole == 0 && isTorn_) {
             throw BadData(file_.name() + ": damaged at byte " + std::to_string(file_.position()) +
                           ": the samples end before all " + std::to_string(format_.channels) +
                           " channels have theirs");
         }
-        bytes_.resize(count * frameBytes());
-        const std::size_t taken = file_.read(bytes_.data(), bytes_.size());
-        const std::size_t whole = taken / frameBytes();
-        isTorn_ = taken % frameBytes() != 0;
         unpack(form_, bytes_.data(), whole * static_cast<std::size_t>(format_.channels), samples);
         return whole;
     }

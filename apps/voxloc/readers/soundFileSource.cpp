@@ -93,14 +93,10 @@ class SoundFileSource : public SampleSource {
     const SampleFormat& format() const override { return format_; }
 
     std::size_t read(float* samples, std::size_t count) override {
-        if (isAtEnd_) {
-            failIfDamaged();
-            return 0;
-        }
         const auto wanted = static_cast<sf_count_t>(count);
         const sf_count_t taken = isFloat_ ? readFloats(samples, wanted) : readInts(samples, wanted);
         done_ += taken;
-        isAtEnd_ = taken < wanted;
+        if (taken == 0) failIfDamaged();
         return static_cast<std::size_t>(taken);
     }
 
@@ -143,7 +139,7 @@ class SoundFileSource : public SampleSource {
     SF_INFO about_ = {};
     std::unique_ptr<SNDFILE, CloseSound> sound_;
     SampleFormat format_;
-    bool isFloat_ = false, isAtEnd_ = false;
+    bool isFloat_ = false;
     long long missing_ = 0;
     sf_count_t done_ = 0;
     std::vector<int> words_;

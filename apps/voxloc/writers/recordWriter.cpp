@@ -97,7 +97,11 @@ void RecordWriter::writeText(const Record& record) {
     }
     if (record.hasEstimate) {
         appendAligned(line_, static_cast<double>(found.azimuth), 1, 9);
-        appendAligned(line_, static_cast<double>(found.elevation), 1, 10);
+        if (record.hasElevation) {
+            appendAligned(line_, static_cast<double>(found.elevation), 1, 10);
+        } else {
+            line_ += "         -";
+        }
         appendAligned(line_, static_cast<double>(found.range), 1, 7);
     } else {
         line_ += "        -         -      -";

@@ -2,13 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "common/text.h"
 
 namespace {
 
-constexpr float NearDegrees = 10.0f;         // of the turn's recent azimuths: the same talker
-constexpr std::size_t RecentFrames = 25;     // about a second
+constexpr float NearDegrees = 15.0f;         // of the turn's recent azimuths: the same talker
+constexpr std::size_t RecentFrames = 5;      // one stray among them does not count
 constexpr std::size_t ElsewhereFrames = 12;  // half a second elsewhere: another talker
 constexpr std::uint64_t SilentFrames = 12;   // half a second without voice ends a turn
 constexpr std::uint64_t ShortestFrames = 6;  // a quarter of a second: shorter ones are no turns
@@ -102,7 +103,9 @@ void Summarizer::add(const Record& record) {
         }
         return;
     }
-    const Place place{record.frame, found.azimuth, found.elevation, found.range, found.quality};
+    const float elevation =
+        record.hasElevation ? found.elevation : std::numeric_limits<float>::quiet_NaN();
+    const Place place{record.frame, found.azimuth, elevation, found.range, found.quality};
     if (!open_.places.empty() && !isNear(place)) {
         elsewhere_.push_back(place);
         if (elsewhere_.size() < ElsewhereFrames) return;
@@ -126,7 +129,9 @@ Json summaryToJson(const Summary& summary) {
         turns.push_back({{"from", shortened(secondsOf(turn.firstFrame))},
                          {"to", shortened(secondsOf(turn.lastFrame + 1))},
                          {"azimuth", shortened(static_cast<double>(turn.azimuth))},
-                         {"elevation", shortened(static_cast<double>(turn.elevation))},
+                         {"elevation", std::isnan(turn.elevation)
+                                           ? Json()
+                                           : Json(shortened(static_cast<double>(turn.elevation)))},
                          {"range", shortened(static_cast<double>(turn.range))},
                          {"quality", shortened(static_cast<double>(turn.quality))}});
     }
@@ -158,8 +163,10 @@ std::string summaryToText(const Summary& summary) {
         appendTime(text, secondsOf(turn.lastFrame + 1));
         text += "  azimuth ";
         appendFixed(text, static_cast<double>(turn.azimuth), 1);
-        text += "  elevation ";
-        appendFixed(text, static_cast<double>(turn.elevation), 1);
+        if (!std::isnan(turn.elevation)) {
+            text += "  elevation ";
+            appendFixed(text, static_cast<double>(turn.elevation), 1);
+        }
         text += "  range ";
         appendFixed(text, static_cast<double>(turn.range), 1);
         text += "  quality ";

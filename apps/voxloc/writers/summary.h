@@ -13,7 +13,8 @@
 /** One talker at one place: frames with voice whose positions stay together. */
 struct Turn {
     std::uint64_t firstFrame = 0, lastFrame = 0;
-    float azimuth = 0.0f, elevation = 0.0f, range = 0.0f, quality = 0.0f;  // medians
+    float azimuth = 0.0f, elevation = 0.0f, range = 0.0f,
+          quality = 0.0f;  // medians; elevation: NaN when unknown
 };
 
 struct Summary {

@@ -223,8 +223,7 @@ const VoxlocProduct* voxloc_findProduct(int32_t type);
 /** The product of that name, letter for letter; null when there is none, and for null. */
 const VoxlocProduct* voxloc_findProductByName(const char* name);
 
-/** What an array's search covers. Angles in degrees, the step in sine of angle, ranges in metres.
- */
+/** What an array's search covers. Angles in degrees, ranges in metres. */
 typedef struct VoxlocGrid {
     int32_t azimuths, elevations, ranges;    /**< points along each axis */
     float lowestAzimuth, highestAzimuth;     /**< within -90 to 90 */
@@ -255,8 +254,7 @@ typedef struct VoxlocTracker VoxlocTracker;
  *
  * @param array   in; null is refused, too
  * @param reason  out, VOXLOC_REASON_SIZE bytes, may be null: what is wrong, beginning with the
- * field
- *                ("azimuthPair[2].second: 7 is not one of the 6 channels"); empty when nothing is
+ *                field ("azimuthPair[2].second: 7 is not one of the channels"), or an empty text
  * @return 1 when the array can be tracked with, else 0
  */
 int voxloc_checkArray(const VoxlocArray* array, char* reason);
