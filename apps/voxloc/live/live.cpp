@@ -124,8 +124,7 @@ void Listening::openServer() {
     const CaptureFormat& format = capture_->format();
     LiveAbout about;
     about.array = array_;
-    about.input = format.name == "-" ? "standard input" : format.name;
-    about.input += ", " + format.kind + ", " + std::to_string(format.channels) + " channels";
+    about.input = format.name + ", " + format.kind + ", " + std::to_string(format.channels) + " channels";
     about.recording = withoutFolders(job_.recording);
     about.historyFrames = HistoryFrames;
     LiveServerOptions options;

@@ -15,7 +15,7 @@ namespace {
 class PipeCapture : public Capture {
   public:
     PipeCapture(int descriptor, const CaptureOptions& options) : descriptor_(descriptor) {
-        format_ = {options.device, "", options.channels, options.rate, options.form};
+        format_ = {"standard input", "", options.channels, options.rate, options.form};
         if (options.form == nullptr) takeHeader();
         if (format_.channels < 1) {
             throw WrongUsage("raw samples need their number of channels (--raw-channels)");
