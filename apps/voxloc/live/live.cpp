@@ -85,9 +85,9 @@ class Listening {
     std::unique_ptr<Output> output_;
     std::unique_ptr<RecordWriter> writer_;
     std::vector<float> samples_;
-    std::uint64_t frames_ = 0;       // that were located
-    std::uint64_t lostSamples_ = 0;  // as far as the clock tells
-    std::optional<Clock::time_point> began_;
+    std::uint64_t frames_ = 0;                // that were located
+    std::uint64_t lostSamples_ = 0;           // as far as the clock tells
+    std::optional<Clock::time_point> heard_;  // when the last samples came
     int exit_ = StatusSuccess;
 };
 
@@ -124,7 +124,8 @@ void Listening::openServer() {
     const CaptureFormat& format = capture_->format();
     LiveAbout about;
     about.array = array_;
-    about.input = format.name + ", " + format.kind + ", " + std::to_string(format.channels) + " channels";
+    about.input =
+        format.name + ", " + format.kind + ", " + std::to_string(format.channels) + " channels";
     about.recording = withoutFolders(job_.recording);
     about.historyFrames = HistoryFrames;
     LiveServerOptions options;
@@ -166,16 +167,15 @@ int Listening::run() {
         say(damage.what());
         exit_ = StatusBadData;
     }
+    // Ctrl-C ends whatever feeds the pipe, too, which may be seen first.
+    if (stopRequested() && exit_ == StatusSuccess) exit_ = StatusInterrupted;
     finish();
     return exit_;
 }
 
 bool Listening::step() {
     if (isOver()) return false;
-    if (stopRequested()) {
-        exit_ = StatusInterrupted;
-        return false;
-    }
+    if (stopRequested()) return false;
     const CaptureRead got = capture_->read(samples_.data(), framer_.wanted());
     if (got.event == CaptureEvent::Ended) return false;
     if (got.event == CaptureEvent::Samples) {
@@ -187,7 +187,7 @@ bool Listening::step() {
 }
 
 void Listening::take(std::size_t count) {
-    if (!began_) began_ = Clock::now();
+    heard_ = Clock::now();
     if (!framer_.add(samples_.data(), count)) return;
     InputFrame& frame = framer_.frame();
     frame.bits = capture_->format().form->bits;
@@ -263,14 +263,13 @@ void Listening::lost() {
     say(capture_->format().name + " is gone: " + status_.reason + "; waiting for it");
 }
 
-/** Times go on with the clock where sound was lost. What there is of a frame is no use. */
+/** Times go on with the clock while sound is lost. What there is of a frame is no use. */
 void Listening::skipLostTime() {
+    if (!heard_) return;
+    const double seconds = std::chrono::duration<double>(Clock::now() - *heard_).count();
+    lostSamples_ += framer_.filled() + static_cast<std::uint64_t>(seconds * SampleRate);
+    heard_ = Clock::now();
     framer_.drop();
-    if (!began_) return;
-    const double elapsed = std::chrono::duration<double>(Clock::now() - *began_).count();
-    const auto now = static_cast<std::uint64_t>(elapsed * SampleRate);
-    const std::uint64_t counted = frames_ * FRAME_SAMPLES;
-    if (now > counted + lostSamples_) lostSamples_ = now - counted;
 }
 
 void Listening::finish() {

@@ -66,7 +66,8 @@ function drawRings() {
     add(rings, "line", {x1: 0, y1: 0, x2: end.x, y2: end.y});
     if (Math.abs(angle) === 90) continue;
     const label = (angle > 0 ? "+" : "") + String(angle).replace("-", "−") + "°";
-    add(rings, "text", {x: end.x * 1.06, y: end.y * 1.06 + 2, "text-anchor": "middle"}, label);
+    const anchor = angle === 0 ? "middle" : angle > 0 ? "end" : "start"; // away from the arc
+    add(rings, "text", {x: end.x * 1.03, y: end.y * 1.03, "text-anchor": anchor}, label);
   }
   drawMicrophones();
 }
