@@ -112,8 +112,9 @@ bool isEqualInConstantTime(std::string_view given, std::string_view secret) {
 
 std::string readToken(const std::string& path) {
     std::ifstream file(path);
+    if (!file) throw cannot("read", path);
     std::string line;
-    if (!file || (!std::getline(file, line) && line.empty())) throw cannot("read", path);
+    std::getline(file, line);
     const std::string token(trimmed(line));
     // What a cookie and an address take as it is.
     const bool isPlain = std::all_of(token.begin(), token.end(), [](unsigned char c) {

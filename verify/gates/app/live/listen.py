@@ -113,7 +113,7 @@ def device_comes_back(check):
     # It was tried after 0.2, 0.6 and 1.4 seconds; the time that is lost is counted.
     return (status == 0 and "walk is gone: No such device; waiting for it" in error
             and "walk is back" in error and len(samples) == 47
-            and 1.4 <= away < 10 and 1.4 < jump <= away), (status, error, away, jump)
+            and 1.4 <= away < 10 and 1.4 < jump <= away + 2 * inputs.FRAME / 48000), (status, error, away, jump)
 
 
 def busy_device_is_named(check):
