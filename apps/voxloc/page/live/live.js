@@ -335,6 +335,7 @@ function drawState() {
   if (isPaused && state === "running") state = label = "paused";
   const pill = byId("state");
   pill.className = "pill " + state;
+  document.body.classList.toggle("stale", state === "bad");
   text("state", label);
   text("alarm", alarm.trim());
   byId("alarm").hidden = alarm === "";

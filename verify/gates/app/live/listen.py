@@ -25,6 +25,7 @@ class Check:
     def __init__(self, arguments, folder):
         self.program = str(arguments.program)
         self.devices = str(arguments.devices)
+        self.is_sanitised = arguments.sanitised
         self.folder = folder
         self.sound = subprocess.run([arguments.talker, "aster", "2", "-30", "40"],
                                     stdout=subprocess.PIPE, check=True).stdout
@@ -59,6 +60,11 @@ class Check:
                           "format raw }\n")
         return {"ALSA_CONFIG_PATH": str(config)}
 
+    def device_with(self, **faults):
+        """The same where the device does what devices.c is told."""
+        return {**self.alsa(), "LD_PRELOAD": self.devices, **faults,
+                "ASAN_OPTIONS": "verify_asan_link_order=0"}
+
 
 DEVICE = ["--capture", "walk", "--array", "aster", "--raw", "S16", "--raw-channels", str(CHANNELS)]
 
@@ -92,7 +98,7 @@ def device_gives_what_its_file_holds(check):
 
 def overrun_is_counted(check):
     """The frame during which samples were lost is left out; times go on with the clock."""
-    environment = {**check.alsa(), "LD_PRELOAD": check.devices, "VOXLOC_OVERRUN_AT": "12"}
+    environment = check.device_with(VOXLOC_OVERRUN_AT="12")
     status, records, error = check.live([*DEVICE, "-f", "csv", "--duration", "2"],
                                         environment=environment)
     rows = [row for row in records.splitlines() if row[:1].isdigit()]
@@ -102,8 +108,7 @@ def overrun_is_counted(check):
 
 
 def device_comes_back(check):
-    environment = {**check.alsa(), "LD_PRELOAD": check.devices, "VOXLOC_GONE_AT": "12",
-                   "VOXLOC_GONE_OPENS": "2"}
+    environment = check.device_with(VOXLOC_GONE_AT="12", VOXLOC_GONE_OPENS="2")
     began = time.monotonic()
     status, records, error = check.live([*DEVICE, "-f", "csv", "--duration", "2"],
                                         environment=environment)
@@ -117,8 +122,7 @@ def device_comes_back(check):
 
 
 def busy_device_is_named(check):
-    environment = {**check.alsa(), "LD_PRELOAD": check.devices, "VOXLOC_BUSY": "1"}
-    busy = check.live(DEVICE, environment=environment)
+    busy = check.live(DEVICE, environment=check.device_with(VOXLOC_BUSY="1"))
     missing = check.live(["--capture", "absent", "--array", "aster"], environment=check.alsa())
     return (busy == (1, "", "voxloc: cannot open the capture device walk: "
                             "Device or resource busy\n")
@@ -217,11 +221,14 @@ def latency_is_small(check):
         run.wait(timeout=10)
     median, worst = statistics.median(times), max(times)
     print(f"latency: {median:.2f} ms median, {worst:.2f} ms at worst of {len(times)} frames")
-    return median < LATENCY_LIMIT, times
+    return median < LATENCY_LIMIT or check.is_sanitised, times
 
 
 def memory_stays_flat(check):
     """With the page's history full, more sound takes no more memory."""
+    if check.is_sanitised:
+        print("memory: not measured, the sanitiser keeps what was freed")
+        return True, None
     run = subprocess.Popen([check.program, "live", "-", *RAW, "--serve", "0"],
                            stdin=subprocess.PIPE, stderr=subprocess.PIPE)
 
@@ -252,6 +259,7 @@ def main():
     parser = inputs.program()
     parser.add_argument("--talker", required=True)
     parser.add_argument("--devices", required=True)
+    parser.add_argument("--sanitised", action="store_true")
     arguments = parser.parse_args()
     failed = 0
     with tempfile.TemporaryDirectory() as folder:

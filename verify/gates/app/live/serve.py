@@ -260,7 +260,7 @@ def followers_are_bounded(arguments, folder):
 
 
 def slow_follower_holds_nobody_up(arguments, folder):
-    """Who does not read is left behind: the tracker goes on at its own speed."""
+    """Who does not read is left behind. The server waits five seconds for him, the tracker never."""
     with Server(arguments, folder) as server:
         links = []
         for _ in range(4):
@@ -270,14 +270,14 @@ def slow_follower_holds_nobody_up(arguments, folder):
             link.sendall(f"GET /events HTTP/1.1\r\nHost: 127.0.0.1:{server.port}\r\n\r\n".encode())
             links.append(link)
         time.sleep(0.3)
-        began = time.monotonic()
-        for _ in range(300):
-            server.feed(40)
+        longest = 0.0
+        for _ in range(200):
+            began = time.monotonic()
+            server.feed(40)  # which waits for the tracker as soon as the pipe is full
+            longest = max(longest, time.monotonic() - began)
         server.run.stdin.close()
         status = server.run.wait(timeout=60)
-        took = time.monotonic() - began
-        speed = 300 * 40 * inputs.FRAME / 48000 / took
-        return status == 0 and speed > 20, (status, took, speed)
+        return status == 0 and longest < 2, (status, longest)
 
 
 def events_carry_the_records(arguments, folder):
