@@ -145,7 +145,7 @@ require_packages() {
 packages_of_program() {
     echo g++ cmake ninja-build
     case "$1" in
-        clang) echo clang ;;
+        clang | fuzz) echo clang libclang-rt-14-dev ;;
         armhf*) echo g++-arm-linux-gnueabihf qemu-user-static ;;
         aarch64) echo g++-aarch64-linux-gnu qemu-user-static ;;
     esac
@@ -160,7 +160,7 @@ packages_of_app() {
 # Whether a preset has the program voxloc.
 has_app() {
     case "$1" in
-        release | clang | asan | bench*) return 0 ;;
+        release | clang | fuzz | asan | armhf-app | bench*) return 0 ;;
         *) return 1 ;;
     esac
 }
@@ -171,11 +171,13 @@ packages_of_preset() {
     packages_of_program "$1"
     case "$1" in
         armhf-static) ;;
+        armhf-app) echo googletest python3 ;;
         bench*) echo libbenchmark-dev libfftw3-dev libkissfft-dev pkg-config jq ;;
         *) echo googletest pkg-config ;;
     esac
     case "$1" in
-        release) echo valgrind ;;
+        release) echo valgrind python3 parallel slurm-wlm munge ;;
+        clang | asan) echo python3 ;;
         armhf) echo python3 ;;
     esac
 }
@@ -189,10 +191,17 @@ build_preset() {
     # shellcheck disable=SC2046  # a list of package names
     require_packages $(packages_of_preset "$preset")
     lock_builds
-    local app=OFF
-    ! has_app "$preset" || app=ON
-    quietly "$preset: configuring" cmake --preset "$preset" -B "$builds/$preset" \
-        -D "VOXLOC_REFERENCE=$builds/release" -D "VOXLOC_APP=$app"
+    local settings=(-D "VOXLOC_REFERENCE=$builds/release" -D VOXLOC_APP=OFF)
+    ! has_app "$preset" || settings+=(-D VOXLOC_APP=ON)
+    if [ "$preset" = armhf-app ]; then
+        local sysroot=$builds/armhf-sysroot
+        local libraries=$sysroot/usr/lib/arm-linux-gnueabihf others=$sysroot/lib/arm-linux-gnueabihf
+        quietly "$preset: collecting packages" tools/arm/appSysroot "$sysroot"
+        settings+=(-D "CMAKE_EXE_LINKER_FLAGS=-L$libraries -Wl,-rpath-link,$libraries:$others"
+            -D "VOXLOC_EMULATED_LIBRARIES=$libraries:$others")
+        local -x PKG_CONFIG_LIBDIR=$libraries/pkgconfig PKG_CONFIG_SYSROOT_DIR=$sysroot
+    fi
+    quietly "$preset: configuring" cmake --preset "$preset" -B "$builds/$preset" "${settings[@]}"
     quietly "$preset: building" cmake --build "$builds/$preset" "$@"
 }
 

@@ -3,10 +3,12 @@
 #include <voxloc/voxloc.h>
 #include <CLI/CLI.hpp>
 
+#include "arrays/arraysCommand.h"
 #include "common/failure.h"
 #include "common/signals.h"
 #include "live/liveCommand.h"
 #include "locate/locateCommand.h"
+#include "many/mergeCommand.h"
 
 namespace {
 
@@ -31,5 +33,7 @@ int main(int argc, char** argv) {
     int status = StatusSuccess;
     addLocateCommand(program, status);
     addLiveCommand(program, status);
+    addArraysCommand(program, status);
+    addMergeCommand(program, status);
     return run(program, argc, argv, status);
 }

@@ -10,4 +10,7 @@ set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm-static)
 if(NOT CMAKE_EXE_LINKER_FLAGS MATCHES "-static")  # a static program is to run on a bare machine
   list(APPEND CMAKE_CROSSCOMPILING_EMULATOR -L /usr/${triple})
 endif()
+if(VOXLOC_EMULATED_LIBRARIES)  # folders of further shared libraries, colons between them
+  list(APPEND CMAKE_CROSSCOMPILING_EMULATOR -E "LD_LIBRARY_PATH=${VOXLOC_EMULATED_LIBRARIES}")
+endif()
 include("${CMAKE_CURRENT_LIST_DIR}/crossSearch.cmake")

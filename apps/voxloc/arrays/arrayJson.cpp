@@ -1,21 +1,38 @@
 #include "arrays/arrayJson.h"
 
+#include <algorithm>
 #include <cmath>
-#include <fstream>
+#include <filesystem>
 #include <initializer_list>
-#include <iterator>
 #include <limits>
+#include <set>
 
 #include "common/failure.h"
 #include "common/text.h"
+#include "readers/file.h"
 
 namespace {
 
 constexpr int FormVersion = 1;
+constexpr std::size_t LongestFile = 1 << 20;  // bytes; an array takes about a thousand
+constexpr int DeepestNesting = 16;            // an array takes three
+constexpr std::size_t LongestName = 80;       // bytes
 
 // A grid that suits most arrays: 227 azimuths up to 64.8 degrees to either side, 131 elevations up
 // to 31.3 degrees up and down.
 constexpr float DefaultAzimuth = -0.905f, DefaultElevation = -0.52f, DefaultStep = 0.008f;
+
+bool isName(const std::string& text) {
+    return !text.empty() && text.size() <= LongestName &&
+           std::none_of(text.begin(), text.end(),
+                        [](char c) { return static_cast<unsigned char>(c) < 32 || c == 127; });
+}
+
+/** What an array is called that says nothing of its name. */
+std::string nameOfFile(const std::string& path) {
+    const std::string stem = std::filesystem::path(path).stem().string();
+    return isName(stem) ? stem : "array";
+}
 
 /** Reads the fields of one JSON object; every complaint begins with the place and the field. */
 class Fields {
@@ -30,9 +47,9 @@ class Fields {
 
     void allow(std::initializer_list<const char*> names) const {
         for (const auto& entry : object_.items()) {
-            bool isKnown = false;
-            for (const char* name : names) isKnown = isKnown || entry.key() == name;
-            if (!isKnown) fail(entry.key(), "is not a field of an array");
+            const bool isKnown = std::any_of(names.begin(), names.end(),
+                                             [&](const char* n) { return entry.key() == n; });
+            if (!isKnown) fail(inQuotes(entry.key()), "is not a field here");
         }
     }
 
@@ -63,6 +80,18 @@ class Fields {
                                 ? 1000000
                                 : value.get<std::int64_t>();
         return static_cast<std::int32_t>(std::max<std::int64_t>(-1000000, number));
+    }
+
+    std::string line(const Json& value, const std::string& field) const {
+        if (!value.is_string()) fail(field, "must be a text in quotes");
+        const std::string text = value.get<std::string>();
+        if (!isName(text)) fail(field, "must be one line of 1 to 80 bytes");
+        return text;
+    }
+
+    bool truth(const Json& value, const std::string& field) const {
+        if (!value.is_boolean()) fail(field, "must be true or false");
+        return value.get<bool>();
     }
 
     const Json& list(const Json& value, const std::string& field, std::size_t most) const {
@@ -117,19 +146,65 @@ void readGrid(const Fields& fields, const std::string& where, VoxlocArray& array
     read("sine_step", array.angleInterval);
 }
 
-void readChannels(const Fields& fields, VoxlocArray& array) {
+/** Reads a field if it is there; returns whether it was. */
+template <typename To, typename Read>
+bool readIfThere(const Fields& fields, const char* field, To& to, const Read& read) {
+    const Json* value = fields.find(field);
+    if (value != nullptr) to = read(*value, field);
+    return value != nullptr;
+}
+
+void readChannels(const Fields& fields, ArrayDraft& draft) {
+    VoxlocArray& array = draft.named.array;
+    const auto pair = [&](const Json& value, const char* field) {
+        return fields.pair(value, field);
+    };
+    const auto channel = [&](const Json& value, const char* field) {
+        return fields.integer(value, field);
+    };
     array.voiceChannels = {0, array.channels > 1 ? 1 : 0};
-    if (const Json* value = fields.find("voice_channels")) {
-        array.voiceChannels = fields.pair(*value, "voice_channels");
-    }
+    draft.hasVoiceChannels = readIfThere(fields, "voice_channels", array.voiceChannels, pair);
     array.noiseChannels = array.voiceChannels;
-    if (const Json* value = fields.find("noise_channels")) {
-        array.noiseChannels = fields.pair(*value, "noise_channels");
-    }
+    draft.hasNoiseChannels = readIfThere(fields, "noise_channels", array.noiseChannels, pair);
     array.timeDomainVoiceChannel = array.voiceChannels.first;
-    if (const Json* value = fields.find("time_domain_voice_channel")) {
-        array.timeDomainVoiceChannel = fields.integer(*value, "time_domain_voice_channel");
+    draft.hasTimeDomainVoiceChannel =
+        readIfThere(fields, "time_domain_voice_channel", array.timeDomainVoiceChannel, channel);
+}
+
+void readMicrophones(const Fields& fields, VoxlocArray& array) {
+    for (const Json& entry :
+         fields.list(fields.need("microphones"), "microphones", VOXLOC_MAX_CHANNELS)) {
+        array.microphone[array.channels] =
+            fields.position(entry, "microphones[" + std::to_string(array.channels) + "]");
+        ++array.channels;
     }
+}
+
+void readPairs(const Fields& fields, ArrayDraft& draft) {
+    VoxlocArray& array = draft.named.array;
+    draft.hasAzimuthPairs = readIfThere(fields, "azimuth_pairs", array.azimuthPairs,
+                                        [&](const Json& value, const char* field) {
+                                            return fields.pairs(value, field, array.azimuthPair);
+                                        });
+    draft.hasElevationPairs = readIfThere(
+        fields, "elevation_pairs", array.elevationPairs, [&](const Json& value, const char* field) {
+            return fields.pairs(value, field, array.elevationPair);
+        });
+}
+
+void readLoudspeaker(const Fields& fields, VoxlocArray& array) {
+    const Json* position = fields.find("loudspeaker");
+    const Json* attenuate = fields.find("attenuate_loudspeaker");
+    if (position != nullptr) {
+        array.loudspeaker = fields.position(*position, "loudspeaker");
+        array.attenuateLoudspeaker = 1;
+    }
+    if (attenuate == nullptr) return;
+    const bool isOn = fields.truth(*attenuate, "attenuate_loudspeaker");
+    if (isOn && position == nullptr) {
+        fields.fail("attenuate_loudspeaker", "needs the field loudspeaker");
+    }
+    array.attenuateLoudspeaker = isOn ? 1 : 0;
 }
 
 /** The library names its own fields; users know those of the file. */
@@ -168,7 +243,7 @@ double asWritten(float value) {
 }
 
 Json positionToJson(const Position& position) {
-    return {asWritten(position.x), asWritten(position.y), asWritten(position.z)};
+    return Json{asWritten(position.x), asWritten(position.y), asWritten(position.z)};
 }
 
 Json pairsToJson(const VoxlocPair* pairs, std::int32_t count) {
@@ -177,57 +252,119 @@ Json pairsToJson(const VoxlocPair* pairs, std::int32_t count) {
     return list;
 }
 
+bool areSame(const VoxlocArray& one, const VoxlocArray& other) {
+    return arrayToJson({"", one, {}}) == arrayToJson({"", other, {}});
+}
+
+/** A built-in array keeps what belongs to it alone: its grid, its upside-down check. */
+void readProduct(const Fields& fields, NamedArray& named) {
+    const Json* value = fields.find("product");
+    if (value == nullptr) return;
+    const std::string name = fields.line(*value, "product");
+    const VoxlocProduct* product = voxloc_findProductByName(name.c_str());
+    if (product == nullptr) fields.fail("product", "no built-in array is called " + inQuotes(name));
+    if (!areSame(product->array, named.array)) {
+        fields.fail("product", "this is not the built-in array " + name +
+                                   " any more: leave the field out of an array of your own");
+    }
+    named.product = product->type;
+}
+
+/** Refuses what the parser would pass over: fields that are there twice, bottomless nesting. */
+class ParserGuard {
+  public:
+    explicit ParserGuard(const std::string& where) : where_(where) {}
+
+    bool operator()(int depth, Json::parse_event_t event, const Json& parsed) {
+        if (depth > DeepestNesting) throw BadData(where_ + ": is nested too deeply");
+        if (event == Json::parse_event_t::object_start) seen_.emplace_back();
+        if (event == Json::parse_event_t::object_end) seen_.pop_back();
+        if (event == Json::parse_event_t::key) {
+            const std::string key = parsed.get<std::string>();
+            if (!seen_.back().insert(key).second) {
+                throw BadData(where_ + ": " + inQuotes(key) + ": is there twice");
+            }
+        }
+        return true;
+    }
+
+  private:
+    const std::string& where_;
+    std::vector<std::set<std::string>> seen_;
+};
+
+Json parsed(std::string_view text, const std::string& where) {
+    ParserGuard guard(where);
+    try {
+        return Json::parse(text, [&guard](int depth, Json::parse_event_t event, Json& value) {
+            return guard(depth, event, value);
+        });
+    } catch (const Json::parse_error& error) {
+        throw BadData(where + ": is not JSON from byte " + std::to_string(error.byte) + " on");
+    } catch (const Json::out_of_range&) {
+        throw BadData(where + ": holds a number beyond every sensible one");
+    }
+}
+
 }  // namespace
 
-NamedArray arrayFromJson(std::string_view text, const std::string& where) {
-    const Json json = Json::parse(text, nullptr, false);
-    if (json.is_discarded()) throw BadData(where + ": is not JSON");
+ArrayDraft draftFromJson(std::string_view text, const std::string& where) {
+    const Json json = parsed(text, where);
     const Fields fields(json, where);
-    fields.allow({"voxloc_array", "name", "comment", "microphones", "azimuth_pairs",
+    fields.allow({"voxloc_array", "name", "comment", "product", "microphones", "azimuth_pairs",
                   "elevation_pairs", "grid", "voice_channels", "noise_channels",
-                  "time_domain_voice_channel", "loudspeaker"});
+                  "time_domain_voice_channel", "loudspeaker", "attenuate_loudspeaker"});
     if (fields.integer(fields.need("voxloc_array"), "voxloc_array") != FormVersion) {
         fields.fail("voxloc_array", "must be " + std::to_string(FormVersion));
     }
-    NamedArray result;
-    result.name = where;
-    if (const Json* name = fields.find("name")) {
-        if (!name->is_string()) fields.fail("name", "must be a text");
-        result.name = name->get<std::string>();
-    }
-    VoxlocArray& array = result.array;
-    for (const Json& entry :
-         fields.list(fields.need("microphones"), "microphones", VOXLOC_MAX_CHANNELS)) {
-        array.microphone[array.channels] =
-            fields.position(entry, "microphones[" + std::to_string(array.channels) + "]");
-        ++array.channels;
-    }
-    array.azimuthPairs =
-        fields.pairs(fields.need("azimuth_pairs"), "azimuth_pairs", array.azimuthPair);
-    if (const Json* value = fields.find("elevation_pairs")) {
-        array.elevationPairs = fields.pairs(*value, "elevation_pairs", array.elevationPair);
-    }
-    readGrid(fields, where, array);
-    readChannels(fields, array);
-    if (const Json* value = fields.find("loudspeaker")) {
-        array.loudspeaker = fields.position(*value, "loudspeaker");
-        array.attenuateLoudspeaker = 1;
-    }
+    ArrayDraft draft;
+    draft.named.name = nameOfFile(where);
+    readIfThere(fields, "name", draft.named.name,
+                [&](const Json& value, const char* field) { return fields.line(value, field); });
+    readMicrophones(fields, draft.named.array);
+    readPairs(fields, draft);
+    readGrid(fields, where, draft.named.array);
+    readChannels(fields, draft);
+    readLoudspeaker(fields, draft.named.array);
+    readProduct(fields, draft.named);
+    return draft;
+}
+
+void checkArray(const NamedArray& named, const std::string& where) {
+    if (named.product) return;
     char reason[VOXLOC_REASON_SIZE] = "";
-    if (voxloc_checkArray(&array, reason) == 0) throw BadData(where + ": " + inFileTerms(reason));
-    return result;
+    if (voxloc_checkArray(&named.array, reason) == 0) {
+        throw BadData(where + ": " + inFileTerms(reason));
+    }
+}
+
+NamedArray arrayFromJson(std::string_view text, const std::string& where) {
+    const ArrayDraft draft = draftFromJson(text, where);
+    if (!draft.hasAzimuthPairs) {
+        throw BadData(where + ": azimuth_pairs: is missing; voxloc arrays suggest chooses pairs");
+    }
+    checkArray(draft.named, where);
+    return draft.named;
+}
+
+std::string readArrayText(const std::string& path) {
+    File file(path);
+    std::string text(LongestFile + 1, '\0');
+    text.resize(file.read(text.data(), text.size()));
+    if (text.size() > LongestFile) {
+        throw BadData(file.name() + ": is no array: longer than a megabyte");
+    }
+    return text;
 }
 
 NamedArray readArrayFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
-    if (!file.is_open() || file.bad()) throw cannot("read the array", path);
-    return arrayFromJson(text, path);
+    return arrayFromJson(readArrayText(path), path == "-" ? "standard input" : path);
 }
 
 Json arrayToJson(const NamedArray& named) {
     const VoxlocArray& array = named.array;
     Json json{{"voxloc_array", FormVersion}, {"name", named.name}};
+    if (named.product) json["product"] = voxloc_findProduct(*named.product)->name;
     Json microphones = Json::array();
     for (std::int32_t c = 0; c < array.channels; ++c) {
         microphones.push_back(positionToJson(array.microphone[c]));
@@ -241,6 +378,31 @@ Json arrayToJson(const NamedArray& named) {
     json["voice_channels"] = {array.voiceChannels.first, array.voiceChannels.second};
     json["noise_channels"] = {array.noiseChannels.first, array.noiseChannels.second};
     json["time_domain_voice_channel"] = array.timeDomainVoiceChannel;
-    if (array.attenuateLoudspeaker != 0) json["loudspeaker"] = positionToJson(array.loudspeaker);
+    const Position& loudspeaker = array.loudspeaker;
+    const bool isOn = array.attenuateLoudspeaker != 0;
+    if (isOn || loudspeaker.x != 0.0f || loudspeaker.y != 0.0f || loudspeaker.z != 0.0f) {
+        json["loudspeaker"] = positionToJson(loudspeaker);
+        json["attenuate_loudspeaker"] = isOn;
+    }
     return json;
+}
+
+std::string arrayToText(const NamedArray& named) {
+    std::string text = "{\n";
+    const Json json = arrayToJson(named);
+    for (const auto& entry : json.items()) {
+        text += "  " + Json(entry.key()).dump() + ": ";
+        if (entry.key() == "microphones") {
+            text += "[";
+            for (std::size_t i = 0; i < entry.value().size(); ++i) {
+                text += (i == 0 ? "\n    " : ",\n    ") + entry.value()[i].dump();
+            }
+            text += "\n  ]";
+        } else {
+            text += entry.value().dump();
+        }
+        text += ",\n";
+    }
+    text.erase(text.size() - 2, 1);  // the last comma
+    return text + "}\n";
 }

@@ -8,15 +8,20 @@
 #include "common/failure.h"
 #include "common/optionTexts.h"
 #include "locate/locate.h"
+#include "locate/locateReport.h"
+#include "many/manyOptions.h"
 
 namespace {
 
 struct Arguments {
     std::vector<std::string> files;
     LocateJob job;
+    ReportOptions report;
     std::string form, channels, clock;
     double end = 0.0;
-    bool hasEnd = false;
+    bool hasEnd = false, hidesProgress = false;
+    ManyOptions many;
+    const CLI::App* command = nullptr;
 };
 
 bool endsIn(const std::string& text, const std::string& end) {
@@ -33,16 +38,39 @@ RecordForm formOf(const Arguments& arguments) {
     return RecordForm::Text;
 }
 
+int runMany(const Arguments& arguments) {
+    const RecordForm form = arguments.form.empty() ? RecordForm::JsonLines : formOf(arguments);
+    ManyJob job = manyJob(*arguments.command, arguments.many, arguments.files, form);
+    job.showsProgress = isatty(STDERR_FILENO) != 0 && !arguments.hidesProgress;
+    return locateMany(job);
+}
+
 int runLocate(Arguments& arguments) {
     LocateJob& job = arguments.job;
-    if (arguments.files.size() != 1) throw WrongUsage("locate takes one file");
+    if (arguments.files.size() != 1 || !arguments.many.folder.empty()) return runMany(arguments);
     job.input = arguments.files.front();
     job.form = formOf(arguments);
     job.read.channels = channelsFrom(arguments.channels);
     job.clock = clockFrom(arguments.clock);
     if (arguments.hasEnd) job.read.end = arguments.end;
-    job.showsProgress = isatty(STDERR_FILENO) != 0;
-    return locate(job);
+    job.showsProgress = isatty(STDERR_FILENO) != 0 && !arguments.hidesProgress;
+    checkReportOptions(arguments.report, job.output);
+    LocateReport report(arguments.report, job.output);
+    return report.statusAfter(locate(job, report.observer()));
+}
+
+void addReportOptions(CLI::App& command, ReportOptions& options) {
+    command.add_option("--report", options.report,
+                       "Write the run as a page of plots, one HTML file that needs no network");
+    command.add_flag("--embed-audio", options.embedsAudio,
+                     "Put the sound of the first microphone into the page, 21 MB an hour");
+    command.add_option("--compare", options.compare,
+                       "Compare with this run (CSV or JSON lines), frame by frame");
+    command
+        .add_option("--tolerance", options.tolerance,
+                    "Degrees that --compare allows, 0 without; each also allows 0.1 m of range and "
+                    "0.02 of quality")
+        ->check(CLI::Range(0.0, 360.0));
 }
 
 void addOptions(CLI::App& command, Arguments& arguments) {
@@ -75,6 +103,8 @@ void addOptions(CLI::App& command, Arguments& arguments) {
     command.add_option("--raw-channels", job.read.rawChannels, "Channels of raw samples")
         ->check(CLI::Range(1, 1024));
     command.add_option("--raw-rate", job.read.rawRate, "Rate of raw samples in Hz");
+    command.add_flag("--no-progress", arguments.hidesProgress, "Never show how far the run is");
+    addManyOptions(command, arguments.many);
 }
 
 }  // namespace
@@ -84,7 +114,9 @@ void addLocateCommand(CLI::App& program, int& status) {
         program.add_subcommand("locate", "Says for each frame of a recording who talks from where");
     command->footer("Example: voxloc locate meeting.wav --array aster --format csv -o meeting.csv");
     const auto arguments = std::make_shared<Arguments>();
+    arguments->command = command;
     addOptions(*command, *arguments);
+    addReportOptions(*command, arguments->report);
     command->callback([arguments, &status] {
         status = guarded([](void* context) { return runLocate(*static_cast<Arguments*>(context)); },
                          arguments.get());

@@ -8,7 +8,10 @@
 
 class Output {
   public:
-    /** "-" is standard output. A file is written as PATH.part first. Throws BadData. */
+    /**
+     * "-" is standard output. A file is written as PATH.part first; a device or a named pipe as it
+     * is. Throws BadData.
+     */
     explicit Output(std::string path);
     /** Removes what was not finished. */
     ~Output();
@@ -26,6 +29,7 @@ class Output {
     [[noreturn]] void fail() const;
 
     std::string path_;
+    bool isStream_;
     std::FILE* file_;
 };
 

@@ -5,6 +5,7 @@ before is kept.
 --write renews it.
 """
 
+import argparse
 import dataclasses
 import os
 import pathlib
@@ -131,7 +132,7 @@ def run(program, folder, case):
     full = ">/dev/full" in words
     words = [word for word in words if word != ">/dev/full"]
     with open("/dev/full", "wb") as disk:
-        done = subprocess.run([program, *words], input=case.stdin, check=False,
+        done = subprocess.run([*program, *words], input=case.stdin, check=False,
                               stdout=disk if full else subprocess.PIPE, stderr=subprocess.PIPE,
                               timeout=60)
     return done.returncode, (done.stdout or b"").decode(), done.stderr.decode()
@@ -166,17 +167,18 @@ def table():
 
 def main():
     """Runs all cases."""
-    parser = inputs.program()
+    parser = argparse.ArgumentParser()
     parser.add_argument("--document", type=pathlib.Path, required=True)
     parser.add_argument("--write", action="store_true")
-    options = parser.parse_args()
+    options = inputs.options(parser)
+    program = inputs.program()
     if options.write:
         options.document.write_text(table())
     os.environ["LC_ALL"] = "C"
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
         make_inputs(folder)
-        fine = [check(options.program, folder, case) for case in cases()]
+        fine = [check(program, folder, case) for case in cases()]
     if options.document.read_text() != table():
         print(f"{options.document.name} holds other messages; --write renews it")
         fine.append(False)

@@ -15,7 +15,7 @@ def interrupted(program, folder):
     """Ctrl-C finishes the records with their summary; the status is that of shells."""
     output = folder / "live.csv"
     read, write = os.pipe()
-    run = subprocess.Popen([program, "locate", "-", "-o", str(output)], stdin=read,
+    run = subprocess.Popen([*program, "locate", "-", "-o", str(output)], stdin=read,
                            stderr=subprocess.PIPE)
     os.close(read)
     os.write(write, inputs.recording(0))
@@ -42,7 +42,7 @@ def reader_leaves(program, folder):
     """A closed pipe ends the program quietly."""
     path = folder / "long.rec"
     path.write_bytes(inputs.recording(1) + inputs.record(6) * 400)
-    run = subprocess.Popen([program, "locate", str(path), "-f", "jsonl"], stdout=subprocess.PIPE,
+    run = subprocess.Popen([*program, "locate", str(path), "-f", "jsonl"], stdout=subprocess.PIPE,
                            stderr=subprocess.PIPE)
     run.stdout.readline()
     run.stdout.close()
@@ -58,7 +58,7 @@ def wrong_words(program, _):
                             (["locate", "x", "--no-such-option"], 2),
                             (["locate", "x", "--format", "xml"], 2), (["locate", "a", "b"], 2),
                             (["--help"], 0), (["locate", "--help"], 0), (["--version"], 0)):
-        done = subprocess.run([program, *words], capture_output=True, text=True, check=False)
+        done = subprocess.run([*program, *words], capture_output=True, text=True, check=False)
         fine = done.returncode == expected
         fine = fine and (done.stdout if expected == 0 else done.stderr) != ""
         fine = fine and (done.stderr if expected == 0 else done.stdout) == ""
@@ -71,7 +71,7 @@ def wrong_words(program, _):
 
 def main():
     """Runs all."""
-    program = inputs.program().parse_args().program
+    program = inputs.program()
     fine = True
     for check in (interrupted, reader_leaves, wrong_words):
         with tempfile.TemporaryDirectory() as folder:

@@ -1,9 +1,9 @@
 """Small inputs for whole-program checks, made of bytes."""
 
 import argparse
-import pathlib
 import random
 import struct
+import sys
 import wave
 
 FRAME = 2048
@@ -12,10 +12,17 @@ ASTER_CHANNELS = 6
 
 
 def program():
-    """The program under test, from the command line; further options may be added first."""
-    parser = argparse.ArgumentParser()
-    parser.add_argument("--program", type=pathlib.Path, required=True)
-    return parser
+    """The words that start the program under test: --program [EMULATOR ...] PROGRAM --"""
+    if sys.argv[1] != "--program":
+        sys.exit("usage: SCRIPT --program [EMULATOR ...] PROGRAM -- [OPTIONS]")
+    end = sys.argv.index("--")
+    return sys.argv[2:end]
+
+
+def options(parser=None):
+    """What follows."""
+    parser = parser or argparse.ArgumentParser()
+    return parser.parse_args(sys.argv[sys.argv.index("--") + 1:])
 
 
 def record(channels, bits=24, flags=0, seed=1):

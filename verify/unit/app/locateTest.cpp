@@ -2,12 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
 
 #include "appFiles.h"
 #include "common/failure.h"
 #include "common/text.h"
 #include "kit/talker.h"
+#include "locate/locator.h"
 
 namespace {
 
@@ -75,6 +77,26 @@ std::string productName(const ::testing::TestParamInfo<std::uint32_t>& info) {
 }
 INSTANTIATE_TEST_SUITE_P(Every, LocateProduct, ::testing::Range(0U, voxloc_getNumberOfProducts()),
                          productName);
+
+// The library adds up one sample after the other: its rounding grows with the square root of 2048.
+TEST(Locator, GivesTheLevelsThatTheLibrarysEnergiesMean) {
+    const NamedArray array = findArray("gannet");
+    Locator locator(array);
+    InputFrame frame;
+    frame.bits = 16;
+    for (std::size_t c = 0; c < 8; ++c) {
+        for (std::size_t n = 0; n < FRAME_SAMPLES; ++n) {
+            frame.samples.push_back(static_cast<float>(codeOf(c, n)));
+        }
+    }
+    float energies[VOXLOC_MAX_CHANNELS];
+    voxloc_calculateSignalEnergy(frame.samples.data(), 16, 8, energies);
+    const Record record = locator.locate(frame);
+    for (std::size_t c = 0; c < 8; ++c) {
+        const double expected = 10.0 * std::log10(static_cast<double>(energies[c]) / 2048.0);
+        EXPECT_NEAR(static_cast<double>(record.level[c]), expected, 1e-4);
+    }
+}
 
 TEST(Locate, WritesTheSameBytesForTheSameInput) {
     const TemporaryFolder folder;

@@ -20,7 +20,7 @@ let puppeteer;
 try {
   puppeteer = (await import("puppeteer-core")).default;
 } catch {
-  console.log("skipped: puppeteer-core is missing; npm ci in verify/gates/app/live installs it");
+  console.log("skipped: puppeteer-core is missing; npm ci in verify/gates/app installs it");
   process.exit(0);
 }
 if (!existsSync(given.browser)) {

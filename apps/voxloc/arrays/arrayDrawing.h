@@ -1,0 +1,12 @@
+/** An array as a picture: where the microphones are and what they resolve. */
+#ifndef VOXLOC_APP_ARRAYS_ARRAY_DRAWING_H
+#define VOXLOC_APP_ARRAYS_ARRAY_DRAWING_H
+
+#include <string>
+
+#include "arrays/arrays.h"
+
+/** A whole SVG document, for light and dark. */
+std::string drawArray(const NamedArray& array);
+
+#endif
