@@ -6,6 +6,7 @@
 #include "arrays/arraysCommand.h"
 #include "common/failure.h"
 #include "common/signals.h"
+#include "live/liveCommand.h"
 #include "locate/locateCommand.h"
 #include "many/mergeCommand.h"
 
@@ -31,6 +32,7 @@ int main(int argc, char** argv) {
     program.failure_message(CLI::FailureMessage::simple);
     int status = StatusSuccess;
     addLocateCommand(program, status);
+    addLiveCommand(program, status);
     addArraysCommand(program, status);
     addMergeCommand(program, status);
     return run(program, argc, argv, status);

@@ -1,34 +1,15 @@
 // Recordings: as many frames as whole ones are there, each with bits that the tracker takes, and a
 // line that names the byte where something is wrong.
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <memory>
 #include <string>
 
 #include "common/failure.h"
 #include "fuzz.h"
+#include "memoryFile.h"
 #include "readers/recordingReader.h"
 
 namespace {
-
-/** A file in memory alone. */
-class MemoryFile {
-  public:
-    MemoryFile(const std::uint8_t* data, std::size_t size)
-        : descriptor_(memfd_create("recording", 0)) {
-        demand(write(descriptor_, data, size) == static_cast<ssize_t>(size), "memory for a file");
-    }
-    ~MemoryFile() { close(descriptor_); }
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
-
-    std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
-
-  private:
-    int descriptor_;
-};
 
 void readAll(const std::string& path, std::size_t size) {
     const std::unique_ptr<FrameReader> reader = openRecording(File(path));

@@ -84,6 +84,7 @@ void Summarizer::addPlace(const Place& place) {
 
 void Summarizer::close() {
     if (!open_.places.empty() && open_.last - open_.first + 1 >= ShortestFrames) {
+        if (closed_.turns.size() == mostTurns_) closed_.turns.erase(closed_.turns.begin());
         closed_.turns.push_back(open_.turn());
     }
     open_ = {};

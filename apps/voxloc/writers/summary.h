@@ -2,6 +2,7 @@
 #ifndef VOXLOC_APP_WRITERS_SUMMARY_H
 #define VOXLOC_APP_WRITERS_SUMMARY_H
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -24,6 +25,9 @@ struct Summary {
 /** Collects a run, record by record; its memory grows with the turns and not with the run. */
 class Summarizer {
   public:
+    Summarizer() = default;
+    /** Keeps the last `mostTurns` turns: a run without an end needs a bound. */
+    explicit Summarizer(std::size_t mostTurns) : mostTurns_(mostTurns) {}
     void add(const Record& record);
     /** With the turn that is still open. */
     Summary summary() const;
@@ -45,6 +49,7 @@ class Summarizer {
     void addPlace(const Place& place);
     void close();
 
+    std::size_t mostTurns_ = SIZE_MAX;
     Summary closed_;
     Stay open_;
     std::vector<float> recent_;     // azimuths of the open turn, the newest last
