@@ -73,7 +73,7 @@ FrameDifference differenceOf(const Record& here, const Record& there) {
 }
 
 Comparer::Comparer(const std::string& path, double tolerance) : reader_(path) {
-    result_.name = path;
+    result_.name = path == "-" ? "standard input" : path;
     result_.tolerance = tolerance;
     advance();
 }

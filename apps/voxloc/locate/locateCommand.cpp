@@ -54,7 +54,7 @@ int runLocate(Arguments& arguments) {
     job.clock = clockFrom(arguments.clock);
     if (arguments.hasEnd) job.read.end = arguments.end;
     job.showsProgress = isatty(STDERR_FILENO) != 0 && !arguments.hidesProgress;
-    checkReportOptions(arguments.report, job.output);
+    checkReportOptions(arguments.report, job);
     LocateReport report(arguments.report, job.output);
     return report.statusAfter(locate(job, report.observer()));
 }

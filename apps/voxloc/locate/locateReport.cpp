@@ -2,14 +2,17 @@
 
 #include <cstdio>
 
-void checkReportOptions(const ReportOptions& options, const std::string& recordsOutput) {
+void checkReportOptions(const ReportOptions& options, const LocateJob& job) {
     if (options.embedsAudio && options.report.empty()) {
         throw WrongUsage("--embed-audio needs a page to go into; give its file with --report");
     }
     if (options.tolerance && options.compare.empty()) {
         throw WrongUsage("--tolerance needs a run to compare with; give it with --compare");
     }
-    if (!options.report.empty() && options.report == recordsOutput) {
+    if (options.compare == "-" && job.input == "-") {
+        throw WrongUsage("standard input cannot be both the sound and the run to compare with");
+    }
+    if (!options.report.empty() && options.report == job.output) {
         throw WrongUsage("--report and the records go to the same place; give one another file");
     }
 }

@@ -19,8 +19,8 @@ struct ReportOptions {
     std::optional<double> tolerance;
 };
 
-/** Throws WrongUsage when the options make no sense with each other or with where records go. */
-void checkReportOptions(const ReportOptions& options, const std::string& recordsOutput);
+/** Throws WrongUsage when the options make no sense with each other or with the job's files. */
+void checkReportOptions(const ReportOptions& options, const LocateJob& job);
 
 /**
  * Watches one run. Damage of the other run or a disk that is full ends what it concerns with a
