@@ -13,7 +13,8 @@ float difference(float here, float there) {
     if (std::isnan(here) && std::isnan(there)) return 0.0f;
     if (here == there) return 0.0f;
     const float result = there - here;
-    return std::isnan(result) ? Infinity : result;
+    if (std::isnan(result)) return Infinity;
+    return result;
 }
 
 /** The same of two angles in degrees, the short way round. */

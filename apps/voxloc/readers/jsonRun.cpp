@@ -87,8 +87,9 @@ class JsonRun : public RunForm {
 
     bool bit(const json& object, const char* name) const {
         const json& value = field(object, name);
-        if (value != 0 && value != 1) refuse(name, value, "0 or 1");
-        return value == 1;
+        const std::uint64_t bit = value.is_number_unsigned() ? value.get<std::uint64_t>() : 2;
+        if (bit > 1) refuse(name, value, "0 or 1");
+        return bit == 1;
     }
 
     LineReader& lines_;
