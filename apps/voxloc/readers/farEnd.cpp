@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <fstream>
-#include <iterator>
 
 #include <voxloc/voxloc.h>
 
 #include "common/failure.h"
 #include "common/record.h"
 #include "common/text.h"
+#include "readers/file.h"
 
 FarEnd::FarEnd(std::string_view text, const std::string& name) {
     std::size_t number = 0;
@@ -43,9 +42,11 @@ FarEnd::FarEnd(std::string_view text, const std::string& name) {
 }
 
 FarEnd FarEnd::fromFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
-    if (!file.is_open() || file.bad()) throw cannot("read", path);
+    File file(path);
+    std::string text, block(65536, '\0');
+    while (const std::size_t size = file.read(block.data(), block.size())) {
+        text.append(block, 0, size);
+    }
     return FarEnd(text, path);
 }
 

@@ -37,7 +37,16 @@ TEST(FarEnd, NamesTheLineThatItCannotRead) {
     for (const char* text : {"0,1\nx,y", "1", "1,2,3", "-1,2", "0,nan", "0,inf", "from,to,what"}) {
         EXPECT_NE(refusal(text), "") << text;
     }
-    EXPECT_NE(refusalOf<BadData>([] { FarEnd::fromFile("/nonexistent/times.csv"); }), "");
+}
+
+TEST(FarEnd, IsReadFromAFile) {
+    const TemporaryFolder folder;
+    EXPECT_EQ(playingFrames(FarEnd::fromFile(folder.write("far.csv", "0.43,0.44\n"))),
+              (std::vector<int>{10}));
+    EXPECT_EQ(refusalOf<BadData>([&] { FarEnd::fromFile(folder.path("none")); }),
+              "cannot open " + folder.path("none") + ": No such file or directory");
+    EXPECT_EQ(refusalOf<BadData>([&] { FarEnd::fromFile(folder.path(".")); }),
+              folder.path(".") + " is a directory");
 }
 
 }  // namespace
