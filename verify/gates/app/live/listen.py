@@ -29,8 +29,9 @@ class Check:
         # Times and memory are measured of the program as it is alone.
         self.is_measured = not arguments.sanitised and len(self.program) == 1
         self.folder = folder
-        self.sound = subprocess.run([*inputs.program()[:-1], arguments.talker, "aster", "2", "-30", "40"],
-                                    stdout=subprocess.PIPE, check=True).stdout
+        talker = [*self.program[:-1], arguments.talker]
+        self.sound = subprocess.run([*talker, "aster", "2", "-30", "40"], stdout=subprocess.PIPE,
+                                    check=True).stdout
         self.frames = len(self.sound) // FRAME_BYTES
 
     def live(self, words, sound=b"", environment=None):
@@ -120,7 +121,8 @@ def device_comes_back(check):
     # It was tried after 0.2, 0.6 and 1.4 seconds; the time that is lost is counted.
     return (status == 0 and "walk is gone: No such device; waiting for it" in error
             and "walk is back" in error and len(samples) == 47
-            and 1.4 <= away < 10 and 1.4 < jump <= away + 2 * inputs.FRAME / 48000), (status, error, away, jump)
+            and 1.4 <= away < 10 and 1.4 < jump <= away + 2 * inputs.FRAME / 48000), \
+        (status, error, away, jump)
 
 
 def busy_device_is_named(check):

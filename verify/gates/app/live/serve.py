@@ -261,7 +261,7 @@ def followers_are_bounded(arguments, folder):
 
 
 def slow_follower_holds_nobody_up(arguments, folder):
-    """Who does not read is left behind. The server waits five seconds for him, the tracker never."""
+    """Who does not read is left behind: the server waits five seconds, the tracker never."""
     with Server(arguments, folder) as server:
         links = []
         for _ in range(4):
