@@ -62,7 +62,7 @@ function drawRings() {
     add(rings, "text", {x: -r, y: 8, "text-anchor": "middle"}, `${metres} m`);
   }
   for (let angle = -90; angle <= 90; angle += 30) {
-    const end = {x: -100 * Math.sin(angle * Math.PI / 180), y: -100 * Math.cos(angle * Math.PI / 180)};
+    const end = place(angle, radarScale);
     add(rings, "line", {x1: 0, y1: 0, x2: end.x, y2: end.y});
     if (Math.abs(angle) === 90) continue;
     const label = (angle > 0 ? "+" : "") + String(angle).replace("-", "−") + "°";
@@ -135,14 +135,16 @@ function drawTalker(now) {
     byId(id).setAttribute("cy", at.y.toFixed(2));
   }
   byId("dot").setAttribute("r", 4);
-  byId("halo").setAttribute("r", (4 + 8 * Math.min(now[Field.quality] / BestQuality, 1)).toFixed(1));
+  const glow = 8 * Math.min(now[Field.quality] / BestQuality, 1);
+  byId("halo").setAttribute("r", (4 + glow).toFixed(1));
   const ray = byId("ray");
   ray.setAttribute("x1", 0);
   ray.setAttribute("y1", 0);
   ray.setAttribute("x2", at.x.toFixed(2));
   ray.setAttribute("y2", at.y.toFixed(2));
-  byId("radar").setAttribute("aria-label", (talks ? "A talker" : "Nobody talks; the last talker was") +
-    ` at ${Math.round(now[Field.azimuth])} degrees, ${now[Field.range].toFixed(1)} metres`);
+  const who = talks ? "A talker" : "Nobody talks; the last talker was";
+  byId("radar").setAttribute("aria-label", `${who} at ` +
+    `${Math.round(now[Field.azimuth])} degrees, ${now[Field.range].toFixed(1)} metres`);
 }
 
 // --- Numbers, lights, levels ---------------------------------------------------------------------
@@ -161,7 +163,7 @@ function drawNumbers(now) {
     light.setAttribute("aria-label", light.textContent + (isOn ? ": on" : ": off"));
   }
   const ultrasound = now[Field.ultrasound];
-  text("ultrasound", "ultrasound " + (ultrasound === null ? "silent" : fixed(ultrasound, 0, " dB")));
+  text("ultrasound", `ultrasound ${fixed(ultrasound, 0, " dB")}`);
 }
 
 function drawLevels(now) {
@@ -200,7 +202,9 @@ function makeMeters() {
     name.textContent = `mic ${c}`;
     value.className = "value";
     row.append(name);
-    const meter = add(row, "svg", {class: "meter", viewBox: "0 0 100 10", preserveAspectRatio: "none"});
+    const meter = add(row, "svg", {
+      class: "meter", viewBox: "0 0 100 10", preserveAspectRatio: "none",
+    });
     add(meter, "rect", {class: "track", width: 100, height: 10});
     const fill = add(meter, "rect", {class: "fill", width: 0, height: 10});
     row.append(value);
@@ -259,7 +263,8 @@ function drawGrid({pen, colour, left, right, x, now, span, upper, lower, yAzimut
   for (let back = 0; back <= span + 0.5; back += 60) {
     pen.textAlign = back === 0 ? "right" : "center";
     const label = back === 0 ? "now" : `−${Math.round(back / 60)} min`;
-    if (x(now - back) >= left - 1) pen.fillText(label, Math.max(x(now - back), left + 14), lower.bottom + 14);
+    const at = x(now - back);
+    if (at >= left - 1) pen.fillText(label, Math.max(at, left + 14), lower.bottom + 14);
   }
 }
 
@@ -306,8 +311,8 @@ function drawMarks({pen, colour, left, x, upper, lower}) {
     pen.moveTo(x(time), upper.top);
     pen.lineTo(x(time), lower.bottom);
     pen.stroke();
-    const width = pen.measureText(mark.label).width;
-    pen.fillText(mark.label, Math.min(x(time) + 4, pen.canvas.clientWidth - width - 4), upper.top + 10);
+    const farthest = pen.canvas.clientWidth - pen.measureText(mark.label).width - 4;
+    pen.fillText(mark.label, Math.min(x(time) + 4, farthest), upper.top + 10);
   }
 }
 
@@ -331,7 +336,9 @@ function drawState() {
     label = "standing still";
     alarm = `The stream stands still: no sound for ${seconds} s.`;
   }
-  if (status && status.recordingStuck) alarm += " The recording does not grow any more: is the disk full?";
+  if (status && status.recordingStuck) {
+    alarm += " The recording does not grow any more: is the disk full?";
+  }
   if (isPaused && state === "running") state = label = "paused";
   const pill = byId("state");
   pill.className = "pill " + state;
@@ -396,7 +403,8 @@ function begin(about) {
 
 function connect() {
   const events = new EventSource("/events");
-  const on = (name, handle) => events.addEventListener(name, (event) => handle(JSON.parse(event.data)));
+  const on = (name, handle) =>
+    events.addEventListener(name, (event) => handle(JSON.parse(event.data)));
   events.onopen = () => {
     isLinked = true;
     lastFrameAt = performance.now();
