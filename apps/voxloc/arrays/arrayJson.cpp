@@ -84,7 +84,7 @@ class Fields {
 
     std::string line(const Json& value, const std::string& field) const {
         if (!value.is_string()) fail(field, "must be a text in quotes");
-        const std::string text = value.get<std::string>();
+        std::string text = value.get<std::string>();
         if (!isName(text)) fail(field, "must be one line of 1 to 80 bytes");
         return text;
     }

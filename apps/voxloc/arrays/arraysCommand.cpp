@@ -48,7 +48,8 @@ int runSuggest(Arguments& arguments) {
     const std::string& file = arguments.array;
     const std::string name = file == "-" ? "standard input" : file;
     const Suggestion suggestion = suggestPairs(draftFromJson(readArrayText(file), name), name);
-    for (const std::string& note : suggestion.notes) say(name + ": " + note);
+    for (const std::string& note : suggestion.notes)
+        say(std::string(name).append(": ").append(note));
     writeTo(arguments.output, arrayToText(suggestion.named));
     return StatusSuccess;
 }

@@ -143,6 +143,7 @@ std::vector<PairReach> Resolution::elevationPairs() const {
 std::vector<PairReach> Resolution::reaches(const VoxlocPair* pairs, int count,
                                            bool isElevation) const {
     std::vector<PairReach> all;
+    all.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i) all.push_back(reach(pairs[i], isElevation));
     return all;
 }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <numeric>
 
 #include "common/failure.h"
 
@@ -164,8 +166,8 @@ std::vector<std::int32_t> listenersOf(const VoxlocArray& array) {
                 : std::fabs(static_cast<double>(p.y) - middle);
         return std::lround(metres * 1e6);
     };
-    std::vector<std::int32_t> channels;
-    for (std::int32_t c = 0; c < array.channels; ++c) channels.push_back(c);
+    std::vector<std::int32_t> channels(static_cast<std::size_t>(array.channels));
+    std::iota(channels.begin(), channels.end(), 0);
     std::stable_sort(channels.begin(), channels.end(),
                      [&](std::int32_t a, std::int32_t b) { return badness(a) < badness(b); });
     return channels;

@@ -33,7 +33,9 @@ void appendOption(const CLI::Option& option, const std::string& name,
         words.push_back("--" + name);
         return;
     }
-    for (const std::string& value : option.results()) words.push_back("--" + name + "=" + value);
+    for (const std::string& value : option.results()) {
+        words.push_back(std::string("--").append(name).append("=").append(value));
+    }
 }
 
 }  // namespace

@@ -34,6 +34,7 @@ pid_t startSelf(const std::vector<std::string>& arguments) {
     std::vector<std::string> words{"voxloc"};
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (std::string& word : words) pointers.push_back(word.data());
     pointers.push_back(nullptr);
     const pid_t parent = getpid();

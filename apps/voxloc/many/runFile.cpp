@@ -31,7 +31,7 @@ std::optional<std::string> lastLine(std::ifstream& file) {
 }
 
 std::optional<Json> ofType(const std::optional<std::string>& line, const char* type) {
-    const std::optional<Json> json = line ? jsonOfLine(*line) : std::nullopt;
+    std::optional<Json> json = line ? jsonOfLine(*line) : std::nullopt;
     if (!json || !json->contains("type") || (*json)["type"] != type) return {};
     return json;
 }

@@ -53,7 +53,7 @@ bool LineReader::read(std::string& line) {
 }
 
 void LineReader::fail(const std::string& text) const {
-    throw BadData(file_.name() + ", line " + std::to_string(number_) + ": " + text);
+    throw BadData(file_.name() + ": line " + std::to_string(number_) + ": " + text);
 }
 
 RunReader::RunReader(const std::string& path) : lines_(path) {

@@ -18,7 +18,7 @@ class LineReader {
     /** The next line without its end; false at the end of the file. Throws BadData. */
     bool read(std::string& line);
 
-    /** Throws BadData "NAME, line N: TEXT", N that of the line read last. */
+    /** Throws BadData "NAME: line N: TEXT", N that of the line read last. */
     [[noreturn]] void fail(const std::string& text) const;
 
     const std::string& name() const { return file_.name(); }
@@ -46,7 +46,7 @@ class RunForm {
 
 class RunReader {
   public:
-    /** Reads the header. Throws BadData, as read() does: "NAME, line N: what is wrong". */
+    /** Reads the header. Throws BadData, as read() does: "NAME: line N: what is wrong". */
     explicit RunReader(const std::string& path);
     ~RunReader();
 

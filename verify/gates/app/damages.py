@@ -53,6 +53,11 @@ def make_inputs(folder):
     write("typo.json", b'{"voxloc_array": 1, "microfones": []}')
     write("pair.json", b'{"voxloc_array": 1, "microphones": [[0,0,0],[0,0.1,0]], '
                        b'"azimuth_pairs": [[0, 5]]}')
+    flags = "voice,td_voice,sound,far_end,noise_input,ultrasound,position_valid"
+    names = f"frame,sample,time,azimuth,elevation,range,quality,estimate,{flags},ultrasound_level"
+    run = f'# {{"type":"header","schema":1}}\n{names}\n0,0,0.0,1,2,3,0.5,0,0,0,0,0,0,0,1,-90\n'
+    write("cut.csv", run.encode())
+    write("off.csv", run.replace("0.5,0", "half,0").encode())
 
 
 def cases():
@@ -112,17 +117,36 @@ def cases():
         Case("far-end times that are none", locate("DIR/good.rec", "--far-end", "DIR/far.csv"),
              "DIR/far.csv: line 3: must be two times in seconds, from,to, not '2,x'"),
         Case("an array file that is no JSON", locate("DIR/six.wav", "-a", "DIR/text.json"),
-             "DIR/text.json: is not JSON"),
+             "DIR/text.json: is not JSON from byte 1 on"),
         Case("an array file that is no object", locate("DIR/six.wav", "-a", "DIR/list.json"),
              "DIR/list.json: must be an object in braces"),
         Case("an array file with an unknown field", locate("DIR/six.wav", "-a", "DIR/typo.json"),
-             "DIR/typo.json: microfones: is not a field of an array"),
+             "DIR/typo.json: 'microfones': is not a field here"),
         Case("an array file with an impossible pair", locate("DIR/six.wav", "-a", "DIR/pair.json"),
              "DIR/pair.json: azimuth_pairs[0][1]: 5 is not one of the channels"),
         Case("a full disk", locate("DIR/good.rec", "-o", "-", ">/dev/full"),
              "cannot write standard output: No space left on device"),
         Case("an output folder that is not there", locate("DIR/good.rec", "-o", "DIR/no/run.csv"),
              "cannot write DIR/no/run.csv: No such file or directory"),
+        Case("a page on a full disk", locate("DIR/good.rec", "--report", "/dev/full"),
+             "cannot write /dev/full: No space left on device"),
+        Case("a page and records in one place", locate("DIR/good.rec", "--report", "-"),
+             "--report and the records go to the same place; give one another file", 2),
+        Case("sound without a page", locate("DIR/good.rec", "--embed-audio"),
+             "--embed-audio needs a page to go into; give its file with --report", 2),
+        Case("a tolerance without a run", locate("DIR/good.rec", "--tolerance", "1"),
+             "--tolerance needs a run to compare with; give it with --compare", 2),
+        Case("a run to compare with that is none", locate("DIR/good.rec", "--compare",
+                                                          "DIR/other.bin"),
+             "DIR/other.bin: line 1: is not the header of a run; voxloc locate writes one as CSV "
+             "or JSON lines"),
+        Case("a run to compare with that was cut off", locate("DIR/good.rec", "--compare",
+                                                              "DIR/cut.csv"),
+             "DIR/cut.csv: line 3: is the last one; the run was cut off before its summary",
+             rows=3),
+        Case("a run to compare with that is damaged", locate("DIR/good.rec", "--compare",
+                                                             "DIR/off.csv"),
+             "DIR/off.csv: line 3: column quality is 'half', not a number"),
     ]
 
 

@@ -8,8 +8,11 @@
 
 #include "arrays/arrayJson.h"
 #include "common/failure.h"
+#include "kit/floatBits.h"
 
 namespace {
+
+using kit::bitsOf;
 
 const std::string Desk = R"({
     "voxloc_array": 1,
@@ -34,16 +37,26 @@ std::string refusal(const std::string& text) {
     return "not refused";
 }
 
+void expectSameBits(const Position& one, const Position& other) {
+    EXPECT_EQ(bitsOf(one.x), bitsOf(other.x));
+    EXPECT_EQ(bitsOf(one.y), bitsOf(other.y));
+    EXPECT_EQ(bitsOf(one.z), bitsOf(other.z));
+}
+
 void expectSameBits(const VoxlocArray& one, const VoxlocArray& other) {
     EXPECT_EQ(one.channels, other.channels);
-    EXPECT_EQ(0, std::memcmp(one.microphone, other.microphone, sizeof one.microphone));
-    EXPECT_EQ(0, std::memcmp(&one.loudspeaker, &other.loudspeaker, sizeof one.loudspeaker));
+    for (int c = 0; c < VOXLOC_MAX_CHANNELS; ++c) {
+        expectSameBits(one.microphone[c], other.microphone[c]);
+    }
+    expectSameBits(one.loudspeaker, other.loudspeaker);
     EXPECT_EQ(one.attenuateLoudspeaker, other.attenuateLoudspeaker);
     EXPECT_EQ(one.azimuthPairs, other.azimuthPairs);
     EXPECT_EQ(0, std::memcmp(one.azimuthPair, other.azimuthPair, sizeof one.azimuthPair));
     EXPECT_EQ(one.elevationPairs, other.elevationPairs);
     EXPECT_EQ(0, std::memcmp(one.elevationPair, other.elevationPair, sizeof one.elevationPair));
-    EXPECT_EQ(0, std::memcmp(&one.minimumAzimuth, &other.minimumAzimuth, 3 * sizeof(float)));
+    EXPECT_EQ(bitsOf(one.minimumAzimuth), bitsOf(other.minimumAzimuth));
+    EXPECT_EQ(bitsOf(one.minimumElevation), bitsOf(other.minimumElevation));
+    EXPECT_EQ(bitsOf(one.angleInterval), bitsOf(other.angleInterval));
     EXPECT_EQ(0, std::memcmp(&one.voiceChannels, &other.voiceChannels, 2 * sizeof(VoxlocPair)));
     EXPECT_EQ(one.timeDomainVoiceChannel, other.timeDomainVoiceChannel);
 }

@@ -150,7 +150,7 @@ TEST(Compare, DamageOfTheOtherRunIsSaid) {
     folder.write("run", text.substr(0, text.rfind('#')));
     Comparer comparer(path, 0.0);
     EXPECT_EQ(refusalOf<BadData>([&comparer] { comparer.finish(); }),
-              path + ", line 5: is the last one; the run was cut off before its summary");
+              path + ": line 5: is the last one; the run was cut off before its summary");
 }
 
 }  // namespace

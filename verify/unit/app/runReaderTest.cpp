@@ -108,7 +108,7 @@ std::string replaced(std::string text, const std::string& from, const std::strin
 TEST(RunReader, RefusesWhatIsNoRun) {
     EXPECT_EQ(damageOf(""), "run: is empty, not a run");
     const std::string said =
-        "run, line 1: is not the header of a run; voxloc locate writes one as CSV or JSON lines";
+        "run: line 1: is not the header of a run; voxloc locate writes one as CSV or JSON lines";
     EXPECT_EQ(damageOf("frame,sample\n"), said);
     EXPECT_EQ(damageOf("{\"type\":\"frame\"}\n"), said);
     EXPECT_EQ(damageOf("# {\"type\":\n"), said);
@@ -117,63 +117,63 @@ TEST(RunReader, RefusesWhatIsNoRun) {
 
 TEST(RunReader, RefusesAnotherSchema) {
     EXPECT_EQ(damageOf("# {\"type\":\"header\",\"schema\":99}\n"),
-              "run, line 1: the run has schema 99, this program reads 1");
+              "run: line 1: the run has schema 99, this program reads 1");
 }
 
 TEST(RunReader, SaysThatARunWasCutOff) {
     for (const RecordForm form : {RecordForm::Csv, RecordForm::JsonLines}) {
         std::string text = textOf(form);
         text.erase(text.rfind('\n', text.size() - 2) + 1);
-        EXPECT_EQ(damageOf(text), "run, line " + std::string(form == RecordForm::Csv ? "4" : "3") +
+        EXPECT_EQ(damageOf(text), "run: line " + std::string(form == RecordForm::Csv ? "4" : "3") +
                                       ": is the last one; the run was cut off before its summary");
     }
     EXPECT_EQ(damageOf("# {\"type\":\"header\",\"schema\":1}\n"),
-              "run, line 1: is the last one; the names of the columns are missing");
+              "run: line 1: is the last one; the names of the columns are missing");
 }
 
 TEST(RunReader, NamesTheColumnThatIsDamaged) {
     const std::string text = textOf(RecordForm::Csv);
     EXPECT_EQ(damageOf(replaced(text, "-60,", "-6o,")),
-              "run, line 3: column azimuth is '-6o', not a number");
+              "run: line 3: column azimuth is '-6o', not a number");
     EXPECT_EQ(damageOf(replaced(text, "-60,", "-6e300,")),
-              "run, line 3: column azimuth is '-6e300', not a number");
+              "run: line 3: column azimuth is '-6e300', not a number");
     EXPECT_EQ(damageOf(replaced(text, "\n1,", "\n-1,")),
-              "run, line 4: column frame is '-1', not a count");
+              "run: line 4: column frame is '-1', not a count");
     EXPECT_EQ(damageOf(replaced(text, "0.5,0,0", "0.5,2,0")),
-              "run, line 3: column estimate is '2', not 0 or 1");
+              "run: line 3: column estimate is '2', not 0 or 1");
     EXPECT_EQ(damageOf(replaced(text, "-60,", "-60,,")),
-              "run, line 3: has 20 columns instead of 19");
+              "run: line 3: has 20 columns instead of 19");
     EXPECT_EQ(damageOf(replaced(text, ",quality,", ",quantity,")),
-              "run, line 2: column quality is missing");
+              "run: line 2: column quality is missing");
 }
 
 TEST(RunReader, NamesTheFieldThatIsDamaged) {
     const std::string text = textOf(RecordForm::JsonLines);
     EXPECT_EQ(damageOf(replaced(text, "\"azimuth\":-60", "\"azimuth\":\"-60\"")),
-              "run, line 2: azimuth is \"-60\", not a number");
+              "run: line 2: azimuth is \"-60\", not a number");
     EXPECT_EQ(damageOf(replaced(text, "\"azimuth\":-60", "\"azimuth\":-6e300")),
-              "run, line 2: azimuth is -6e+300, not a number");
+              "run: line 2: azimuth is -6e+300, not a number");
     EXPECT_EQ(damageOf(replaced(text, "\"range\":", "\"angle\":")),
-              "run, line 2: range is missing");
+              "run: line 2: range is missing");
     EXPECT_EQ(damageOf(replaced(text, "\"voice\":0", "\"voice\":true")),
-              "run, line 2: voice is true, not 0 or 1");
+              "run: line 2: voice is true, not 0 or 1");
     EXPECT_EQ(damageOf(replaced(text, "\"frame\":1", "\"frame\":-1")),
-              "run, line 3: frame is -1, not a count");
+              "run: line 3: frame is -1, not a count");
     EXPECT_EQ(damageOf(replaced(text, "\"level\":[", "\"level\":[[],")),
-              "run, line 2: level is [], not a number");
+              "run: line 2: level is [], not a number");
     EXPECT_EQ(damageOf(replaced(text, "\"flags\":{", "\"flags\":[], \"was\":{")),
-              "run, line 2: flags is [], not an object");
+              "run: line 2: flags is [], not an object");
     EXPECT_EQ(damageOf(replaced(text, "{\"type\":\"frame\"", "{{\"type\":\"frame\"")),
-              "run, line 2: is not a JSON object");
+              "run: line 2: is not a JSON object");
 }
 
 TEST(RunReader, RefusesFramesOutOfOrder) {
     EXPECT_EQ(damageOf(replaced(textOf(RecordForm::Csv), "\n1,", "\n0,")),
-              "run, line 4: frame 0 comes after frame 0");
+              "run: line 4: frame 0 comes after frame 0");
 }
 
 TEST(RunReader, RefusesWhatFollowsTheSummary) {
-    EXPECT_EQ(damageOf(textOf(RecordForm::Csv) + "more\n"), "run, line 6: comes after the summary");
+    EXPECT_EQ(damageOf(textOf(RecordForm::Csv) + "more\n"), "run: line 6: comes after the summary");
 }
 
 TEST(RunReader, ReadsLinesThatEndAsOnOtherSystems) {
