@@ -11,6 +11,6 @@ struct LivePageFile {
     std::string_view text;
 };
 
-extern const std::array<LivePageFile, 4> LivePageFiles;
+extern const std::array<LivePageFile, 6> LivePageFiles;
 
 #endif

@@ -10,7 +10,7 @@ const FlagText = {
   voice: "voice", td_voice: "voice (time)", sound: "sound", far_end: "far end",
   noise_input: "noise frozen", ultrasound: "ultrasound", position_valid: "position valid",
 };
-const VoiceBit = 0, ValidBit = 7, UltrasoundBit = 5;
+const VoiceBit = 0, UltrasoundBit = 5;
 const BestQuality = 1.5; // the upper end of the scale
 const TrailSeconds = 10, StillAfter = 1000; // ms without a frame
 const RadarScales = [3, 5, 10]; // m
@@ -26,124 +26,14 @@ const fixed = (value, digits, unit) =>
   value === null ? "–" : value.toFixed(digits).replace("-", "−") + unit;
 
 let hello = null; // what does not change
-let records = []; // the last minutes
+let heard = []; // the last minutes
+let records = []; // the same, or what they were when the page was paused
 let marks = [];
 let status = null;
 let isPaused = false, isLinked = false, isDrawn = true, hasEnded = false;
 let lastFrameAt = performance.now();
 let radarScale = 3;
 let flagLights = [], meters = [];
-
-// --- Radar ---------------------------------------------------------------------------------------
-
-// From above: x, ahead of the array, up the page; y to the left.
-function place(azimuth, range) {
-  const length = Math.min(range / radarScale, 1.06) * 100, angle = azimuth * Math.PI / 180;
-  return {x: -length * Math.sin(angle), y: -length * Math.cos(angle)};
-}
-
-function add(parent, name, attributes, content) {
-  const element = document.createElementNS(Svg, name);
-  for (const [key, value] of Object.entries(attributes)) element.setAttribute(key, value);
-  if (content !== undefined) element.textContent = content;
-  parent.append(element);
-  return element;
-}
-
-function drawRings() {
-  const rings = byId("rings");
-  rings.replaceChildren();
-  add(rings, "path", {class: "sector", d: "M-100 0A100 100 0 0 1 100 0Z"});
-  const step = radarScale === 10 ? 2 : 1;
-  for (let metres = step; metres <= radarScale; metres += step) {
-    const r = metres / radarScale * 100;
-    add(rings, "path", {d: `M${-r} 0A${r} ${r} 0 0 1 ${r} 0`});
-    add(rings, "text", {x: r, y: 8, "text-anchor": "middle"}, `${metres} m`);
-    add(rings, "text", {x: -r, y: 8, "text-anchor": "middle"}, `${metres} m`);
-  }
-  for (let angle = -90; angle <= 90; angle += 30) {
-    const end = {x: -100 * Math.sin(angle * Math.PI / 180), y: -100 * Math.cos(angle * Math.PI / 180)};
-    add(rings, "line", {x1: 0, y1: 0, x2: end.x, y2: end.y});
-    if (Math.abs(angle) === 90) continue;
-    const label = (angle > 0 ? "+" : "") + String(angle).replace("-", "−") + "°";
-    const anchor = angle === 0 ? "middle" : angle > 0 ? "end" : "start"; // away from the arc
-    add(rings, "text", {x: end.x * 1.03, y: end.y * 1.03, "text-anchor": anchor}, label);
-  }
-  drawMicrophones();
-}
-
-// Drawn larger than they are: the array is a few centimetres wide.
-function drawMicrophones() {
-  const group = byId("microphones");
-  group.replaceChildren();
-  if (!hello) return;
-  const width = Math.max(...hello.microphones.map((at) => Math.abs(at[1])), 0.01);
-  for (const [x, y] of hello.microphones) {
-    add(group, "circle", {cx: -y / width * 9, cy: -x / width * 9, r: 1.2});
-  }
-}
-
-function isShown(record) {
-  return record[Field.hasEstimate] === 1 && record[Field.azimuth] !== null;
-}
-
-function trailOf(now) {
-  const since = now[Field.time] - TrailSeconds, trail = [];
-  for (let i = records.length - 1; i >= 0 && records[i][Field.time] >= since; --i) {
-    if (isShown(records[i]) && bit(records[i][Field.flags], VoiceBit)) trail.push(records[i]);
-  }
-  return trail;
-}
-
-function chooseScale(trail, now) {
-  const ranges = trail.map((record) => record[Field.range]);
-  if (isShown(now)) ranges.push(now[Field.range]);
-  // The ninth in ten: a single wild guess does not zoom out.
-  ranges.sort((a, b) => a - b);
-  const farthest = ranges.length === 0 ? 0 : ranges[Math.floor((ranges.length - 1) * 0.9)];
-  const scale = RadarScales.find((metres) => farthest <= metres * 0.97) || 10;
-  if (scale === radarScale) return;
-  radarScale = scale;
-  drawRings();
-}
-
-function drawTrail(trail, now) {
-  const group = byId("trail");
-  while (group.childNodes.length < trail.length) add(group, "circle", {});
-  while (group.childNodes.length > trail.length) group.lastChild.remove();
-  trail.forEach((record, i) => {
-    const at = place(record[Field.azimuth], record[Field.range]), dot = group.childNodes[i];
-    const age = (now[Field.time] - record[Field.time]) / TrailSeconds;
-    dot.setAttribute("cx", at.x.toFixed(1));
-    dot.setAttribute("cy", at.y.toFixed(1));
-    dot.setAttribute("r", (1.9 - 1.1 * age).toFixed(2));
-    dot.setAttribute("opacity", (0.75 - 0.65 * age).toFixed(2));
-  });
-}
-
-function drawTalker(now) {
-  const talker = byId("talker"), isHere = isShown(now);
-  const talks = bit(now[Field.flags], VoiceBit) === 1;
-  talker.setAttribute("class", !isHere ? "hidden" : talks ? "" : "held");
-  if (!isHere) {
-    byId("radar").setAttribute("aria-label", "No talker yet");
-    return;
-  }
-  const at = place(now[Field.azimuth], now[Field.range]);
-  for (const id of ["dot", "halo"]) {
-    byId(id).setAttribute("cx", at.x.toFixed(2));
-    byId(id).setAttribute("cy", at.y.toFixed(2));
-  }
-  byId("dot").setAttribute("r", 4);
-  byId("halo").setAttribute("r", (4 + 8 * Math.min(now[Field.quality] / BestQuality, 1)).toFixed(1));
-  const ray = byId("ray");
-  ray.setAttribute("x1", 0);
-  ray.setAttribute("y1", 0);
-  ray.setAttribute("x2", at.x.toFixed(2));
-  ray.setAttribute("y2", at.y.toFixed(2));
-  byId("radar").setAttribute("aria-label", (talks ? "A talker" : "Nobody talks; the last talker was") +
-    ` at ${Math.round(now[Field.azimuth])} degrees, ${now[Field.range].toFixed(1)} metres`);
-}
 
 // --- Numbers, lights, levels ---------------------------------------------------------------------
 
@@ -161,7 +51,7 @@ function drawNumbers(now) {
     light.setAttribute("aria-label", light.textContent + (isOn ? ": on" : ": off"));
   }
   const ultrasound = now[Field.ultrasound];
-  text("ultrasound", "ultrasound " + (ultrasound === null ? "silent" : fixed(ultrasound, 0, " dB")));
+  text("ultrasound", `ultrasound ${fixed(ultrasound, 0, " dB")}`);
 }
 
 function drawLevels(now) {
@@ -200,115 +90,15 @@ function makeMeters() {
     name.textContent = `mic ${c}`;
     value.className = "value";
     row.append(name);
-    const meter = add(row, "svg", {class: "meter", viewBox: "0 0 100 10", preserveAspectRatio: "none"});
+    const meter = add(row, "svg", {
+      class: "meter", viewBox: "0 0 100 10", preserveAspectRatio: "none",
+    });
     add(meter, "rect", {class: "track", width: 100, height: 10});
     const fill = add(meter, "rect", {class: "fill", width: 0, height: 10});
     row.append(value);
     levels.append(row);
     return {row, fill, value};
   });
-}
-
-// --- History -------------------------------------------------------------------------------------
-
-function drawHistory() {
-  const canvas = byId("history"), ratio = window.devicePixelRatio || 1;
-  const width = canvas.clientWidth, height = canvas.clientHeight;
-  if (width === 0) return;
-  if (canvas.width !== Math.round(width * ratio) || canvas.height !== Math.round(height * ratio)) {
-    canvas.width = Math.round(width * ratio);
-    canvas.height = Math.round(height * ratio);
-  }
-  const pen = canvas.getContext("2d");
-  pen.setTransform(ratio, 0, 0, ratio, 0, 0);
-  pen.clearRect(0, 0, width, height);
-  pen.font = "11px system-ui, sans-serif";
-  const style = getComputedStyle(document.documentElement);
-  const colour = (name) => style.getPropertyValue(name).trim();
-  const span = hello ? hello.historyFrames / hello.framesPerSecond : 180;
-  const now = records.length ? records[records.length - 1][Field.time] : 0;
-  const left = 40, right = width - 6;
-  const x = (time) => right - (now - time) / span * (right - left);
-  const upper = {top: 14, bottom: Math.round(height * 0.62)};
-  const lower = {top: Math.round(height * 0.71), bottom: height - 18};
-  const yAzimuth = (a) => upper.top + (90 - a) / 180 * (upper.bottom - upper.top);
-  const yQuality = (q) => lower.bottom - Math.min(q / BestQuality, 1) * (lower.bottom - lower.top);
-  const grid = {pen, colour, left, right, x, now, span, upper, lower, yAzimuth, yQuality};
-  drawGrid(grid);
-  drawCurves(grid);
-  drawMarks(grid);
-}
-
-function drawGrid({pen, colour, left, right, x, now, span, upper, lower, yAzimuth, yQuality}) {
-  pen.fillStyle = colour("--faint");
-  pen.strokeStyle = colour("--line");
-  pen.lineWidth = 1;
-  const across = (y, label) => {
-    pen.beginPath();
-    pen.moveTo(left, Math.round(y) + 0.5);
-    pen.lineTo(right, Math.round(y) + 0.5);
-    pen.stroke();
-    pen.textAlign = "right";
-    pen.fillText(label, left - 5, y + 4);
-  };
-  for (const a of [-90, -45, 0, 45, 90]) across(yAzimuth(a), String(a).replace("-", "−") + "°");
-  for (const q of [0, 0.5, 1, 1.5]) across(yQuality(q), q.toFixed(1));
-  pen.textAlign = "left";
-  pen.fillText("azimuth", left + 2, upper.top - 3);
-  pen.fillText("quality", left + 2, lower.top - 4);
-  for (let back = 0; back <= span + 0.5; back += 60) {
-    pen.textAlign = back === 0 ? "right" : "center";
-    const label = back === 0 ? "now" : `−${Math.round(back / 60)} min`;
-    if (x(now - back) >= left - 1) pen.fillText(label, Math.max(x(now - back), left + 14), lower.bottom + 14);
-  }
-}
-
-// Frames with voice in colour, all others faint.
-function drawCurves({pen, colour, left, x, yAzimuth, yQuality}) {
-  const voice = colour("--blue"), other = colour("--line"), line = colour("--purple");
-  for (const record of records) {
-    const at = x(record[Field.time]);
-    if (at < left || !isShown(record)) continue;
-    const talks = bit(record[Field.flags], VoiceBit);
-    pen.fillStyle = talks ? voice : other;
-    pen.fillRect(at - 1, yAzimuth(record[Field.azimuth]) - 1, talks ? 2.5 : 1.5, talks ? 2.5 : 1.5);
-  }
-  pen.strokeStyle = line;
-  pen.lineWidth = 1.2;
-  pen.beginPath();
-  let last = null;
-  for (const record of records) {
-    const at = x(record[Field.time]);
-    if (at < left || record[Field.quality] === null) continue;
-    // Where sound was lost the curve is, too.
-    const isNext = last !== null && record[Field.time] - last < 0.2;
-    pen[isNext ? "lineTo" : "moveTo"](at, yQuality(record[Field.quality]));
-    last = record[Field.time];
-  }
-  pen.stroke();
-}
-
-function timeOf(frame) {
-  for (let i = records.length - 1; i >= 0; --i) {
-    if (records[i][Field.frame] <= frame) return records[i][Field.time];
-  }
-  return null;
-}
-
-function drawMarks({pen, colour, left, x, upper, lower}) {
-  pen.strokeStyle = pen.fillStyle = colour("--orange");
-  pen.textAlign = "left";
-  pen.lineWidth = 1.5;
-  for (const mark of marks) {
-    const time = timeOf(mark.frame);
-    if (time === null || x(time) < left) continue;
-    pen.beginPath();
-    pen.moveTo(x(time), upper.top);
-    pen.lineTo(x(time), lower.bottom);
-    pen.stroke();
-    const width = pen.measureText(mark.label).width;
-    pen.fillText(mark.label, Math.min(x(time) + 4, pen.canvas.clientWidth - width - 4), upper.top + 10);
-  }
 }
 
 // --- State ---------------------------------------------------------------------------------------
@@ -331,7 +121,9 @@ function drawState() {
     label = "standing still";
     alarm = `The stream stands still: no sound for ${seconds} s.`;
   }
-  if (status && status.recordingStuck) alarm += " The recording does not grow any more: is the disk full?";
+  if (status && status.recordingStuck) {
+    alarm += " The recording does not grow any more: is the disk full?";
+  }
   if (isPaused && state === "running") state = label = "paused";
   const pill = byId("state");
   pill.className = "pill " + state;
@@ -355,7 +147,7 @@ function drawFooter(now) {
 function draw() {
   requestAnimationFrame(draw);
   drawState();
-  if (isDrawn || !hello || records.length === 0 || isPaused) return;
+  if (isDrawn || !hello || records.length === 0) return;
   isDrawn = true;
   const now = records[records.length - 1], trail = trailOf(now);
   chooseScale(trail, now);
@@ -371,16 +163,16 @@ function draw() {
 
 function take(more) {
   if (more.length === 0) return;
-  records = records.concat(more);
-  const most = hello ? hello.historyFrames : 4219;
-  if (records.length > most) records = records.slice(records.length - most);
+  heard = heard.concat(more).slice(-hello.historyFrames);
   lastFrameAt = performance.now();
+  if (isPaused) return;
+  records = heard;
   isDrawn = false;
 }
 
 function begin(about) {
   hello = about;
-  records = [];
+  heard = [];
   marks = [];
   hasEnded = false;
   text("about", `${about.array} · ${about.input}`);
@@ -396,7 +188,8 @@ function begin(about) {
 
 function connect() {
   const events = new EventSource("/events");
-  const on = (name, handle) => events.addEventListener(name, (event) => handle(JSON.parse(event.data)));
+  const on = (name, handle) =>
+    events.addEventListener(name, (event) => handle(JSON.parse(event.data)));
   events.onopen = () => {
     isLinked = true;
     lastFrameAt = performance.now();
@@ -427,6 +220,7 @@ function pause() {
   isPaused = !isPaused;
   byId("pause").setAttribute("aria-pressed", String(isPaused));
   text("pause", isPaused ? "Go on" : "Pause");
+  records = heard;
   isDrawn = false;
 }
 

@@ -1,5 +1,6 @@
 """`voxloc live` on pipes and on a device: ALSA's own plug-in that reads a file."""
 
+import argparse
 import os
 import pathlib
 import signal
@@ -23,23 +24,25 @@ class Check:
     """What every check works with."""
 
     def __init__(self, arguments, folder):
-        self.program = str(arguments.program)
+        self.program = inputs.program()
         self.devices = str(arguments.devices)
-        self.is_sanitised = arguments.sanitised
+        # Times and memory are measured of the program as it is alone.
+        self.is_measured = not arguments.sanitised and len(self.program) == 1
         self.folder = folder
-        self.sound = subprocess.run([arguments.talker, "aster", "2", "-30", "40"],
-                                    stdout=subprocess.PIPE, check=True).stdout
+        talker = [*self.program[:-1], arguments.talker]
+        self.sound = subprocess.run([*talker, "aster", "2", "-30", "40"], stdout=subprocess.PIPE,
+                                    check=True).stdout
         self.frames = len(self.sound) // FRAME_BYTES
 
     def live(self, words, sound=b"", environment=None):
         """A run to its end: status, standard output, standard error."""
-        run = subprocess.run([self.program, "live", *words], input=sound, capture_output=True,
+        run = subprocess.run([*self.program, "live", *words], input=sound, capture_output=True,
                              timeout=60, env={**os.environ, **(environment or {})})
         return run.returncode, run.stdout.decode(), run.stderr.decode()
 
     def locate(self, words, sound):
         """The records that locate gives, without the heading with the input's name."""
-        run = subprocess.run([self.program, "locate", "-", *words], input=sound,
+        run = subprocess.run([*self.program, "locate", "-", *words], input=sound,
                              capture_output=True, timeout=60, check=True)
         return run.stdout.decode().splitlines()[1:]
 
@@ -118,7 +121,8 @@ def device_comes_back(check):
     # It was tried after 0.2, 0.6 and 1.4 seconds; the time that is lost is counted.
     return (status == 0 and "walk is gone: No such device; waiting for it" in error
             and "walk is back" in error and len(samples) == 47
-            and 1.4 <= away < 10 and 1.4 < jump <= away + 2 * inputs.FRAME / 48000), (status, error, away, jump)
+            and 1.4 <= away < 10 and 1.4 < jump <= away + 2 * inputs.FRAME / 48000), \
+        (status, error, away, jump)
 
 
 def busy_device_is_named(check):
@@ -165,7 +169,7 @@ def wrong_words_are_refused(check):
 def interrupted(check):
     """Ctrl-C finishes the records with their summary, and the recording."""
     recording = check.folder / "live.rec"
-    run = subprocess.Popen([check.program, "live", "-", *RAW, "--record", str(recording)],
+    run = subprocess.Popen([*check.program, "live", "-", *RAW, "--record", str(recording)],
                            stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
     run.stdin.write(check.sound[:20 * FRAME_BYTES])
     run.stdin.flush()
@@ -187,7 +191,7 @@ def full_disk_is_noticed(check):
     recording = check.folder / "full.rec"
     limit = 40 * 8 * CHANNELS  # KiB: of 94 frames about 40
     run = subprocess.run(["bash", "-c", f'trap "" XFSZ; ulimit -f {limit}; exec "$@"', "-",
-                          check.program, "live", "-", *RAW, "-f", "csv",
+                          *check.program, "live", "-", *RAW, "-f", "csv",
                           "--record", str(recording)],
                          input=check.sound, capture_output=True, timeout=60)
     error = run.stderr.decode()
@@ -198,7 +202,7 @@ def full_disk_is_noticed(check):
 
 def latency_is_small(check):
     """From the write of a frame's last sample to the whole line of its record."""
-    run = subprocess.Popen([check.program, "live", "-", *RAW, "-f", "csv"], bufsize=0,
+    run = subprocess.Popen([*check.program, "live", "-", *RAW, "-f", "csv"], bufsize=0,
                            stdin=subprocess.PIPE, stdout=subprocess.PIPE)
     lines = run.stdout
     times = []
@@ -221,15 +225,15 @@ def latency_is_small(check):
         run.wait(timeout=10)
     median, worst = statistics.median(times), max(times)
     print(f"latency: {median:.2f} ms median, {worst:.2f} ms at worst of {len(times)} frames")
-    return median < LATENCY_LIMIT or check.is_sanitised, times
+    return median < LATENCY_LIMIT or not check.is_measured, times
 
 
 def memory_stays_flat(check):
     """With the page's history full, more sound takes no more memory."""
-    if check.is_sanitised:
+    if not check.is_measured:
         print("memory: not measured, the sanitiser keeps what was freed")
         return True, None
-    run = subprocess.Popen([check.program, "live", "-", *RAW, "--serve", "0"],
+    run = subprocess.Popen([*check.program, "live", "-", *RAW, "--serve", "0"],
                            stdin=subprocess.PIPE, stderr=subprocess.PIPE)
 
     def resident():
@@ -254,17 +258,23 @@ CHECKS = [pipe_gives_what_locate_gives, wav_needs_no_form, device_gives_what_its
           damage_keeps_what_came_before, wrong_words_are_refused, interrupted,
           full_disk_is_noticed, latency_is_small, memory_stays_flat]
 
+# Those that put a library in front of ALSA's, which would get in front of an emulator's, too.
+FAULTY = [overrun_is_counted, device_comes_back, busy_device_is_named]
+
 
 def main():
-    parser = inputs.program()
+    parser = argparse.ArgumentParser()
     parser.add_argument("--talker", required=True)
     parser.add_argument("--devices", required=True)
     parser.add_argument("--sanitised", action="store_true")
-    arguments = parser.parse_args()
+    arguments = inputs.options(parser)
     failed = 0
     with tempfile.TemporaryDirectory() as folder:
         check = Check(arguments, pathlib.Path(folder))
         for one in CHECKS:
+            if one in FAULTY and len(check.program) > 1:
+                print("left out under an emulator: " + one.__name__)
+                continue
             passed, seen = one(check)
             print(("ok      " if passed else "FAILED  ") + one.__name__)
             if not passed:

@@ -1,6 +1,7 @@
 // The live page in a headless browser:
 //
-//     node page.mjs --program voxloc --talker verify_talkerStream --browser chromium [--pictures DIR]
+//     node page.mjs --program voxloc --talker verify_talkerStream --browser chromium
+//         [--pictures FOLDER]
 //
 // Prints "skipped: ..." where the browser or its driver is missing.
 import assert from "node:assert/strict";
@@ -62,7 +63,9 @@ class Program {
   write(frame, silentChannel) {
     const bytes = Buffer.from(sound.subarray(frame * frameBytes, (frame + 1) * frameBytes));
     if (silentChannel !== undefined) {
-      for (let n = 0; n < 2048; ++n) bytes.fill(0, (n * channels + silentChannel) * 3, (n * channels + silentChannel) * 3 + 3);
+      for (let at = silentChannel * 3; at < bytes.length; at += channels * 3) {
+        bytes.fill(0, at, at + 3);
+      }
     }
     this.run.stdin.write(bytes);
   }
@@ -109,7 +112,8 @@ async function open(program, {width = 1280, height = 900, path = ""} = {}) {
 }
 
 const read = (page, id) => page.$eval("#" + id, (element) => element.textContent);
-const number = async (page, id) => Number((await read(page, id)).replace("−", "-").replace(/[^\d.-]/g, ""));
+const number = async (page, id) =>
+  Number((await read(page, id)).replace("−", "-").replace(/[^\d.-]/g, ""));
 const picture = (page, name) =>
   given.pictures && page.screenshot({path: join(given.pictures, name + ".png"), fullPage: true});
 
@@ -123,6 +127,11 @@ async function eventually(what, test, seconds = 8) {
   }
   assert.fail(`${what}: ${JSON.stringify(seen)}`);
 }
+
+const becomes = (page, id, wanted) => eventually(id, async () => {
+  const seen = await read(page, id);
+  return wanted.test(seen) || seen;
+});
 
 // Where the radar shows the talker, as an azimuth in degrees.
 const radarAzimuth = (page) => page.evaluate(() => {
@@ -146,7 +155,8 @@ async function radarFollows() {
     assert.ok(await page.$eval("[data-flag=voice]", (light) => light.classList.contains("on")));
   }
   assert.ok(await page.$$eval("#trail circle", (dots) => dots.length) > 40);
-  const levels = await page.$$eval("#levels .value", (values) => values.map((value) => value.textContent));
+  const levels = await page.$$eval("#levels .value",
+    (values) => values.map((value) => value.textContent));
   assert.equal(levels.length, channels);
   assert.ok(levels.every((level) => /^−[1-4]\d dB$/.test(level)), String(levels));
   await picture(page, "desktop");
@@ -182,8 +192,8 @@ async function stillStreamIsTold() {
   const program = await Program.start(0);
   const page = await open(program);
   await program.talk(0, 0.5);
-  await eventually("running", async () => (await read(page, "state")) === "running" || await read(page, "state"));
-  await eventually("still", async () => /stands still: no sound for [1-9]/.test(await read(page, "alarm")) || await read(page, "alarm"));
+  await becomes(page, "state", /^running$/);
+  await becomes(page, "alarm", /stands still: no sound for [1-9]/);
   await picture(page, "still");
   await program.talk(0, 0.5);
   assert.equal(await read(page, "state"), "running");
@@ -197,12 +207,12 @@ async function linksAgain() {
   const page = await open(program);
   await program.talk(0, 0.5);
   await program.end();
-  await eventually("ended", async () => (await read(page, "state")) === "ended" || await read(page, "state"));
+  await becomes(page, "state", /^ended$/);
   const again = await Program.start(program.port);
   await eventually("running again", async () => {
     await again.talk(1, 0.3);
-    return (await read(page, "state")) === "running" && Math.abs(await number(page, "azimuth") - 30) < 4 ||
-      [await read(page, "state"), await read(page, "azimuth")];
+    const state = await read(page, "state"), azimuth = await number(page, "azimuth");
+    return state === "running" && Math.abs(azimuth - 30) < 4 || [state, azimuth];
   }, 15);
   await page.close();
   await again.end();
@@ -233,11 +243,12 @@ async function marks() {
   await page.keyboard.press("m");
   await page.keyboard.type("door opens");
   await page.keyboard.press("Enter");
-  await eventually("answer", async () => (await read(page, "markSaid")).includes("door opens") || await read(page, "markSaid"));
+  await becomes(page, "markSaid", /door opens/);
   const lines = readFileSync(join(folder, "walk.rec.marks.jsonl"), "utf8").trim().split("\n");
   assert.equal(lines.length, 1);
   assert.equal(JSON.parse(lines[0]).label, "door opens");
-  await eventually("the others see it", () => other.evaluate(() => marks.length === 1 && marks[0].label === "door opens"));
+  await eventually("the others see it", () =>
+    other.evaluate(() => marks.length === 1 && marks[0].label === "door opens"));
   assert.deepEqual(page.wrong, []);
   await page.close();
   await other.close();
@@ -262,7 +273,8 @@ async function fitsATelephone() {
   assert.ok(radar > 330, `radar ${radar}`);
   await picture(page, "telephone");
   await page.keyboard.press("t");
-  assert.equal(await page.evaluate(() => getComputedStyle(document.body).backgroundColor), "rgb(246, 247, 248)");
+  const light = await page.evaluate(() => getComputedStyle(document.body).backgroundColor);
+  assert.equal(light, "rgb(246, 247, 248)");
   await page.close();
   await program.end();
 }
@@ -326,8 +338,9 @@ async function foreignPagesLearnNothing() {
     assert.equal(learnt[way], "refused", way);
   }
   const framed = page.frames().find((frame) => frame !== page.mainFrame());
-  assert.ok(!framed || !(await framed.evaluate(() => document.getElementById("radar") !== null).catch(() => false)),
-    "the page is not shown in a frame");
+  const isShown = framed && await framed.evaluate(() => document.getElementById("radar") !== null)
+    .catch(() => false);
+  assert.ok(!isShown, "the page is not shown in a frame");
   assert.equal(readFileSync(join(folder, "foreign.rec.marks.jsonl"), "utf8"), "");
   // A name of theirs that leads to this machine.
   const answer = await page.goto(`http://rebound.example:${program.port}/events`);

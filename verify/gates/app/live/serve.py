@@ -1,5 +1,6 @@
 """The server of `voxloc live`, byte by byte: who gets an answer and which."""
 
+import argparse
 import json
 import os
 import pathlib
@@ -24,11 +25,11 @@ class Server:
     """The program with its page at a free port, fed with the same second over and over."""
 
     def __init__(self, arguments, folder, *words, host="127.0.0.1"):
-        self.sound = subprocess.run([arguments.talker, "aster", "2", "-30"],
+        self.sound = subprocess.run([*inputs.program()[:-1], arguments.talker, "aster", "2", "-30"],
                                     stdout=subprocess.PIPE, check=True).stdout
         serve = "0" if host == "127.0.0.1" else f"{host}:0"
         self.run = subprocess.Popen(
-            [str(arguments.program), "live", "-", "--array", "aster", "--raw", "S24_3",
+            [*inputs.program(), "live", "-", "--array", "aster", "--raw", "S24_3",
              "--raw-channels", str(CHANNELS), "--serve", serve, *words],
             stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, cwd=folder)
         said = self.run.stderr.readline().decode()
@@ -196,7 +197,7 @@ def token_files_are_checked(arguments, folder):
     path = pathlib.Path(folder) / "token"
     for content in ("", "short", "x" * 300, "sixteen chars and a blank"):
         path.write_text(content)
-        run = subprocess.run([str(arguments.program), "live", "-", "--array", "aster", "--serve",
+        run = subprocess.run([*inputs.program(), "live", "-", "--array", "aster", "--serve",
                               "127.0.0.1:0", "--token-file", str(path)], capture_output=True,
                              stdin=subprocess.DEVNULL, timeout=20)
         if run.returncode != 1 or b"a token is a line of 16 to 256" not in run.stderr:
@@ -206,7 +207,7 @@ def token_files_are_checked(arguments, folder):
 
 def taken_port_is_named(arguments, folder):
     with Server(arguments, folder) as server:
-        run = subprocess.run([str(arguments.program), "live", "-", "--array", "aster", "--raw",
+        run = subprocess.run([*inputs.program(), "live", "-", "--array", "aster", "--raw",
                               "S16", "--raw-channels", "6", "--serve", str(server.port)],
                              capture_output=True, stdin=subprocess.DEVNULL, timeout=20)
         expected = (f"voxloc: cannot serve on http://127.0.0.1:{server.port}/: "
@@ -260,7 +261,7 @@ def followers_are_bounded(arguments, folder):
 
 
 def slow_follower_holds_nobody_up(arguments, folder):
-    """Who does not read is left behind. The server waits five seconds for him, the tracker never."""
+    """Who does not read is left behind: the server waits five seconds, the tracker never."""
     with Server(arguments, folder) as server:
         links = []
         for _ in range(4):
@@ -344,10 +345,9 @@ CHECKS = [only_its_own_names, only_get, nothing_for_other_sites, headers_are_str
 
 
 def main():
-    parser = inputs.program()
+    parser = argparse.ArgumentParser()
     parser.add_argument("--talker", required=True)
-    arguments = parser.parse_args()
-    arguments.program = arguments.program.resolve()
+    arguments = inputs.options(parser)
     failed = 0
     for one in CHECKS:
         with tempfile.TemporaryDirectory() as folder:
