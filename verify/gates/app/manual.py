@@ -7,6 +7,8 @@ import shutil
 import subprocess
 import sys
 
+import inputs
+
 OPTION = re.compile(r"^  (?:(-\w),)?(--[\w-]+)(?: .*?\{([^}]*)\})?", re.M)
 FAILURES = []
 
@@ -90,23 +92,23 @@ def check_completion(program, completion, words, text):
 
 def main():
     parser = argparse.ArgumentParser()
-    parser.add_argument("--program", nargs="+", required=True)
     parser.add_argument("manual")
     parser.add_argument("completion")
-    arguments = parser.parse_args()
+    arguments = inputs.options(parser)
+    started = inputs.program()
     with open(arguments.manual, encoding="utf-8") as file:
         manual = file.read()
     check_layout(arguments.manual)
-    commands = list(commands_of(arguments.program))
+    commands = list(commands_of(started))
     check(len(commands) >= 5, "there are fewer commands than ever")
     # An emulator cannot be called by the name of the program.
-    completes = len(arguments.program) == 1 and shutil.which("bash")
+    completes = len(started) == 1 and shutil.which("bash")
     for words, text in commands:
         check_manual(manual, words, text)
         if completes:
-            check_completion(arguments.program[0], arguments.completion, words, text)
+            check_completion(started[0], arguments.completion, words, text)
     if completes:
-        program = arguments.program[0]
+        program = started[0]
         names = completed(program, arguments.completion, [""])
         check(names == {words[0] for words, _ in commands if words}, f"completion of '': {names}")
         arrays = completed(program, arguments.completion, ["locate", "--array", ""])
