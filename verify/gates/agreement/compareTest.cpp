@@ -4,12 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdio>
 #include <fstream>
 #include <ostream>
 #include <stdexcept>
 
 #include "fingerprint.h"
+#include "kit/temporaryFile.h"
 #include "scenario.h"
 
 namespace {
@@ -204,11 +204,13 @@ TEST(Fingerprint, knowsOneNotANumberOnly) {
 }
 
 class DumpFile : public testing::Test {
+  private:
+    const TemporaryFile file;
+
   protected:
-    const std::string path = testing::TempDir() + "agreement-dumpFileTest";
+    const std::string path = file.path();
 
     void write(const char* text) { std::ofstream(path) << text; }
-    void TearDown() override { std::remove(path.c_str()); }
 };
 
 TEST_F(DumpFile, isReadBack) {
