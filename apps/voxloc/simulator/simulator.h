@@ -52,7 +52,10 @@ struct Direction {
     double range = 1.0;                     // metres
 };
 
-/** A single voice, on the scale of 24 bits at 48 kHz; read again from its start at its end. */
+/**
+ * A single voice, on the scale of 24 bits at 48 kHz. Its sample n sounds at sample n of the
+ * recording, whatever segment that is in, and again each time that its length has gone by.
+ */
 using Voice = std::shared_ptr<const std::vector<float>>;
 
 /** The clip that the test audio generator reads. */
@@ -117,6 +120,17 @@ std::vector<Point> microphonesOf(const VoxlocArray& array, const Scene& scene);
  * when the room cannot have such an echo, or when counts do not match.
  */
 Recording simulate(const VoxlocArray& array, const Scene& scene);
+
+/**
+ * The same in two steps, to hear one talker in several noises: the talker alone, and the recording
+ * with the noise, the errors and the gain of a scene whose other fields are those of the talker's.
+ */
+struct TalkerSound {
+    std::vector<std::vector<float>> channel;
+    double power = 0.0;  // mean square over the segments with a voice
+};
+TalkerSound talkerSound(const VoxlocArray& array, const Scene& scene);
+Recording recordingOf(const VoxlocArray& array, const Scene& scene, TalkerSound talker);
 
 /** Errors drawn evenly from -limit to limit (delays from 0 on), the same ones for the same seed. */
 std::vector<MicrophoneError> drawErrors(int channels, const MicrophoneError& limit,
