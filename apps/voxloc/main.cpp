@@ -6,6 +6,7 @@
 #include "arrays/arraysCommand.h"
 #include "common/failure.h"
 #include "common/signals.h"
+#include "doctor/doctorCommand.h"
 #include "live/liveCommand.h"
 #include "locate/locateCommand.h"
 #include "many/mergeCommand.h"
@@ -35,5 +36,6 @@ int main(int argc, char** argv) {
     addLiveCommand(program, status);
     addArraysCommand(program, status);
     addMergeCommand(program, status);
+    addDoctorCommand(program, status);
     return run(program, argc, argv, status);
 }
