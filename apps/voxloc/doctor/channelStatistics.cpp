@@ -15,8 +15,9 @@ constexpr std::array<double, 2> Mains{50.0, 60.0};  // Hz
 constexpr int Harmonics = 7;
 constexpr std::array<double, 4> Aside{-9.0, -5.0, 5.0, 9.0};  // Hz from a line
 constexpr double QuietShare = 0.2;                            // of the blocks: voices pause in them
-constexpr double ClearLine = 14.0;  // dB above what is around, for one line alone
-constexpr double AnyLine = 10.0;    // dB, for each of several
+constexpr double ClearLine = 12.0;  // dB above what is around, for one line alone
+constexpr double AnyLine = 10.0;    // dB, for each of LeastLines
+constexpr int LeastLines = 3;       // two may be a voice's
 constexpr double LeastHum = -75.0;  // dB of full scale
 constexpr float SamePlateau = 0.9999f;
 constexpr std::uint64_t LeastRun = 3;  // samples
@@ -30,18 +31,18 @@ double decibels(double meanSquare) {
     return meanSquare > 1e-20 ? 10.0 * std::log10(meanSquare) : LowestLevel;
 }
 
-/** Mean square of a sine of that frequency, under a Hann window. */
-double linePower(const std::vector<double>& block, double frequency) {
-    const double step = 2.0 * M_PI * frequency / ThinRate;
-    const double turn = 2.0 * M_PI / static_cast<double>(block.size());
-    double re = 0.0, im = 0.0;
-    for (std::size_t n = 0; n < block.size(); ++n) {
-        const double x = block[n] * (1.0 - std::cos(turn * static_cast<double>(n)));
-        re += x * std::cos(step * static_cast<double>(n));
-        im += x * std::sin(step * static_cast<double>(n));
+/** Mean square of a sine of that frequency in a block under a Hann window (Goertzel's filter). */
+double linePower(const std::vector<double>& windowed, double frequency) {
+    const double turn = 2.0 * std::cos(2.0 * M_PI * frequency / ThinRate);
+    double last = 0.0, before = 0.0;
+    for (const double x : windowed) {
+        const double now = x + turn * last - before;
+        before = last;
+        last = now;
     }
-    const double length = static_cast<double>(block.size());
-    return 2.0 * (re * re + im * im) / (length * length);
+    const double square = last * last + before * before - turn * last * before;
+    const double length = static_cast<double>(windowed.size());
+    return 2.0 * square / (length * length);
 }
 
 double lowQuantile(std::vector<double> values) {
@@ -96,12 +97,16 @@ void PlateauCounter::add(const float* samples, int count) {
 HumMeter::HumMeter() : lines_(Mains.size() * Harmonics), around_(Mains.size() * Harmonics) {}
 
 void HumMeter::add(const float* samples, int count) {
+    // Thinned under a triangle, which leaves ultrasound no way to turn up as hum.
     for (int n = 0; n < count; ++n) {
-        sum_ += static_cast<double>(samples[n]);
-        if (++summed_ < Thinning) continue;
-        block_.push_back(sum_ / Thinning);
-        sum_ = 0.0;
-        summed_ = 0;
+        const auto sample = static_cast<double>(samples[n]) / (Thinning * Thinning);
+        rising_ += sample * (thinned_ + 1);
+        falling_ += sample * (Thinning - 1 - thinned_);
+        if (++thinned_ < Thinning) continue;
+        block_.push_back(before_ + falling_);
+        before_ = rising_;
+        rising_ = falling_ = 0.0;
+        thinned_ = 0;
         if (block_.size() == BlockLength) closeBlock();
     }
 }
@@ -109,7 +114,10 @@ void HumMeter::add(const float* samples, int count) {
 void HumMeter::closeBlock() {
     double mean = 0.0;
     for (const double x : block_) mean += x / BlockLength;
-    for (double& x : block_) x -= mean;
+    const double step = 2.0 * M_PI / BlockLength;
+    for (int n = 0; n < BlockLength; ++n) {
+        block_[at(n)] = (block_[at(n)] - mean) * (1.0 - std::cos(step * n));
+    }
     for (std::size_t m = 0; m < Mains.size(); ++m) {
         for (int h = 1; h <= Harmonics; ++h) {
             const std::size_t i = m * Harmonics + at(h - 1);
@@ -136,7 +144,7 @@ Hum HumMeter::hum() const {
             const double above = level - decibels(lowQuantile(around_[i]));
             if (level < LeastHum || above < AnyLine) continue;
             ++lines;
-            isClear = isClear || above >= ClearLine;
+            isClear = isClear || (h <= 2 && above >= ClearLine);  // below voices
             sum += above;
             if (level > one.level) {
                 one.frequency = Mains[m];
@@ -145,7 +153,7 @@ Hum HumMeter::hum() const {
                 one.above = above;
             }
         }
-        if ((lines >= 2 || isClear) && sum > most) {
+        if ((lines >= LeastLines || isClear) && sum > most) {
             most = sum;
             best = one;
         }

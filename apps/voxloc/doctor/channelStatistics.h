@@ -42,8 +42,8 @@ class HumMeter {
   private:
     void closeBlock();
 
-    double sum_ = 0.0;
-    int summed_ = 0;
+    double rising_ = 0.0, falling_ = 0.0, before_ = 0.0;  // parts of triangles
+    int thinned_ = 0;
     std::vector<double> block_;
     std::vector<std::vector<double>> lines_, around_;  // of each frequency and block: mean squares
 };

@@ -14,7 +14,7 @@ namespace {
 constexpr double DeadBelow = 40.0, DeadLevel = -95.0;  // dB, dB of full scale
 constexpr double MostDeviation = 6.0;                  // dB, louder or quieter than the others
 constexpr std::uint64_t LeastPlateaus = 3;
-constexpr double LeastClippedPeak = 0.03;  // of full scale: below it, plateaus are rounding
+constexpr double LeastClippedPeak = 0.01;  // of full scale: below it, plateaus are rounding
 constexpr double MostOffset = 0.005;       // of full scale
 // Noise of its own: that much louder in quiet frames, and that much less between loud and quiet.
 constexpr double NoiseAbove = 8.0, NoiseFlatter = 6.0;  // dB

@@ -16,7 +16,7 @@ constexpr double SlopeStep = 1.0;    // lags a second
 constexpr double LeastSlope = 3.0;   // lags a second: 16 parts in a million
 constexpr double LeastInvertedGain = 0.3, LeastSwappedGain = 0.15, LeastLateGain = 0.15,
                  LeastDriftGain = 0.15;
-constexpr double SimpleAdvantage = 0.02;
+constexpr double SimpleAdvantage = 0.02, ShorterAdvantage = 0.004;
 constexpr double LeastFit = 0.25, LeastFitWithFault = 0.35;
 constexpr int LeastLagApart = 6;
 
@@ -227,7 +227,7 @@ const GeometryFault* bestOf(const std::vector<GeometryFault>& candidates) {
     }
     if (best == nullptr || best->kind != GeometryKind::Late) return best;
     // A straight line of microphones explains some delays by others: the shortest is likeliest.
-    const double least = credit(*best) * (1.0 - SimpleAdvantage);
+    const double least = credit(*best) * (1.0 - ShorterAdvantage);
     for (const GeometryFault& one : candidates) {
         if (one.kind != GeometryKind::Late || !isSimple(one) || credit(one) < least) continue;
         if (one.gain < leastGain(one.kind) || one.fit < LeastFitWithFault) continue;

@@ -24,13 +24,12 @@ struct Tally {
     int tried = 0, found = 0, alone = 0;
 };
 
-/** Row 0: sound recordings, `found` those of which nothing is said; then the injections; then
- * upside down. */
+/** Row 0: sound recordings, `found` those of which nothing is said; then the injections. */
 struct Card {
     std::vector<std::vector<Tally>> rows;  // of each row and product
     std::mutex mutex;
 
-    Card() : rows(injections().size() + 2, std::vector<Tally>(voxloc_getNumberOfProducts())) {}
+    Card() : rows(injections().size() + 1, std::vector<Tally>(voxloc_getNumberOfProducts())) {}
 };
 
 constexpr std::size_t RowsTriedAlways = 9;  // the others with every third recording
@@ -92,23 +91,13 @@ void tryFault(Card& card, std::size_t row, std::uint32_t index, std::uint64_t se
     tally(card, row, index, isFound, isAlone);
 }
 
-void tryUpsideDown(Card& card, std::uint32_t index, std::uint64_t seed) {
-    const VoxlocProduct& product = *voxloc_getProduct(index);
-    if (product.type != PRODUCT_ASTER) return;
-    const Diagnosis diagnosis = diagnosed(product, soundRecording(product.array, seed, true));
-    const bool isFound = names(diagnosis, Fault::UpsideDown, {});
-    if (!isFound) say(product, seed, "MISSED upside down", {}, diagnosis);
-    tally(card, injections().size() + 1, index, isFound, diagnosis.findings.size() == 1);
-}
-
 void tryRecording(Card& card, std::uint32_t index, std::uint64_t seed) {
-    const Channels sound = soundRecording(voxloc_getProduct(index)->array, seed, false);
+    const Channels sound = soundRecording(voxloc_getProduct(index)->array, seed);
     trySound(card, index, seed, sound);
     for (std::size_t row = 1; row <= injections().size(); ++row) {
         if (row > RowsTriedAlways && (seed + row) % 3 != 0) continue;
         tryFault(card, row, index, seed, sound);
     }
-    tryUpsideDown(card, index, seed);
 }
 
 std::string cell(const Tally& one) {
@@ -144,7 +133,6 @@ void print(const Card& card) {
     for (std::size_t i = 0; i < injections().size(); ++i) {
         text += rowText(injections()[i].text, card.rows[i + 1]);
     }
-    text += rowText("mounted upside down", card.rows.back());
     std::fputs(text.c_str(), stdout);
 }
 

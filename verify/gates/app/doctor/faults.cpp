@@ -192,13 +192,12 @@ std::vector<int> inject(const Injection& injection, Dice& dice, Channels& channe
     return {a};
 }
 
-Channels soundRecording(const VoxlocArray& array, std::uint64_t seed, bool isUpsideDown) {
+Channels soundRecording(const VoxlocArray& array, std::uint64_t seed) {
     Dice dice(seed);
     Scene scene;
     scene.room.size = {dice.between(4.0, 7.0), dice.between(3.5, 6.0), dice.between(2.4, 3.0)};
     scene.room.rt60 = dice.between(0.2, 0.5);
     scene.place.origin = {0.4, scene.room.size.y * dice.between(0.4, 0.6), dice.between(1.0, 1.4)};
-    scene.place.roll = isUpsideDown ? 180.0 : 0.0;
     for (int s = 0; s < TalkerPlaces; ++s) {
         const Direction place = drawDirection(array, scene, dice);
         scene.segments.push_back({builtInVoice(), place, place, Seconds / TalkerPlaces});

@@ -47,7 +47,7 @@ std::vector<int> inject(const Injection& injection, Dice& dice, Channels& channe
  * of reverberation and 10 to 25 dB above diffuse noise; microphones up to 2 mm off their places
  * along each axis and up to 1 dB off their gain.
  */
-Channels soundRecording(const VoxlocArray& array, std::uint64_t seed, bool isUpsideDown);
+Channels soundRecording(const VoxlocArray& array, std::uint64_t seed);
 
 /** What the doctor says of it. */
 Diagnosis diagnosed(const VoxlocProduct& product, const Channels& channels);
