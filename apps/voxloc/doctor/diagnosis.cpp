@@ -80,6 +80,7 @@ std::string diagnosisJson(const std::string& input, const std::string& array,
         for (const auto& [name, value] : finding.figures) figures[name] = value;
         findings.push_back({{"fault", nameOf(finding.fault)},
                             {"channels", finding.channels},
+                            {"instead", finding.instead},
                             {"figures", figures},
                             {"text", finding.text}});
     }

@@ -31,6 +31,7 @@ struct Finding {
     std::vector<int> channels;                            // from 0 on; none: the whole array
     std::vector<std::pair<std::string, double>> figures;  // with the unit in the name
     std::string text;                                     // a sentence without its full stop
+    std::vector<std::vector<int>> instead = {};           // channels that may be it as well
 };
 
 enum class Verdict { Sound, Faults, CannotTell };

@@ -126,13 +126,17 @@ Finding duplicateFinding(const Duplicate& duplicate) {
                 channelsText({duplicate.original}) + ": likeness " + fixed(duplicate.likeness, 3)};
 }
 
+std::string lateText(const std::vector<int>& channels, double offset) {
+    const double samples = offset / LagsPerSample;
+    return channelsText(channels) + (channels.size() == 1 ? " is " : " are ") +
+           fixed(std::fabs(samples), 1) + " samples " + (samples > 0.0 ? "late" : "early");
+}
+
 Finding lateFinding(const std::vector<int>& channels, const GeometryFault& fault) {
-    const double samples = fault.offset / LagsPerSample;
     return {Fault::Late,
             channels,
-            {{"samples", samples}, {"gain", fault.gain}},
-            channelsText(channels) + (channels.size() == 1 ? " is " : " are ") +
-                fixed(std::fabs(samples), 1) + " samples " + (samples > 0.0 ? "late" : "early")};
+            {{"samples", fault.offset / LagsPerSample}, {"gain", fault.gain}},
+            lateText(channels, fault.offset)};
 }
 
 Finding driftFinding(const std::vector<int>& channels, const GeometryFault& fault) {
@@ -146,18 +150,13 @@ Finding driftFinding(const std::vector<int>& channels, const GeometryFault& faul
 }
 
 Finding swapFinding(const std::vector<int>& channels, const GeometryFault& fault) {
-    const std::string instead =
-        fault.instead == 0
-            ? ""
-            : "; it cannot be told from " + channelsText(listOf(fault.instead)) + " being swapped";
     return {Fault::Swapped,
             channels,
             {{"gain", fault.gain}},
-            channelsText(channels) + " are swapped: exchanged, they fit the array's geometry" +
-                instead};
+            channelsText(channels) + " are swapped: exchanged, they fit the array's geometry"};
 }
 
-Finding geometryFinding(const GeometryFault& fault) {
+Finding plainFinding(const GeometryFault& fault) {
     const std::vector<int> channels = listOf(fault.channels);
     switch (fault.kind) {
         case GeometryKind::Late:
@@ -173,6 +172,20 @@ Finding geometryFinding(const GeometryFault& fault) {
             channels,
             {{"gain", fault.gain}},
             channelsText(channels) + " has its polarity inverted"};
+}
+
+/** With what else it may be. */
+Finding geometryFinding(const GeometryFault& fault) {
+    Finding finding = plainFinding(fault);
+    for (const LikeFault& other : fault.instead) {
+        const std::vector<int> channels = listOf(other.channels);
+        finding.instead.push_back(channels);
+        finding.text +=
+            "; or " + (fault.kind == GeometryKind::Late ? lateText(channels, other.offset)
+                                                        : channelsText(channels));
+    }
+    if (!fault.instead.empty()) finding.text += ": these cannot be told apart";
+    return finding;
 }
 
 std::vector<double> column(const std::vector<ChannelReport>& reports,
@@ -250,6 +263,22 @@ void judgeLevels(const std::vector<ChannelReport>& reports, ChannelSet dead, Dia
         if (std::fabs(deviation) > MostDeviation) {
             diagnosis.findings.push_back(levelFinding(channel, deviation));
         }
+    }
+}
+
+/** Faults that change what pairs of microphones have in common, upright and horizontal ones. */
+bool spoilsPairs(const Finding& finding) {
+    switch (finding.fault) {
+        case Fault::Dead:
+        case Fault::Duplicate:
+        case Fault::Swapped:
+        case Fault::Inverted:
+        case Fault::Late:
+        case Fault::Drift:
+        case Fault::Noise:
+            return true;
+        default:
+            return false;
     }
 }
 
@@ -384,7 +413,8 @@ void Doctor::judgeTracker(Diagnosis& diagnosis) const {
     const double share = voiceFrames_ > 0 ? static_cast<double>(upsideDownFrames_) /
                                                 static_cast<double>(voiceFrames_)
                                           : 0.0;
-    if (upsideDownFrames_ >= LeastUpsideDownFrames && share > UpsideDownShare) {
+    if (upsideDownFrames_ >= LeastUpsideDownFrames && share > UpsideDownShare &&
+        std::none_of(diagnosis.findings.begin(), diagnosis.findings.end(), spoilsPairs)) {
         diagnosis.findings.push_back({Fault::UpsideDown,
                                       {},
                                       {{"share", share}},

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <cstdio>
 #include <cstdlib>
+#include <optional>
 
 namespace {
 
@@ -14,9 +14,11 @@ constexpr double LeastOffset = 6.0;  // lags: less is a microphone 1 cm off its 
 constexpr double MostSlope = 80.0;   // lags a second: 417 parts in a million
 constexpr double SlopeStep = 1.0;    // lags a second
 constexpr double LeastSlope = 3.0;   // lags a second: 16 parts in a million
-constexpr double LeastInvertedGain = 0.3, LeastSwappedGain = 0.15, LeastLateGain = 0.15,
+constexpr double LeastInvertedGain = 0.3, LeastSwappedGain = 0.15, LateGainPerStep = 0.02,
                  LeastDriftGain = 0.15;
-constexpr double SimpleAdvantage = 0.02, ShorterAdvantage = 0.004;
+constexpr double SimpleAdvantage = 0.02;  // of the sum
+constexpr double DoublingCost = 0.008;    // of the sum, each time that a delay is twice as long
+constexpr double Doubt = 0.015;           // of the sum: what is that close cannot be told apart
 constexpr double LeastFit = 0.25, LeastFitWithFault = 0.35;
 constexpr int LeastLagApart = 6;
 
@@ -193,14 +195,15 @@ class Hearing {
     double none_ = 0.0;
 };
 
-double leastGain(GeometryKind kind) {
+/** A coarse grid lets delays make up for its steps of so many lags. */
+double leastGain(GeometryKind kind, double step) {
     switch (kind) {
         case GeometryKind::Inverted:
             return LeastInvertedGain;
         case GeometryKind::Swapped:
             return LeastSwappedGain;
         case GeometryKind::Late:
-            return LeastLateGain;
+            return LateGainPerStep * step;
         case GeometryKind::Drift:
             return LeastDriftGain;
     }
@@ -212,28 +215,53 @@ bool isSimple(const GeometryFault& fault) {
            (fault.kind != GeometryKind::Late || countOf(fault.channels) == 1);
 }
 
-/**
- * The fault that makes the most fit, if any makes enough of it fit. What drifts or moves several
- * channels fits a little better by its freedom alone.
+/** A fault's sum; what drifts or moves several channels fits a little better by its freedom alone.
  */
-const GeometryFault* bestOf(const std::vector<GeometryFault>& candidates) {
-    const GeometryFault* best = nullptr;
-    const auto credit = [](const GeometryFault& one) {
-        return isSimple(one) ? one.sum : one.sum * (1.0 - SimpleAdvantage);
-    };
+double creditOf(const GeometryFault& fault) {
+    return isSimple(fault) ? fault.sum : fault.sum * (1.0 - SimpleAdvantage);
+}
+
+/** Of delays that explain each other the shorter are likelier. */
+double creditAmongDelays(const GeometryFault& fault) {
+    return fault.sum * (1.0 - DoublingCost * std::log2(std::fabs(fault.offset) / LeastOffset));
+}
+
+using Credit = double (*)(const GeometryFault&);
+
+const GeometryFault* mostCredible(const std::vector<const GeometryFault*>& faults, Credit credit) {
+    const auto best = std::max_element(
+        faults.begin(), faults.end(),
+        [&](const GeometryFault* a, const GeometryFault* b) { return credit(*a) < credit(*b); });
+    return best == faults.end() ? nullptr : *best;
+}
+
+/** The fault that makes the most fit, if any makes enough of it fit, and what may be it instead. */
+std::optional<GeometryFault> bestOf(const std::vector<GeometryFault>& candidates, double step) {
+    std::vector<const GeometryFault*> enough;
     for (const GeometryFault& one : candidates) {
-        if (one.gain < leastGain(one.kind) || one.fit < LeastFitWithFault) continue;
-        if (best == nullptr || credit(one) > credit(*best)) best = &one;
+        if (one.gain >= leastGain(one.kind, step) && one.fit >= LeastFitWithFault) {
+            enough.push_back(&one);
+        }
     }
-    if (best == nullptr || best->kind != GeometryKind::Late) return best;
-    // A straight line of microphones explains some delays by others: the shortest is likeliest.
-    const double least = credit(*best) * (1.0 - ShorterAdvantage);
+    const GeometryFault* best = mostCredible(enough, creditOf);
+    if (best == nullptr) return std::nullopt;
+    std::vector<const GeometryFault*> alike;
     for (const GeometryFault& one : candidates) {
-        if (one.kind != GeometryKind::Late || !isSimple(one) || credit(one) < least) continue;
-        if (one.gain < leastGain(one.kind) || one.fit < LeastFitWithFault) continue;
-        if (std::fabs(one.offset) < std::fabs(best->offset)) best = &one;
+        const bool fits = one.fit >= LeastFitWithFault && one.gain > 0.0;
+        if (fits && one.kind == best->kind && isSimple(one) == isSimple(*best)) {
+            alike.push_back(&one);
+        }
     }
-    return best;
+    const Credit credit =
+        best->kind == GeometryKind::Late && isSimple(*best) ? creditAmongDelays : creditOf;
+    best = mostCredible(alike, credit);
+    GeometryFault fault = *best;
+    for (const GeometryFault* one : alike) {
+        if (one != best && credit(*one) > credit(*best) * (1.0 - Doubt)) {
+            fault.instead.push_back({one->channels, one->offset});
+        }
+    }
+    return fault;
 }
 
 /** The tables as they would be without the fault. */
@@ -272,8 +300,8 @@ GeometryFindings findGeometryFaults(const Places& places, std::vector<SegmentTab
         findings.response = hearing.perPair(hearing.none());
         if (findings.faults.size() < MostFaults) {
             const std::vector<GeometryFault> candidates = hearing.candidates();
-            const GeometryFault* best = bestOf(candidates);
-            if (best != nullptr) {
+            const std::optional<GeometryFault> best = bestOf(candidates, places.step());
+            if (best) {
                 findings.faults.push_back(*best);
                 for (SegmentTables& one : segments) undo(*best, one);
                 continue;

@@ -9,16 +9,22 @@
 
 enum class GeometryKind { Inverted, Swapped, Late, Drift };
 
+/** Channels, and lags that they are late. */
+struct LikeFault {
+    ChannelSet channels = 0;
+    double offset = 0.0;
+};
+
 /** A fault that makes the array's geometry fit where it did not. */
 struct GeometryFault {
     GeometryKind kind = GeometryKind::Inverted;
     ChannelSet channels = 0;
-    double offset = 0.0;     // lags that the channels are late
-    double slope = 0.0;      // lags a second by which that grows
-    double gain = 0.0;       // of the pairs concerned, as a share of the response with the fault
-    double fit = 1.0;        // of one channel's pairs with the fault: their response by the others'
-    double sum = 0.0;        // of the best responses with the fault
-    ChannelSet instead = 0;  // swapped: two channels that explain it as well; or none
+    double offset = 0.0;  // lags that the channels are late
+    double slope = 0.0;   // lags a second by which that grows
+    double gain = 0.0;    // of the pairs concerned, as a share of the response with the fault
+    double fit = 1.0;     // of one channel's pairs with the fault: their response by the others'
+    double sum = 0.0;     // of the best responses with the fault
+    std::vector<LikeFault> instead = {};  // of the same kind, that fit nearly as well
 };
 
 struct GeometryFindings {

@@ -4,13 +4,16 @@
 #include <cmath>
 #include <cstddef>
 #include <numeric>
+#include <utility>
 
 namespace {
 
 constexpr double LagsPerMetre = 192000.0 / 348.0;
-// Lags between neighbouring places: a third of the shortest wave that is looked at.
-constexpr double StepLags = 6.0;
-constexpr int MostAzimuths = 200, MostElevations = 25, MostRanges = 12;
+// Lags between neighbouring places: a quarter of the shortest wave that is looked at, and less as
+// long as that makes no more than EnoughPlaces.
+constexpr double MostStepLags = 6.0, LeastStepLags = 2.0, FinerStep = 0.8;
+constexpr std::size_t EnoughPlaces = 8000;
+constexpr int MostAzimuths = 300, MostElevations = 25, MostRanges = 16;
 constexpr double NearestRange = 0.5, FarthestRange = 12.0;  // metres
 constexpr float FloorOfSwaps = 0.7f;
 constexpr std::size_t PlacesTried = 64;
@@ -28,9 +31,9 @@ double extent(const VoxlocArray& array, float Position::*axis) {
     return static_cast<double>(most) - static_cast<double>(least);
 }
 
-/** Steps of about StepLags over a way of so many lags; a single one in the middle of none. */
-std::vector<double> steps(double from, double to, double lags, int most) {
-    const int count = std::clamp(static_cast<int>(std::ceil(lags / StepLags)) + 1, 1, most);
+/** Steps of about `step` lags over a way of so many lags; a single one in the middle of none. */
+std::vector<double> steps(double from, double to, double lags, double step, int most) {
+    const int count = std::clamp(static_cast<int>(std::ceil(lags / step)) + 1, 1, most);
     std::vector<double> values;
     for (int i = 0; i < count; ++i) {
         values.push_back(count == 1 ? 0.5 * (from + to) : from + (to - from) * i / (count - 1));
@@ -38,7 +41,7 @@ std::vector<double> steps(double from, double to, double lags, int most) {
     return values;
 }
 
-std::vector<Position> placesOf(const VoxlocArray& array) {
+std::vector<Position> placesAt(const VoxlocArray& array, double step) {
     VoxlocGrid grid;
     voxloc_getGrid(&array, &grid);
     constexpr double Degree = M_PI / 180.0;
@@ -47,11 +50,14 @@ std::vector<Position> placesOf(const VoxlocArray& array) {
     const auto sine = [](float degrees) { return std::sin(static_cast<double>(degrees) * Degree); };
     const double left = sine(grid.lowestAzimuth), right = sine(grid.highestAzimuth);
     const double low = sine(grid.lowestElevation), high = sine(grid.highestElevation);
-    const auto azimuths = steps(left, right, (right - left) * width * LagsPerMetre, MostAzimuths);
-    const auto elevations = steps(low, high, (high - low) * height * LagsPerMetre, MostElevations);
+    const auto azimuths =
+        steps(left, right, (right - left) * width * LagsPerMetre, step, MostAzimuths);
+    const auto elevations =
+        steps(low, high, (high - low) * height * LagsPerMetre, step, MostElevations);
     const double half = 0.5 * width, bend = 0.5 * half * half * LagsPerMetre;  // lags at 1 m
-    const auto nearnesses = steps(1.0 / FarthestRange, 1.0 / NearestRange,
-                                  bend * (1.0 / NearestRange - 1.0 / FarthestRange), MostRanges);
+    const auto nearnesses =
+        steps(1.0 / FarthestRange, 1.0 / NearestRange,
+              bend * (1.0 / NearestRange - 1.0 / FarthestRange), step, MostRanges);
     std::vector<Position> places;
     for (const double nearness : nearnesses) {
         for (const double elevation : elevations) {
@@ -69,10 +75,23 @@ std::vector<Position> placesOf(const VoxlocArray& array) {
     return places;
 }
 
+/** Gives the step, too. */
+std::vector<Position> placesOf(const VoxlocArray& array, double& step) {
+    step = MostStepLags;
+    std::vector<Position> places = placesAt(array, step);
+    while (step * FinerStep > LeastStepLags) {
+        std::vector<Position> finer = placesAt(array, step * FinerStep);
+        if (finer.size() > EnoughPlaces) break;
+        places = std::move(finer);
+        step *= FinerStep;
+    }
+    return places;
+}
+
 }  // namespace
 
 Places::Places(const VoxlocArray& array) : channels_(array.channels) {
-    const std::vector<Position> places = placesOf(array);
+    const std::vector<Position> places = placesOf(array, step_);
     count_ = static_cast<int>(places.size());
     delays_.resize(at(channels_) * places.size());
     for (std::size_t p = 0; p < places.size(); ++p) {

@@ -20,6 +20,8 @@ class Places {
 
     int channels() const { return channels_; }
     int count() const { return count_; }
+    /** Lags between neighbouring places, about. */
+    double step() const { return step_; }
     /** Lags by which sound from a place is later at one microphone than at another. */
     int lag(int place, int later, int earlier) const {
         return delay(later)[place] - delay(earlier)[place];
@@ -33,6 +35,7 @@ class Places {
 
   private:
     int channels_, count_ = 0, mostLag_ = 0;
+    double step_ = 0.0;
     std::vector<std::int16_t> delays_;  // channel after channel, lags beyond that to microphone 0
 };
 

@@ -86,7 +86,8 @@ void tryFault(Card& card, std::size_t row, std::uint32_t index, std::uint64_t se
     const std::vector<int> expected = inject(injection, dice, channels);
     const Diagnosis diagnosis = diagnosed(product, channels);
     const bool isFound = names(diagnosis, injection.fault, expected);
-    const bool isAlone = diagnosis.findings.size() == 1;
+    const bool isAlone =
+        diagnosis.findings.size() == 1 && diagnosis.findings.front().instead.empty();
     if (!isFound || !isAlone) {
         say(product, seed, (std::string(isFound ? "BESIDE " : "MISSED ") + injection.text).c_str(),
             expected, diagnosis);
@@ -160,7 +161,7 @@ void print(const Card& card) {
         text += std::string(" ") + voxloc_getProduct(p)->name + " |";
         line += "---|";
     }
-    text += " % | % and nothing else |\n" + line + "---|---|\n";
+    text += " % | % without doubt |\n" + line + "---|---|\n";
     text += rowText("sound, and said so", card.rows[0]);
     for (std::size_t i = 0; i < injections().size(); ++i) {
         text += rowText(injections()[i].text, card.rows[i + 1]);
