@@ -42,9 +42,8 @@ RecordForm formOf(const Arguments& arguments) {
 
 int runMany(const Arguments& arguments) {
     const RecordForm form = arguments.form.empty() ? RecordForm::JsonLines : formOf(arguments);
-    ManyJob job = manyJob(*arguments.command, arguments.many, arguments.files, form);
-    job.showsProgress = isatty(STDERR_FILENO) != 0 && !arguments.hidesProgress;
-    return locateMany(job);
+    const bool showsProgress = isatty(STDERR_FILENO) != 0 && !arguments.hidesProgress;
+    return locateFiles(*arguments.command, arguments.many, {arguments.files, form, showsProgress});
 }
 
 int runLocate(Arguments& arguments) {
@@ -64,10 +63,7 @@ int runLocate(Arguments& arguments) {
 }
 
 void addReportOptions(CLI::App& command, ReportOptions& options) {
-    command.add_option("--report", options.report,
-                       "Write the run as a page of plots, one HTML file that needs no network");
-    command.add_flag("--embed-audio", options.embedsAudio,
-                     "Put the sound of the first microphone into the page, 21 MB an hour");
+    addPageOptions(command, options.page);
     command.add_option("--compare", options.compare,
                        "Compare with this run (CSV or JSON lines), frame by frame");
     command
