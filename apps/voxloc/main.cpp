@@ -9,6 +9,7 @@
 #include "live/liveCommand.h"
 #include "locate/locateCommand.h"
 #include "many/mergeCommand.h"
+#include "sweep/sweepCommand.h"
 
 namespace {
 
@@ -35,5 +36,6 @@ int main(int argc, char** argv) {
     addLiveCommand(program, status);
     addArraysCommand(program, status);
     addMergeCommand(program, status);
+    addSweepCommand(program, status);
     return run(program, argc, argv, status);
 }
