@@ -78,7 +78,7 @@ TEST(Figures, TheNinetiethPercentileLeavesATenthOut) {
 }
 
 TEST(Figures, WhatIsNotANumberIsAGrossError) {
-    const Spread spread = angleSpread({NAN, 0.0, 0.1, 15.0});
+    const Spread spread = angleSpread({std::nan(""), 0.0, 0.1, 15.0});
     EXPECT_EQ(0.25, spread.gross);
     EXPECT_EQ(0.1, spread.median);
     EXPECT_EQ(std::numeric_limits<double>::infinity(), spread.ninety);
