@@ -1,5 +1,8 @@
 """The score card as a document."""
 
+import re
+import textwrap
+
 import measure
 
 HEAD = """# Accuracy
@@ -12,7 +15,9 @@ the same figures again. `voxloc sweep` gives them for any other array, room or v
 - **Talkers.** {generator} random places for the test generator, {places} for everything else, the
   same ones each time. They are drawn evenly over azimuth, elevation and range: the inner 70 % of
   the angles that the array searches, azimuths up to 60 and elevations up to 30 degrees, 1 to 5 m.
-  Most lie between points of the grid. For foxglove, which cannot tell elevations, they are at the
+  Most lie between points of the grid. *Whole search* are talkers at all angles that the array
+  searches: the azimuth is looked up as if the talker were at the array's height, which is off by
+  degrees where both angles are large. For foxglove, which cannot tell elevations, they are at the
   array's height. At each place the clip of a woman's voice plays for 48 frames (2 s); the talker
   then jumps to the next, talking on. After ten places the tracker starts anew. Two seconds without
   a talker come before the first and after the last of the ten.
@@ -34,6 +39,24 @@ To reproduce: `scripts/scorecard` (the card), `scripts/scorecard --reduced` (wha
 `voxloc sweep --array aster --room 6,5,3 --rt60 0.5 --snr 20` (one cell of it).
 Whether an array is sound: see [doctor.md](doctor.md).
 """
+
+
+def wrapped(text):
+    """Paragraphs of 100 columns; tables, headings and list items' starts stay as they are."""
+    parts = []
+    for part in text.split("\n\n"):
+        if part.startswith("- "):
+            items = part.split("\n- ")
+            items = [items[0][2:], *items[1:]]
+            parts.append("\n".join(textwrap.fill(" ".join(item.split()), 100,
+                                                 initial_indent="- ", subsequent_indent="  ",
+                                                 break_on_hyphens=False) for item in items))
+        elif part.lstrip().startswith(("|", "#")):
+            parts.append(part)
+        else:
+            end = "\n" if part.endswith("\n") else ""
+            parts.append(textwrap.fill(" ".join(part.split()), 100, break_on_hyphens=False) + end)
+    return "\n\n".join(parts)
 
 
 def number(value, digits=1):
@@ -141,9 +164,10 @@ def voices(card):
             return f"{percent(figures[name]['hits'])} / {percent(figures[name]['false_alarms'])}"
         return of
     return ("## Voice flags\n\nShare of the frames with a talker in which the flag is on / share "
-            "of the frames without one for 1.5 s\nor more in which it is on, too. Silence is "
-            "digital with the test generator and in the free field,\nwhere the time-domain "
-            "detector keeps what it has said last.\n\n### Frequency-domain\n\n"
+            "of the frames without one for 1.5 s\nor more in which it is on, too; silence is "
+            "digital with the test generator and in the free field. The time-domain flag only "
+            "gates what the tracker learns from and is on nearly always: look at the other one."
+            "\n\n### Frequency-domain\n\n"
             + by_condition(card, measure.ALL, cell("voice")) + "\n### Time-domain\n\n"
             + by_condition(card, measure.ALL, cell("td_voice")))
 
@@ -206,4 +230,4 @@ def written(card, places, generator_places):
     parts = [HEAD.format(places=places, generator=generator_places), azimuths(card),
              elevations(card), range_part(card), found(card), voices(card), curves(card),
              thresholds(card)]
-    return "\n".join(parts)
+    return re.sub("\n{3,}", "\n\n", wrapped("\n".join(parts))).rstrip("\n") + "\n"

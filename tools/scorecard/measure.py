@@ -22,15 +22,16 @@ def room(rt60, snr):
 
 
 GENERATOR = Condition("generator", "test generator", [])
+WHOLE = Condition("whole", "test generator, whole search", ["--whole-search"])
 FREE_FIELD = Condition("free", "free field", ROOM)
 ROOMS = [room(rt60, snr) for rt60 in (0.3, 0.5, 0.8) for snr in (20, 5)]
-ALL = [GENERATOR, FREE_FIELD, *ROOMS]
+ALL = [GENERATOR, WHOLE, FREE_FIELD, *ROOMS]
 
 
 def sweep(program, product, condition, places, extra=()):
     """The figures of one product."""
     words = [*program, "sweep", "--array", product, "--places", str(places), "--jobs", "1",
-             *condition.options, *(extra if condition.options else ()), "--json", "-"]
+             *condition.options, *(extra if "--room" in condition.options else ()), "--json", "-"]
     done = subprocess.run(words, capture_output=True, text=True)
     if done.returncode != 0:
         raise SystemExit(f"{' '.join(words)}: {done.stderr}")

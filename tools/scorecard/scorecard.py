@@ -14,6 +14,7 @@ import document
 import measure
 
 PLACES, GENERATOR_PLACES = 100, 200
+BY_GENERATOR = [measure.GENERATOR, measure.WHOLE]
 REDUCED_PLACES = 20
 REDUCED = [measure.GENERATOR, measure.room(0.3, 20)]
 
@@ -106,7 +107,7 @@ def main():
         return check(program, arguments)
     card = measure.card(
         program, measure.ALL,
-        lambda condition: GENERATOR_PLACES if condition is measure.GENERATOR else PLACES,
+        lambda condition: GENERATOR_PLACES if condition in BY_GENERATOR else PLACES,
         extra=arguments.extra,
         progress=lambda text: print(text, file=sys.stderr, flush=True))
     kept = os.environ.get("VOXLOC_SCORECARD_JSON")

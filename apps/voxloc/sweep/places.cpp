@@ -16,9 +16,8 @@ constexpr double FromWall = 0.3;        // metres
 constexpr int TriesPerPlace = 1000;
 
 /** Where people sit before an array: neither at the very ends of its search nor beside it. */
-Span innerPart(float lowest, float highest, double most) {
-    return {std::max(InnerShare * static_cast<double>(lowest), -most),
-            std::min(InnerShare * static_cast<double>(highest), most)};
+Span innerPart(const Span& searched, double most) {
+    return {std::max(InnerShare * searched.low, -most), std::min(InnerShare * searched.high, most)};
 }
 
 bool isInside(const Room& room, const ArrayPlace& at, const Direction& direction) {
@@ -61,15 +60,16 @@ Direction drawPlace(const Field& field, RandomNumbers& random) {
 Field fieldOf(const VoxlocArray& array, const PlaceChoice& choice) {
     VoxlocGrid grid;
     voxloc_getGrid(&array, &grid);
-    Field field;
-    field.azimuth =
-        choice.azimuth.value_or(innerPart(grid.lowestAzimuth, grid.highestAzimuth, MostAzimuth));
-    field.elevation = choice.elevation.value_or(
-        array.elevationPairs == 0
-            ? Span{}
-            : innerPart(grid.lowestElevation, grid.highestElevation, MostElevation));
-    field.range = choice.range.value_or(Span{NearestTalker, FarthestTalker});
-    return field;
+    Span azimuth{static_cast<double>(grid.lowestAzimuth), static_cast<double>(grid.highestAzimuth)};
+    Span elevation{static_cast<double>(grid.lowestElevation),
+                   static_cast<double>(grid.highestElevation)};
+    if (!choice.isWholeSearch) {
+        azimuth = innerPart(azimuth, MostAzimuth);
+        elevation = innerPart(elevation, MostElevation);
+    }
+    if (array.elevationPairs == 0) elevation = {};
+    return {choice.azimuth.value_or(azimuth), choice.elevation.value_or(elevation),
+            choice.range.value_or(Span{NearestTalker, FarthestTalker})};
 }
 
 std::vector<Direction> placesOf(const VoxlocArray& array, const PlaceChoice& choice,

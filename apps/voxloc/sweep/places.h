@@ -24,6 +24,7 @@ struct PlaceChoice {
     // searches, azimuths up to 60 and elevations up to 30 degrees, 0 without elevation pairs; 1 to
     // 5 m.
     std::optional<Span> azimuth, elevation, range;
+    bool isWholeSearch = false;     // instead: all angles that the array searches
     std::optional<GridSteps> grid;  // else at random
     int places = 100;
     std::uint64_t seed = 1;

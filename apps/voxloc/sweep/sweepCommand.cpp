@@ -175,6 +175,8 @@ void addPlaceOptions(CLI::App& command, Arguments& arguments) {
     command.add_option("--elevation", arguments.elevation,
                        "Degrees LOW,HIGH; else the inner 70 % of the search, up to 30 degrees");
     command.add_option("--range", arguments.range, "Metres LOW,HIGH; else 1,5");
+    command.add_flag("--whole-search", choice.isWholeSearch,
+                     "All angles that the array searches, not the inner ones alone");
     command.add_option("--frames", arguments.job.framesAtPlace, "Frames at each place; 48")
         ->check(CLI::Range(SettlingFrames + 1, 10000));
 }
