@@ -21,7 +21,7 @@ Pulses makePulses() {
     for (int step = 0; step <= PulseSteps; ++step) {
         for (int tap = 0; tap < PulseTaps; ++tap) {
             const double at = tap - PulseMiddle - static_cast<double>(step) / PulseSteps;
-            const double share = at / (PulseTaps / 2);
+            const double share = at / (0.5 * PulseTaps);
             const double window =
                 besselOf(KaiserShape * std::sqrt(1.0 - share * share)) / besselOf(KaiserShape);
             const bool isWhole = step % PulseSteps == 0;

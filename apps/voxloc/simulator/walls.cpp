@@ -34,7 +34,7 @@ double fallOf(const std::vector<double>& energy, double step) {
 /** The energy of the images, by when they come and how many walls they met. */
 class ImageEnergy {
   public:
-    ImageEnergy(const Point& size, double seconds) : seconds_(seconds) {
+    ImageEnergy(const Point& size, double seconds) {
         // Two places off every plane of symmetry, half the room apart.
         const double farthest = seconds * SimulatedSpeedOfSound;
         bins_ = static_cast<std::size_t>(seconds / BinSeconds) + 1;
@@ -90,7 +90,6 @@ class ImageEnergy {
         energy_[std::min(bin, bins_ - 1) * orders_ + order] += 1.0 / squared;
     }
 
-    double seconds_;
     std::size_t bins_ = 0, orders_ = 0;
     std::vector<double> energy_;
 };

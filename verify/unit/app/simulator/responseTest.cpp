@@ -120,7 +120,7 @@ TEST(Response, TheEchoLastsAsStated) {
 TEST(Response, ARoomThatCannotEchoAsStatedIsRefused) {
     EXPECT_THROW(wallsOf({{0.5, 5, 3}, 0.3}), std::invalid_argument);
     EXPECT_THROW(wallsOf({{50, 40, 30}, 0.05}), std::invalid_argument);
-    EXPECT_THROW(wallsOf({{6, 5, 3}, NAN}), std::invalid_argument);
+    EXPECT_THROW(wallsOf({{6, 5, 3}, std::nan("")}), std::invalid_argument);
 }
 
 TEST(ExactMath, AgreesWithTheLibrary) {
