@@ -5,8 +5,8 @@
 
 #include "arrays/arraysCommand.h"
 #include "common/failure.h"
-#include "doctor/doctorCommand.h"
 #include "common/signals.h"
+#include "doctor/doctorCommand.h"
 #include "live/liveCommand.h"
 #include "locate/locateCommand.h"
 #include "many/mergeCommand.h"

@@ -9,6 +9,8 @@
 namespace {
 
 constexpr std::size_t MostFaults = 3;
+// Places move the lags of three channels as freely as delays and exchanges do.
+constexpr int LeastChannels = 4;
 constexpr int CurveLength = 2 * MostOffset + 1;
 constexpr double LeastOffset = 6.0;  // lags: less is a microphone 1 cm off its place
 constexpr double MostSlope = 80.0;   // lags a second: 417 parts in a million
@@ -18,7 +20,7 @@ constexpr double LeastInvertedGain = 0.3, LeastSwappedGain = 0.15, LateGainPerSt
                  LeastDriftGain = 0.15;
 constexpr double SimpleAdvantage = 0.02;  // of the sum
 constexpr double DoublingCost = 0.008;    // of the sum, each time that a delay is twice as long
-constexpr double Doubt = 0.015;           // of the sum: what is that close cannot be told apart
+constexpr double Doubt = 0.02;            // of the sum: what is that close cannot be told apart
 constexpr double LeastFit = 0.25, LeastFitWithFault = 0.35;
 constexpr int LeastLagApart = 6;
 
@@ -57,16 +59,19 @@ class Hearing {
 
     std::vector<GeometryFault> candidates() const {
         std::vector<GeometryFault> all;
+        const bool isEnough = countOf(used_) >= LeastChannels;
         for (int c = 0; c < places_.channels(); ++c) {
             if (!contains(used_, c)) continue;
             all.push_back(inverted(c));
-            for (int b = c + 1; b < places_.channels(); ++b) {
+            for (int b = c + 1; b < places_.channels() && isEnough; ++b) {
                 if (contains(used_, b)) all.push_back(swapped(c, b));
             }
-            addLate(1u << c, all);
+            if (isEnough) addLate(1u << c, all);
         }
         // Devices of several channels, one after the other.
-        for (int c = 2; c < places_.channels() - 1; ++c) addLate(used_ & ((1u << c) - 1), all);
+        for (int c = 2; c < places_.channels() - 1 && isEnough; ++c) {
+            addLate(used_ & ((1u << c) - 1), all);
+        }
         return all;
     }
 
@@ -257,7 +262,7 @@ std::optional<GeometryFault> bestOf(const std::vector<GeometryFault>& candidates
     best = mostCredible(alike, credit);
     GeometryFault fault = *best;
     for (const GeometryFault* one : alike) {
-        if (one != best && credit(*one) > credit(*best) * (1.0 - Doubt)) {
+        if (one != best && one->sum > best->sum * (1.0 - Doubt)) {
             fault.instead.push_back({one->channels, one->offset});
         }
     }

@@ -39,10 +39,15 @@ constexpr double LeastSound = 98.0;       // per cent of sound recordings
 
 bool g_isVerbose = false, g_isLimited = false;
 
+/** As what it is, or as what it may be. */
 bool names(const Diagnosis& diagnosis, Fault fault, const std::vector<int>& channels) {
-    return std::any_of(
-        diagnosis.findings.begin(), diagnosis.findings.end(),
-        [&](const Finding& one) { return one.fault == fault && one.channels == channels; });
+    return std::any_of(diagnosis.findings.begin(), diagnosis.findings.end(),
+                       [&](const Finding& one) {
+                           const auto& other = one.instead;
+                           return one.fault == fault &&
+                                  (one.channels == channels ||
+                                   std::find(other.begin(), other.end(), channels) != other.end());
+                       });
 }
 
 void say(const VoxlocProduct& product, std::uint64_t seed, const char* what,
