@@ -104,8 +104,8 @@ void tryRecording(Card& card, std::uint32_t index, std::uint64_t seed) {
     const Channels sound = soundRecording(voxloc_getProduct(index)->array, seed);
     trySound(card, index, seed, sound);
     for (std::size_t row = 1; row <= injections().size(); ++row) {
-        // Beyond the limited ones, each with every third recording.
-        if (row > LimitedRows && (g_isLimited || (seed + row) % 3 != 0)) continue;
+        const std::uint64_t every = row <= LimitedRows ? (g_isLimited ? 1 : 2) : 5;
+        if ((row > LimitedRows && g_isLimited) || (seed + row) % every != 0) continue;
         tryFault(card, row, index, seed, sound);
     }
 }

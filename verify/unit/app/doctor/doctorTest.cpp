@@ -153,6 +153,16 @@ TEST_F(Doctors, FindsUltrasound) {
     EXPECT_EQ(found(diagnosed(array_, channels_)), "ultrasound");
 }
 
+TEST(DoctorOfAster, FindsAPanelThatIsUpsideDown) {
+    // It covers microphones 1 and 2, and with them all horizontal pairs.
+    const NamedArray array = namedArray("aster");
+    Channels channels = talk(array);
+    const auto length = static_cast<std::ptrdiff_t>(channels[0].size());
+    std::rotate(channels[1].begin(), channels[1].begin() + length / 5, channels[1].end());
+    std::rotate(channels[2].begin(), channels[2].begin() + length / 3, channels[2].end());
+    EXPECT_EQ(found(diagnosed(array, channels)), "noise 1, noise 2, upside_down");
+}
+
 TEST_F(Doctors, CannotTellFromNoise) {
     EXPECT_EQ(found(diagnosed(array_, talk(array_, 1))), "cannot tell");
 }
