@@ -39,6 +39,7 @@ double middle(std::vector<double> values) {
 std::vector<double> column(const std::vector<ChannelReport>& reports,
                            double ChannelReport::*member) {
     std::vector<double> values;
+    values.reserve(reports.size());
     for (const ChannelReport& report : reports) values.push_back(report.*member);
     return values;
 }

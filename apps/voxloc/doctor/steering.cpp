@@ -35,6 +35,7 @@ double extent(const VoxlocArray& array, float Position::*axis) {
 std::vector<double> steps(double from, double to, double lags, double step, int most) {
     const int count = std::clamp(static_cast<int>(std::ceil(lags / step)) + 1, 1, most);
     std::vector<double> values;
+    values.reserve(at(count));
     for (int i = 0; i < count; ++i) {
         values.push_back(count == 1 ? 0.5 * (from + to) : from + (to - from) * i / (count - 1));
     }

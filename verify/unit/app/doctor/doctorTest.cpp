@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <random>
 #include <utility>
 
@@ -25,7 +26,7 @@ double figure(const Diagnosis& diagnosis, const std::string& name) {
     for (const auto& [key, value] : diagnosis.findings.at(0).figures) {
         if (key == name) return value;
     }
-    return NAN;
+    return std::numeric_limits<double>::quiet_NaN();
 }
 
 class DoctorProduct : public ::testing::TestWithParam<std::uint32_t> {
