@@ -6,7 +6,6 @@
 #include <new>
 
 #include "arrayCheck.h"
-#include "recording.h"
 #include "tracker.h"
 
 namespace {
@@ -167,10 +166,11 @@ void voxloc_setLog(VoxlocTracker* tracker, VoxlocLog log, void* context) {
 int voxloc_startRecording(VoxlocTracker* tracker, const char* path) {
     const voxloc::Tracker& settings = tracker->tracker;
     if (path == nullptr) return 0;
-    return voxloc::startRecording(tracker->tracker.recording, path, settings.ProductType,
-                                  settings.NumberOfChannels) > 0
-               ? 1
-               : 0;
+    const int started = voxloc::startRecording(tracker->tracker.recording, path,
+                                               settings.ProductType, settings.NumberOfChannels);
+    if (started > 0) return 1;
+    voxloc_stopRecording(tracker);
+    return 0;
 }
 
 void voxloc_stopRecording(VoxlocTracker* tracker) {
@@ -178,5 +178,9 @@ void voxloc_stopRecording(VoxlocTracker* tracker) {
 }
 
 int voxloc_isRecording(const VoxlocTracker* tracker) {
-    return tracker->tracker.recording != nullptr ? 1 : 0;
+    return isOpen(tracker->tracker.recording) ? 1 : 0;
+}
+
+uint32_t voxloc_getLostFrames(const VoxlocTracker* tracker) {
+    return tracker->tracker.recording.lostFrames;
 }

@@ -142,21 +142,38 @@ void voxloc_calculateSignalEnergy(const float* frame, uint32_t bits, int32_t nch
                                   float* energies);
 
 /**
- * Starts recording every frame that voxloc_calculate is given; ends a recording that is open. Opens
- * a file, which allocates memory for the C library's buffer.
+ * Starts recording every frame that voxloc_calculate is given; ends a recording that is open.
  *
  * The file holds the bytes 172, 1, product, channels, and then for each frame bits (4 bytes), flags
- * (4 bytes) and the frame's samples (4 bytes each), in the machine's byte order. Write errors while
- * frames go by are ignored: the tracker goes on unharmed.
+ * (4 bytes) and the frame's samples (4 bytes each), in the machine's byte order. Product and
+ * channels are what the module has at this moment: of the product before, or 0, when it is not
+ * initialised, whatever it is initialised for later. A file's size has no limit but the system's.
  *
- * @return 0 when the file cannot be opened (nothing is recorded then), else what writing the last
- *         header byte returned: the channel count (0 before the first voxloc_initialize), or a
- *         negative value
+ * The tracker goes on unharmed whatever becomes of the file, and no signal ends the process. Only
+ * whole records ever stand in a file: a frame that cannot be written leaves nothing there and is
+ * counted as lost, those after it are recorded as soon as that is possible. Each recording tells
+ * the log of its first lost frame, with one warning.
+ *
+ * A pipe must have its reader at the start. It holds a frame up for a tenth of a second at most,
+ * and after a wait in vain no frame until it has taken a whole record again; frames that it has no
+ * room for are lost. When the reader leaves, all further frames are. A record that the pipe has
+ * taken a part of is completed before the next one, and stays incomplete only when the recording
+ * ends before. For a pipe or a device 64 KiB are allocated, for a file nothing.
+ *
+ * The file is closed in programs that the process starts (close-on-exec), never takes the number of
+ * a standard stream, and is written without a buffer, so that a forked child repeats nothing.
+ *
+ * @return 0 when the file cannot be opened, or is a pipe that nobody reads (nothing is recorded
+ *         then), else the channel count (0 before the first voxloc_initialize), or a negative value
+ *         when the header cannot be written yet; it then goes in front of the first record
  */
 int voxloc_record_start(const char* path);
 
 /** Ends the recording; does nothing when none is open. */
 void voxloc_record_stop(void);
+
+/** Frames of the module's latest recording that could not be written; it may have ended. */
+uint32_t voxloc_record_getLostFrames(void);
 
 /* --- About the library and its products ------------------------------------------------------- */
 
@@ -311,7 +328,8 @@ void voxloc_setLog(VoxlocTracker* tracker, VoxlocLog log, void* context);
 
 /**
  * Starts recording the tracker's frames, as voxloc_record_start does; the product's byte is 255 for
- * an array of one's own. Returns 1, or 0 when the file cannot be opened or its header not written.
+ * an array of one's own. Returns 1, or 0 when the file cannot be opened or its header not written;
+ * nothing is recorded then.
  */
 int voxloc_startRecording(VoxlocTracker* tracker, const char* path);
 
@@ -320,6 +338,9 @@ void voxloc_stopRecording(VoxlocTracker* tracker);
 
 /** 1 while the tracker records, else 0. */
 int voxloc_isRecording(const VoxlocTracker* tracker);
+
+/** Frames of the tracker's latest recording that could not be written; it may have ended. */
+uint32_t voxloc_getLostFrames(const VoxlocTracker* tracker);
 
 #ifdef __cplusplus
 }

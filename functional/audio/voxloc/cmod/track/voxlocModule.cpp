@@ -6,7 +6,6 @@
 
 #include "assertion/assertion.h"
 #include "console/eventlog.h"
-#include "recording.h"
 #include "tracker.h"
 
 namespace {
@@ -84,7 +83,11 @@ void voxloc_record_stop(void) {
 }
 
 int voxloc_record_isOpen(void) {
-    return module.tracker.recording != nullptr ? 1 : 0;
+    return isOpen(module.tracker.recording) ? 1 : 0;
+}
+
+uint32_t voxloc_record_getLostFrames(void) {
+    return module.tracker.recording.lostFrames;
 }
 
 float* generateInput(void) {
