@@ -101,31 +101,39 @@ void voxloc_destroy(void);
  * @param flags   VOXLOC_INPUT_... by bit position
  * @param result  out, written last; must not overlap frame
  *
- * The module must be initialised. Nothing is allocated. Any sample value is safe: the process is
- * unharmed. A NaN, an infinity or a value whose square overflows stays in the noise power of the
- * bins that it reached, as a rule all bins of its channel. They are not updated any more and drop
- * out of the position: at once, or where they still hold an earlier value after 35 frames at most.
- * When the noise level takes it in, too, the sound flag reads 0 from then on and the voice flag
- * from the end of its hangover on (34 frames at most). The other flags recover by themselves.
- * voxloc_destroy followed by voxloc_initialize restores everything.
+ * Asserts that the module is initialised and neither pointer is null. Nothing is allocated. Any
+ * sample value is safe: the process is unharmed. A NaN, an infinity or a value whose square
+ * overflows stays in the noise power of the bins that it reached, as a rule all bins of its
+ * channel. They are not updated any more and drop out of the position: at once, or where they still
+ * hold an earlier value after 35 frames at most. When the noise level takes it in, too, the sound
+ * flag reads 0 from then on and the voice flag from the end of its hangover on (34 frames at most).
+ * The other flags recover by themselves. voxloc_destroy followed by voxloc_initialize restores
+ * everything.
  */
 void voxloc_calculate(const float* frame, uint32_t bits, uint32_t flags, TrackerResult* result);
 
-/** A bit (0 to 31) of word: 0 or 1. voxlocParts.h has voxloc_setFlag for the word that goes in. */
+/**
+ * A bit of word: 0 or 1. Asserts that bit is 0 to 31. voxlocParts.h has voxloc_setFlag for the word
+ * that goes in.
+ */
 int voxloc_getFlag(uint32_t bit, uint32_t word);
 
-/** Microphone channels of the selected product. */
+/**
+ * Microphone channels of the selected product: 0 before the first voxloc_initialize, still those of
+ * the last product after voxloc_destroy.
+ */
 uint32_t voxloc_getNumberOfChannels(void);
 
 /**
  * Position of a microphone of the initialised product. Owned by the module and valid until
- * voxloc_destroy; channel is not checked.
+ * voxloc_destroy. Asserts that the module is initialised; channel is not checked.
  */
 const Position* voxloc_getMicrophoneCoordinates(uint32_t channel);
 
 /**
  * Level of the loudest microphone in the band from 20.25 to 21.6 kHz, in dB. Refreshed on every
- * 20th frame; -100 before the first time, minus infinity for digital silence.
+ * 20th frame; -100 before the first time, minus infinity for digital silence. 0 before the first
+ * voxloc_initialize, the last level after voxloc_destroy.
  */
 float voxloc_getUltraSoundLevel(void);
 

@@ -57,6 +57,9 @@ void voxloc_destroy(void) {
 }
 
 void voxloc_calculate(const float* frame, uint32_t bits, uint32_t flags, TrackerResult* result) {
+    PLATFORM_ASSERT_AS("IsTransducersInitialized", module.tracker.IsTransducersInitialized);
+    PLATFORM_ASSERT(frame != nullptr);
+    PLATFORM_ASSERT(result != nullptr);
     calculate(module.tracker, frame, bits, flags, *result);
 }
 
@@ -65,6 +68,7 @@ uint32_t voxloc_getNumberOfChannels(void) {
 }
 
 const Position* voxloc_getMicrophoneCoordinates(uint32_t channel) {
+    PLATFORM_ASSERT_AS("IsTransducersInitialized", module.tracker.IsTransducersInitialized);
     return &module.tracker.Microphones[channel];
 }
 
