@@ -11,10 +11,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 
 #include "heldSignals.h"
 #include "voxloc.h"
@@ -32,14 +32,18 @@ constexpr std::size_t LongestRecord = sizeof(Recording::header) + 2 * sizeof(std
                                       sizeof(float) * VOXLOC_MAX_CHANNELS * FRAME_SAMPLES;
 
 /** That long may a pipe without room hold a frame up, all its waits together. */
-constexpr std::chrono::milliseconds Patience(100);
+constexpr std::int64_t PatienceInNanoseconds = 100000000;
 
-using Clock = std::chrono::steady_clock;
+std::int64_t nowInNanoseconds() {
+    timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return std::int64_t{now.tv_sec} * 1000000000 + now.tv_nsec;
+}
 
 /** What surrounds all writes of a frame. */
 struct Attempt {
     HeldSignals signals;
-    Clock::time_point end = Clock::now() + Patience;
+    std::int64_t end = nowInNanoseconds() + PatienceInNanoseconds;
 };
 
 /** A record's pieces of memory: header, bits, flags, samples. */
@@ -82,14 +86,14 @@ int openForWriting(const char* path) {
 }
 
 /** False when the time is up. Signals do not shorten the wait, nor do they prolong it. */
-bool waitForRoom(int descriptor, Clock::time_point end) {
-    const auto left = std::chrono::duration_cast<std::chrono::nanoseconds>(end - Clock::now());
-    if (left.count() <= 0) return false;
+bool waitForRoom(int descriptor, std::int64_t end) {
+    const std::int64_t left = end - nowInNanoseconds();
+    if (left <= 0) return false;
     sigset_t all;
     sigfillset(&all);
     pollfd pipe = {descriptor, POLLOUT, 0};
     timespec time = {};
-    time.tv_nsec = static_cast<decltype(time.tv_nsec)>(left.count());
+    time.tv_nsec = static_cast<decltype(time.tv_nsec)>(left);
     return ppoll(&pipe, 1, &time, &all) > 0;
 }
 

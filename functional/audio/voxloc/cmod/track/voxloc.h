@@ -14,6 +14,10 @@
  * array of microphones, and without assertions. The parts that trackers are made of (geometry,
  * frame arithmetic, real transforms) are in voxlocParts.h.
  *
+ * Floating-point exceptions that the host program lets trap do not trap inside these calls, and
+ * what the unit remembers of exceptions is as before on return; the parts in voxlocParts.h run in
+ * the caller's mode.
+ *
  * Units: positions in metres, angles in radians inside the module and in degrees in the result,
  * 48,000 samples per second, lags of the correlations at 192,000 per second.
  */
@@ -328,7 +332,10 @@ const VoxlocArray* voxloc_getArray(const VoxlocTracker* tracker);
 /** As voxloc_getUltraSoundLevel. */
 float voxloc_getTrackerUltraSoundLevel(const VoxlocTracker* tracker);
 
-/** Takes a text of the tracker's log, one line or more with their ends, on the tracker's thread. */
+/**
+ * Takes a text of the tracker's log, one line or more with their ends, on the tracker's thread and
+ * in its floating-point mode: nothing traps, tiny numbers count as zero.
+ */
 typedef void (*VoxlocLog)(void* context, const char* text);
 
 /** Where the tracker's log goes from now on; a null log means standard error, as at first. */

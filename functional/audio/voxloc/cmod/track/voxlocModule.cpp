@@ -6,6 +6,7 @@
 
 #include "assertion/assertion.h"
 #include "console/eventlog.h"
+#include "flushToZero.h"
 #include "tracker.h"
 
 namespace {
@@ -35,6 +36,7 @@ voxloc::Tracker& voxloc::moduleTracker() {
 }
 
 void voxloc_initialize(int32_t productType) {
+    const voxloc::NoTraps noTraps;
     Tracker& tracker = module.tracker;
     tracker.ProductType = productType;
     const VoxlocProduct* product = findOrReport(productType);
