@@ -163,6 +163,23 @@ TEST(RecordingToAFullDisk, CountsAnew) {
     EXPECT_EQ(voxloc_record_getLostFrames(), 0U);
 }
 
+// Exits with 0 when the warning, which the log's file does not take either, ends nothing.
+[[noreturn]] void loseFramesWithAFullLog(const char* path, const char* log) {
+    const int file = open(log, O_WRONLY | O_APPEND);
+    dup2(file, STDERR_FILENO);
+    const InitializedModule module(PRODUCT_FOXGLOVE);
+    voxloc_record_start(path);
+    const FileSizeLimit limit(4);
+    static_cast<void>(!write(file, "full", 4));
+    sendFrames(1, 2);
+    std::_Exit(voxloc_record_getLostFrames() == 2 ? 0 : 1);
+}
+
+TEST(RecordingToAFullDiskDeathTest, SurvivesALogOnTheSameDisk) {
+    const TemporaryFile file, log;
+    EXPECT_EXIT(loseFramesWithAFullLog(file.path(), log.path()), ::testing::ExitedWithCode(0), "");
+}
+
 struct Texts {
     std::vector<std::string> texts;
     static void add(void* context, const char* text) {

@@ -189,10 +189,16 @@ const char* reason(int error) {
     }
 }
 
+/** The log may be a full file or a pipe that was left, too. */
+void warn(const Log& log, int error) {
+    const HeldSignals signals;
+    logText(log, "Warning: The recording loses frames, %s (error %d)\n", reason(error), error);
+    signals.drop(SIGPIPE);
+    signals.drop(SIGXFSZ);
+}
+
 void loseFrame(Recording& recording, const Log& log, int error) {
-    if (recording.lostFrames == 0) {
-        logText(log, "Warning: The recording loses frames, %s (error %d)\n", reason(error), error);
-    }
+    if (recording.lostFrames == 0) warn(log, error);
     if (recording.lostFrames < UINT32_MAX) ++recording.lostFrames;
 }
 
