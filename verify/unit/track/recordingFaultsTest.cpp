@@ -1,8 +1,6 @@
 // Recordings to what does not take them: the tracker goes on, only whole records stand in a file,
 // and what is lost is counted and told.
 
-#define _FILE_OFFSET_BITS 64  // this test looks behind 2 GiB
-
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -224,11 +222,11 @@ TEST(Recording, GrowsPastTwoGibibytes) {
     voxloc_record_start(file.path());
     voxloc::Recording& recording = voxloc::moduleTracker().recording;
     recording.length = (std::int64_t{1} << 31) - 100;
-    ASSERT_EQ(lseek(recording.descriptor, recording.length, SEEK_SET), recording.length);
+    ASSERT_EQ(lseek64(recording.descriptor, recording.length, SEEK_SET), recording.length);
     sendFrames(1, 2);
     voxloc_record_stop();
-    struct stat status {};
-    ASSERT_EQ(stat(file.path(), &status), 0);
+    struct stat64 status {};
+    ASSERT_EQ(stat64(file.path(), &status), 0);
     EXPECT_EQ(status.st_size, (std::int64_t{1} << 31) - 100 + 2 * std::int64_t{RecordSize});
     EXPECT_EQ(voxloc_record_getLostFrames(), 0U);
 }
