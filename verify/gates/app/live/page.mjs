@@ -217,7 +217,7 @@ async function stillStreamIsTold() {
   await program.end();
 }
 
-// The device gives no time away: it is unplugged before anybody looks.
+// The file is read faster than sound comes: the device is gone before the page is open.
 async function unpluggedDeviceIsTold() {
   const program = await Program.startOnDevice({VOXLOC_GONE_AT: "12", VOXLOC_GONE_OPENS: "5"});
   const page = await open(program);
