@@ -1,4 +1,8 @@
-# The option VOXLOC_APP: the program `voxloc`, which needs some packages. On where they are.
+# The options VOXLOC_APP, the program `voxloc`, which needs some packages (on where they are), and
+# VOXLOC_APP_EXTRAS, what it has for desks alone.
+
+option(VOXLOC_APP_EXTRAS
+  "Give voxloc report pages, runs of many files and merge; a board does without" ON)
 
 # Sets `result` to the missing ones, by their names in Debian.
 function(voxloc_missing_app_packages result)

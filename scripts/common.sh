@@ -160,7 +160,7 @@ packages_of_app() {
 # Whether a preset has the program voxloc.
 has_app() {
     case "$1" in
-        release | clang | fuzz | asan | armhf-app | bench*) return 0 ;;
+        release | clang | fuzz | asan | tsan | armhf-app | bench*) return 0 ;;
         *) return 1 ;;
     esac
 }
@@ -177,7 +177,7 @@ packages_of_preset() {
     esac
     case "$1" in
         release) echo valgrind python3 parallel slurm-wlm munge ;;
-        clang | asan) echo python3 ;;
+        clang | asan | tsan) echo python3 ;;
         armhf) echo python3 ;;
     esac
 }

@@ -22,10 +22,12 @@ int run(CLI::App& program, int argc, char** argv, const int& status) {
     return status;
 }
 
-}  // namespace
+struct CommandLine {
+    int argc;
+    char** argv;
+};
 
-int main(int argc, char** argv) {
-    catchSignals();
+int runProgram(const CommandLine& line) {
     CLI::App program("Finds the active talker in multichannel microphone audio.", "voxloc");
     program.set_version_flag("--version", std::string("voxloc ") + voxloc_getVersion());
     program.require_subcommand(1);
@@ -35,5 +37,14 @@ int main(int argc, char** argv) {
     addLiveCommand(program, status);
     addArraysCommand(program, status);
     addMergeCommand(program, status);
-    return run(program, argc, argv, status);
+    return run(program, line.argc, line.argv, status);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    catchSignals();
+    CommandLine line{argc, argv};
+    return guarded(
+        [](void* context) { return runProgram(*static_cast<const CommandLine*>(context)); }, &line);
 }

@@ -1,142 +1,36 @@
 #include "arrays/arrayJson.h"
 
-#include <algorithm>
-#include <cmath>
 #include <filesystem>
-#include <initializer_list>
-#include <limits>
 #include <set>
+#include <vector>
 
+#include "arrays/jsonFields.h"
 #include "common/failure.h"
 #include "common/text.h"
 #include "readers/file.h"
 
 namespace {
 
-constexpr int FormVersion = 1;
 constexpr std::size_t LongestFile = 1 << 20;  // bytes; an array takes about a thousand
 constexpr int DeepestNesting = 16;            // an array takes three
-constexpr std::size_t LongestName = 80;       // bytes
 
 // A grid that suits most arrays: 227 azimuths up to 64.8 degrees to either side, 131 elevations up
 // to 31.3 degrees up and down.
 constexpr float DefaultAzimuth = -0.905f, DefaultElevation = -0.52f, DefaultStep = 0.008f;
 
-bool isName(const std::string& text) {
-    return !text.empty() && text.size() <= LongestName &&
-           std::none_of(text.begin(), text.end(),
-                        [](char c) { return static_cast<unsigned char>(c) < 32 || c == 127; });
-}
-
 /** What an array is called that says nothing of its name. */
 std::string nameOfFile(const std::string& path) {
     const std::string stem = std::filesystem::path(path).stem().string();
-    return isName(stem) ? stem : "array";
+    return isArrayName(stem) ? stem : "array";
 }
 
-/** Reads the fields of one JSON object; every complaint begins with the place and the field. */
-class Fields {
-  public:
-    Fields(const Json& object, std::string where) : object_(object), where_(std::move(where)) {
-        if (!object.is_object()) fail("", "must be an object in braces");
-    }
-
-    [[noreturn]] void fail(const std::string& field, const std::string& what) const {
-        throw BadData(where_ + ": " + field + (field.empty() ? "" : ": ") + what);
-    }
-
-    void allow(std::initializer_list<const char*> names) const {
-        for (const auto& entry : object_.items()) {
-            const bool isKnown = std::any_of(names.begin(), names.end(),
-                                             [&](const char* n) { return entry.key() == n; });
-            if (!isKnown) fail(inQuotes(entry.key()), "is not a field here");
-        }
-    }
-
-    const Json* find(const char* field) const {
-        const auto found = object_.find(field);
-        return found == object_.end() ? nullptr : &*found;
-    }
-
-    const Json& need(const char* field) const {
-        const Json* value = find(field);
-        if (value == nullptr) fail(field, "is missing");
-        return *value;
-    }
-
-    float number(const Json& value, const std::string& field) const {
-        if (!value.is_number()) fail(field, "must be a number");
-        const double number = value.get<double>();
-        if (!(std::fabs(number) <= static_cast<double>(std::numeric_limits<float>::max()))) {
-            fail(field, "is beyond every sensible number");
-        }
-        return static_cast<float>(number);
-    }
-
-    std::int32_t integer(const Json& value, const std::string& field) const {
-        if (!value.is_number_integer()) fail(field, "must be a whole number");
-        // What does not fit becomes a channel that no array has.
-        const auto number = value.is_number_unsigned() && value.get<std::uint64_t>() > 1000000
-                                ? 1000000
-                                : value.get<std::int64_t>();
-        return static_cast<std::int32_t>(std::max<std::int64_t>(-1000000, number));
-    }
-
-    std::string line(const Json& value, const std::string& field) const {
-        if (!value.is_string()) fail(field, "must be a text in quotes");
-        std::string text = value.get<std::string>();
-        if (!isName(text)) fail(field, "must be one line of 1 to 80 bytes");
-        return text;
-    }
-
-    bool truth(const Json& value, const std::string& field) const {
-        if (!value.is_boolean()) fail(field, "must be true or false");
-        return value.get<bool>();
-    }
-
-    const Json& list(const Json& value, const std::string& field, std::size_t most) const {
-        if (!value.is_array()) fail(field, "must be a list in brackets");
-        if (value.size() > most) {
-            fail(field, "has " + std::to_string(value.size()) + " entries, at most " +
-                            std::to_string(most) + " are possible");
-        }
-        return value;
-    }
-
-    Position position(const Json& value, const std::string& field) const {
-        if (!value.is_array() || value.size() != 3) {
-            fail(field, "must be three numbers in metres: [x, y, z]");
-        }
-        return {number(value[0], field + "[0]"), number(value[1], field + "[1]"),
-                number(value[2], field + "[2]")};
-    }
-
-    VoxlocPair pair(const Json& value, const std::string& field) const {
-        if (!value.is_array() || value.size() != 2) fail(field, "must be two channels: [0, 1]");
-        return {integer(value[0], field + "[0]"), integer(value[1], field + "[1]")};
-    }
-
-    std::int32_t pairs(const Json& value, const std::string& field, VoxlocPair* pairs) const {
-        std::int32_t count = 0;
-        for (const Json& entry : list(value, field, VOXLOC_MAX_PAIRS)) {
-            pairs[count] = pair(entry, field + "[" + std::to_string(count) + "]");
-            ++count;
-        }
-        return count;
-    }
-
-  private:
-    const Json& object_;
-    std::string where_;
-};
-
-void readGrid(const Fields& fields, const std::string& where, VoxlocArray& array) {
+void readGrid(const JsonFields& fields, const std::string& where, VoxlocArray& array) {
     array.minimumAzimuth = DefaultAzimuth;
     array.minimumElevation = DefaultElevation;
     array.angleInterval = DefaultStep;
     const Json* value = fields.find("grid");
     if (value == nullptr) return;
-    const Fields grid(*value, where + ": grid");
+    const JsonFields grid(*value, where + ": grid");
     grid.allow({"lowest_azimuth_sine", "lowest_elevation_sine", "sine_step"});
     const auto read = [&grid](const char* field, float& to) {
         if (grid.find(field) != nullptr) to = grid.number(*grid.find(field), field);
@@ -148,13 +42,13 @@ void readGrid(const Fields& fields, const std::string& where, VoxlocArray& array
 
 /** Reads a field if it is there; returns whether it was. */
 template <typename To, typename Read>
-bool readIfThere(const Fields& fields, const char* field, To& to, const Read& read) {
+bool readIfThere(const JsonFields& fields, const char* field, To& to, const Read& read) {
     const Json* value = fields.find(field);
     if (value != nullptr) to = read(*value, field);
     return value != nullptr;
 }
 
-void readChannels(const Fields& fields, ArrayDraft& draft) {
+void readChannels(const JsonFields& fields, ArrayDraft& draft) {
     VoxlocArray& array = draft.named.array;
     const auto pair = [&](const Json& value, const char* field) {
         return fields.pair(value, field);
@@ -171,7 +65,7 @@ void readChannels(const Fields& fields, ArrayDraft& draft) {
         readIfThere(fields, "time_domain_voice_channel", array.timeDomainVoiceChannel, channel);
 }
 
-void readMicrophones(const Fields& fields, VoxlocArray& array) {
+void readMicrophones(const JsonFields& fields, VoxlocArray& array) {
     for (const Json& entry :
          fields.list(fields.need("microphones"), "microphones", VOXLOC_MAX_CHANNELS)) {
         array.microphone[array.channels] =
@@ -180,7 +74,7 @@ void readMicrophones(const Fields& fields, VoxlocArray& array) {
     }
 }
 
-void readPairs(const Fields& fields, ArrayDraft& draft) {
+void readPairs(const JsonFields& fields, ArrayDraft& draft) {
     VoxlocArray& array = draft.named.array;
     draft.hasAzimuthPairs = readIfThere(fields, "azimuth_pairs", array.azimuthPairs,
                                         [&](const Json& value, const char* field) {
@@ -192,7 +86,7 @@ void readPairs(const Fields& fields, ArrayDraft& draft) {
         });
 }
 
-void readLoudspeaker(const Fields& fields, VoxlocArray& array) {
+void readLoudspeaker(const JsonFields& fields, VoxlocArray& array) {
     const Json* position = fields.find("loudspeaker");
     const Json* attenuate = fields.find("attenuate_loudspeaker");
     if (position != nullptr) {
@@ -235,29 +129,12 @@ std::string inFileTerms(std::string reason) {
     return reason;
 }
 
-/** The double whose shortest text is the float's. */
-double asWritten(float value) {
-    std::string text;
-    appendNumber(text, value);
-    return numberFrom(text).value_or(static_cast<double>(value));
-}
-
-Json positionToJson(const Position& position) {
-    return Json{asWritten(position.x), asWritten(position.y), asWritten(position.z)};
-}
-
-Json pairsToJson(const VoxlocPair* pairs, std::int32_t count) {
-    Json list = Json::array();
-    for (std::int32_t i = 0; i < count; ++i) list.push_back({pairs[i].first, pairs[i].second});
-    return list;
-}
-
 bool areSame(const VoxlocArray& one, const VoxlocArray& other) {
     return arrayToJson({"", one, {}}) == arrayToJson({"", other, {}});
 }
 
 /** A built-in array keeps what belongs to it alone: its grid, its upside-down check. */
-void readProduct(const Fields& fields, NamedArray& named) {
+void readProduct(const JsonFields& fields, NamedArray& named) {
     const Json* value = fields.find("product");
     if (value == nullptr) return;
     const std::string name = fields.line(*value, "product");
@@ -310,12 +187,12 @@ Json parsed(std::string_view text, const std::string& where) {
 
 ArrayDraft draftFromJson(std::string_view text, const std::string& where) {
     const Json json = parsed(text, where);
-    const Fields fields(json, where);
+    const JsonFields fields(json, where);
     fields.allow({"voxloc_array", "name", "comment", "product", "microphones", "azimuth_pairs",
                   "elevation_pairs", "grid", "voice_channels", "noise_channels",
                   "time_domain_voice_channel", "loudspeaker", "attenuate_loudspeaker"});
-    if (fields.integer(fields.need("voxloc_array"), "voxloc_array") != FormVersion) {
-        fields.fail("voxloc_array", "must be " + std::to_string(FormVersion));
+    if (fields.integer(fields.need("voxloc_array"), "voxloc_array") != ArrayFormVersion) {
+        fields.fail("voxloc_array", "must be " + std::to_string(ArrayFormVersion));
     }
     ArrayDraft draft;
     draft.named.name = nameOfFile(where);
@@ -359,50 +236,4 @@ std::string readArrayText(const std::string& path) {
 
 NamedArray readArrayFile(const std::string& path) {
     return arrayFromJson(readArrayText(path), path == "-" ? "standard input" : path);
-}
-
-Json arrayToJson(const NamedArray& named) {
-    const VoxlocArray& array = named.array;
-    Json json{{"voxloc_array", FormVersion}, {"name", named.name}};
-    if (named.product) json["product"] = voxloc_findProduct(*named.product)->name;
-    Json microphones = Json::array();
-    for (std::int32_t c = 0; c < array.channels; ++c) {
-        microphones.push_back(positionToJson(array.microphone[c]));
-    }
-    json["microphones"] = std::move(microphones);
-    json["azimuth_pairs"] = pairsToJson(array.azimuthPair, array.azimuthPairs);
-    json["elevation_pairs"] = pairsToJson(array.elevationPair, array.elevationPairs);
-    json["grid"] = {{"lowest_azimuth_sine", asWritten(array.minimumAzimuth)},
-                    {"lowest_elevation_sine", asWritten(array.minimumElevation)},
-                    {"sine_step", asWritten(array.angleInterval)}};
-    json["voice_channels"] = {array.voiceChannels.first, array.voiceChannels.second};
-    json["noise_channels"] = {array.noiseChannels.first, array.noiseChannels.second};
-    json["time_domain_voice_channel"] = array.timeDomainVoiceChannel;
-    const Position& loudspeaker = array.loudspeaker;
-    const bool isOn = array.attenuateLoudspeaker != 0;
-    if (isOn || loudspeaker.x != 0.0f || loudspeaker.y != 0.0f || loudspeaker.z != 0.0f) {
-        json["loudspeaker"] = positionToJson(loudspeaker);
-        json["attenuate_loudspeaker"] = isOn;
-    }
-    return json;
-}
-
-std::string arrayToText(const NamedArray& named) {
-    std::string text = "{\n";
-    const Json json = arrayToJson(named);
-    for (const auto& entry : json.items()) {
-        text += "  " + Json(entry.key()).dump() + ": ";
-        if (entry.key() == "microphones") {
-            text += "[";
-            for (std::size_t i = 0; i < entry.value().size(); ++i) {
-                text += (i == 0 ? "\n    " : ",\n    ") + entry.value()[i].dump();
-            }
-            text += "\n  ]";
-        } else {
-            text += entry.value().dump();
-        }
-        text += ",\n";
-    }
-    text.erase(text.size() - 2, 1);  // the last comma
-    return text + "}\n";
 }

@@ -12,6 +12,9 @@
 /** Keeps its fields in the order in which they were added. */
 using Json = nlohmann::ordered_json;
 
+/** The form that is written, and the only one that is read. */
+constexpr int ArrayFormVersion = 1;
+
 /** What a text says of an array, and which of the fields that one may leave out it has. */
 struct ArrayDraft {
     NamedArray named;

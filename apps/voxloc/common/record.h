@@ -8,6 +8,7 @@
 #include <voxloc/voxloc.h>
 
 constexpr int SampleRate = 48000;  // Hz; what the tracker takes
+constexpr double SecondsPerFrame = static_cast<double>(FRAME_SAMPLES) / SampleRate;
 
 struct Record {
     std::uint64_t frame = 0;   // from 0 on, counted from the start of the input

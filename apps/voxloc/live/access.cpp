@@ -115,7 +115,7 @@ std::string readToken(const std::string& path) {
     if (!file) throw cannot("read", path);
     std::string line;
     std::getline(file, line);
-    const std::string token(trimmed(line));
+    std::string token(trimmed(line));
     // What a cookie and an address take as it is.
     const bool isPlain = std::all_of(token.begin(), token.end(), [](unsigned char c) {
         return c < 128 && (std::isalnum(c) != 0 || c == '-' || c == '_' || c == '.' || c == '~');

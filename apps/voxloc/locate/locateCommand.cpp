@@ -10,14 +10,16 @@
 #include "locate/locate.h"
 #include "locate/locateReport.h"
 #include "many/manyOptions.h"
+#include "readers/inputOptions.h"
 
 namespace {
 
 struct Arguments {
     std::vector<std::string> files;
     LocateJob job;
+    InputOptions input;
     ReportOptions report;
-    std::string form, channels, clock;
+    std::string form;
     double end = 0.0;
     bool hasEnd = false, hidesProgress = false;
     ManyOptions many;
@@ -40,9 +42,8 @@ RecordForm formOf(const Arguments& arguments) {
 
 int runMany(const Arguments& arguments) {
     const RecordForm form = arguments.form.empty() ? RecordForm::JsonLines : formOf(arguments);
-    ManyJob job = manyJob(*arguments.command, arguments.many, arguments.files, form);
-    job.showsProgress = isatty(STDERR_FILENO) != 0 && !arguments.hidesProgress;
-    return locateMany(job);
+    const bool showsProgress = isatty(STDERR_FILENO) != 0 && !arguments.hidesProgress;
+    return locateFiles(*arguments.command, arguments.many, {arguments.files, form, showsProgress});
 }
 
 int runLocate(Arguments& arguments) {
@@ -50,8 +51,10 @@ int runLocate(Arguments& arguments) {
     if (arguments.files.size() != 1 || !arguments.many.folder.empty()) return runMany(arguments);
     job.input = arguments.files.front();
     job.form = formOf(arguments);
-    job.read.channels = channelsFrom(arguments.channels);
-    job.clock = clockFrom(arguments.clock);
+    job.array = arguments.input.array;
+    job.farEnd = arguments.input.farEnd;
+    job.read = readOptionsFrom(arguments.input);
+    job.clock = clockFrom(arguments.input.clock);
     if (arguments.hasEnd) job.read.end = arguments.end;
     job.showsProgress = isatty(STDERR_FILENO) != 0 && !arguments.hidesProgress;
     checkReportOptions(arguments.report, job);
@@ -60,10 +63,7 @@ int runLocate(Arguments& arguments) {
 }
 
 void addReportOptions(CLI::App& command, ReportOptions& options) {
-    command.add_option("--report", options.report,
-                       "Write the run as a page of plots, one HTML file that needs no network");
-    command.add_flag("--embed-audio", options.embedsAudio,
-                     "Put the sound of the first microphone into the page, 21 MB an hour");
+    addPageOptions(command, options.page);
     command.add_option("--compare", options.compare,
                        "Compare with this run (CSV or JSON lines), frame by frame");
     command
@@ -74,35 +74,19 @@ void addReportOptions(CLI::App& command, ReportOptions& options) {
 }
 
 void addOptions(CLI::App& command, Arguments& arguments) {
-    LocateJob& job = arguments.job;
+    ReadOptions& read = arguments.input.read;
     command.add_option("files", arguments.files, "Recordings or sound files; - is standard input")
         ->required();
-    command.add_option("-a,--array", job.array,
-                       "The array: a built-in one by its name, or a file NAME.json");
-    command.add_option("-o,--output", job.output, "Where the records go; - is standard output");
+    addInputOptions(command, arguments.input);
+    command.add_option("-o,--output", arguments.job.output,
+                       "Where the records go; - is standard output");
     command.add_option("-f,--format", arguments.form, "text, csv or jsonl")
         ->check(CLI::IsMember({"text", "csv", "jsonl"}));
-    command.add_option("--channels", arguments.channels,
-                       "Channels of the input, one a microphone: 3,0,1,2");
-    command.add_option("--gain", job.read.gain, "Decibels on every sample")
-        ->check(CLI::Range(-120.0, 120.0));
-    command.add_option("--far-end", job.farEnd,
-                       "CSV of the seconds in which the loudspeaker played: from,to");
-    command.add_option("--start", job.read.start, "Begin at this second, down to a whole frame")
+    command.add_option("--start", read.start, "Begin at this second, down to a whole frame")
         ->check(CLI::Range(0.0, 1e9));
     command.add_option("--end", arguments.end, "Stop at this second")
         ->check(CLI::Range(0.0, 1e9))
         ->each([&arguments](const std::string&) { arguments.hasEnd = true; });
-    command.add_option("--clock", arguments.clock,
-                       "Times of the wall from this one on: now, or 2026-11-21T10:00:00Z");
-    command.add_flag("--strict", job.read.strict, "Refuse what does not run at 48 kHz");
-    command
-        .add_option("--raw", job.read.rawFormat,
-                    "The input is raw samples: S16, S24, S24_3, S32 or F32, little-endian")
-        ->check(CLI::IsMember({"S16", "S24", "S24_3", "S32", "F32"}));
-    command.add_option("--raw-channels", job.read.rawChannels, "Channels of raw samples")
-        ->check(CLI::Range(1, 1024));
-    command.add_option("--raw-rate", job.read.rawRate, "Rate of raw samples in Hz");
     command.add_flag("--no-progress", arguments.hidesProgress, "Never show how far the run is");
     addManyOptions(command, arguments.many);
 }

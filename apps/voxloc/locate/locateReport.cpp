@@ -3,7 +3,7 @@
 #include <cstdio>
 
 void checkReportOptions(const ReportOptions& options, const LocateJob& job) {
-    if (options.embedsAudio && options.report.empty()) {
+    if (options.page.embedsAudio && options.page.file.empty()) {
         throw WrongUsage("--embed-audio needs a page to go into; give its file with --report");
     }
     if (options.tolerance && options.compare.empty()) {
@@ -12,7 +12,7 @@ void checkReportOptions(const ReportOptions& options, const LocateJob& job) {
     if (options.compare == "-" && job.input == "-") {
         throw WrongUsage("standard input cannot be both the sound and the run to compare with");
     }
-    if (!options.report.empty() && options.report == job.output) {
+    if (!options.page.file.empty() && options.page.file == job.output) {
         throw WrongUsage("--report and the records go to the same place; give one another file");
     }
 }
@@ -48,16 +48,9 @@ bool LocateReport::attempt(Step step) {
 }
 
 void LocateReport::begin(const RunHeader& header) {
-    if (options_.report.empty()) return;
-    const std::string json =
-        headerToJson(header).dump(-1, ' ', false, Json::error_handler_t::replace);
-    const ReportHead head{json, isComparing_ ? comparer_->header() : std::string(),
-                          header.array.array.channels};
+    if (options_.page.file.empty()) return;
     // A page that cannot be begun is known before the first frame, and ends the run.
-    if (options_.embedsAudio) audio_.emplace();
-    output_.emplace(options_.report);
-    writer_.emplace(head, *output_);
-    isWriting_ = true;
+    page_ = beginPage(options_.page, header, isComparing_ ? comparer_->header() : std::string());
 }
 
 const Record* LocateReport::compare(const Record& record) {
@@ -68,11 +61,8 @@ const Record* LocateReport::compare(const Record& record) {
 }
 
 void LocateReport::write(const Record& record, const Record* other, const InputFrame& frame) {
-    if (!isWriting_) return;
-    isWriting_ = attempt([&] {
-        writer_->add(record, other);
-        if (audio_) audio_->add(frame.samples.data(), frame.bits, record.sample);
-    });
+    if (page_ == nullptr) return;
+    if (!attempt([&] { page_->add(record, other, frame); })) page_.reset();
 }
 
 void LocateReport::add(const Record& record, const InputFrame& frame) {
@@ -90,11 +80,6 @@ void LocateReport::end(const Summary& summary) {
     const Comparison* comparison = nullptr;
     if (isComparing_) attempt([&] { comparison = &comparer_->finish(); });
     if (comparison != nullptr) agrees_ = comparison->agrees();
-    if (isWriting_) {
-        attempt([&] {
-            writer_->finish(summary, comparison, audio_ ? &*audio_ : nullptr);
-            output_->finish();
-        });
-    }
+    if (page_ != nullptr) attempt([&] { page_->finish(summary, comparison); });
     if (comparison != nullptr) tell(*comparison);
 }

@@ -10,12 +10,11 @@
 #include "common/failure.h"
 #include "locate/compare.h"
 #include "locate/locate.h"
-#include "page/report.h"
+#include "page/runPage.h"
 
 struct ReportOptions {
-    std::string report;        // the page's file, or empty
-    bool embedsAudio = false;  // the first microphone goes into the page
-    std::string compare;       // a run to compare with, or empty
+    PageOptions page;
+    std::string compare;  // a run to compare with, or empty
     std::optional<double> tolerance;
 };
 
@@ -50,10 +49,8 @@ class LocateReport {
     ReportOptions options_;
     bool recordsOnStandardOutput_;
     std::optional<Comparer> comparer_;
-    bool isComparing_ = false, isWriting_ = false, hasFailed_ = false, agrees_ = true;
-    std::optional<ReportAudio> audio_;
-    std::optional<Output> output_;
-    std::optional<ReportWriter> writer_;
+    bool isComparing_ = false, hasFailed_ = false, agrees_ = true;
+    std::unique_ptr<RunPage> page_;
 };
 
 #endif

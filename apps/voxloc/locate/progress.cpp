@@ -4,12 +4,6 @@
 
 #include "common/record.h"
 
-namespace {
-
-constexpr double SecondsPerFrame = static_cast<double>(FRAME_SAMPLES) / SampleRate;
-
-}  // namespace
-
 void Progress::show(std::uint64_t framesDone) {
     const Clock::time_point now = Clock::now();
     if (!first_) first_ = framesDone;

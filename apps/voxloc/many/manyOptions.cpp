@@ -4,7 +4,10 @@
 #include <array>
 #include <thread>
 
+#include <CLI/CLI.hpp>
+
 #include "common/failure.h"
+#include "many/locateMany.h"
 
 namespace {
 
@@ -47,8 +50,7 @@ void addManyOptions(CLI::App& command, ManyOptions& options) {
         ->check(CLI::Range(1, MostJobs));
 }
 
-ManyJob manyJob(const CLI::App& command, const ManyOptions& options,
-                const std::vector<std::string>& files, RecordForm form) {
+int locateFiles(const CLI::App& command, const ManyOptions& options, const ManyInput& input) {
     if (options.folder.empty()) {
         throw WrongUsage("several files take --output-dir, below which each gets its run");
     }
@@ -61,10 +63,11 @@ ManyJob manyJob(const CLI::App& command, const ManyOptions& options,
         }
         if (!isAmong(NotPassedOn, name)) appendOption(*option, name, job.options);
     }
-    job.files = files;
+    job.files = input.files;
     job.folder = options.folder;
-    job.form = form;
+    job.form = input.form;
+    job.showsProgress = input.showsProgress;
     const auto processors = static_cast<int>(std::thread::hardware_concurrency());
     job.jobs = options.jobs > 0 ? options.jobs : std::clamp(processors, 1, MostJobs);
-    return job;
+    return locateMany(job);
 }

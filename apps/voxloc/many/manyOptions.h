@@ -5,9 +5,11 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
+#include "writers/recordWriter.h"
 
-#include "many/locateMany.h"
+namespace CLI {
+class App;
+}
 
 struct ManyOptions {
     std::string folder;  // empty: one file as usual
@@ -17,11 +19,16 @@ struct ManyOptions {
 /** Adds --output-dir and --jobs. */
 void addManyOptions(CLI::App& command, ManyOptions& options);
 
+struct ManyInput {
+    std::vector<std::string> files;
+    RecordForm form = RecordForm::JsonLines;
+    bool showsProgress = false;
+};
+
 /**
- * What `command` was called with as a job for many files. Throws WrongUsage for several files
- * without a folder, and for options that only one file can have.
+ * Locates the files as `command` was called. Returns the status; throws WrongUsage for several
+ * files without a folder, and for options that only one file can have.
  */
-ManyJob manyJob(const CLI::App& command, const ManyOptions& options,
-                const std::vector<std::string>& files, RecordForm form);
+int locateFiles(const CLI::App& command, const ManyOptions& options, const ManyInput& input);
 
 #endif

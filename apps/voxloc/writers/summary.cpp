@@ -14,7 +14,6 @@ constexpr std::size_t ElsewhereFrames = 12;  // half a second elsewhere: another
 constexpr std::uint64_t SilentFrames = 12;   // half a second without voice ends a turn
 constexpr std::uint64_t ShortestFrames = 6;  // a quarter of a second: shorter ones are no turns
 constexpr std::size_t MostPlaces = 4096;     // kept of a turn
-constexpr double SecondsPerFrame = static_cast<double>(FRAME_SAMPLES) / SampleRate;
 
 float median(std::vector<float> values) {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);

@@ -1,10 +1,12 @@
-# Builds project/ on musl and runs its program; see CMakeLists.txt here for the settings.
+# Builds project/ and the first example on musl and runs both; CMakeLists.txt here has the settings.
 
 find_program(MUSL_GCC musl-gcc)
 if(NOT MUSL_GCC)
   message("skipped: musl-gcc is missing (Debian: package musl-tools)")
   return()
 endif()
+
+include("${TREE}/verify/gates/package/examples.cmake")
 
 function(run)
   execute_process(COMMAND ${ARGV} RESULT_VARIABLE result OUTPUT_VARIABLE text ERROR_VARIABLE text)
@@ -22,8 +24,11 @@ endfunction()
 
 expect(0 "" "${CMAKE_COMMAND}" -S "${SOURCE}" -B "${BUILD}" -G "${GENERATOR}" -D "TREE=${TREE}"
   -D "CMAKE_TOOLCHAIN_FILE=${SOURCE}/toolchain.cmake" -D CMAKE_BUILD_TYPE=Release)
-expect(0 "" "${CMAKE_COMMAND}" --build "${BUILD}" --target on_musl)
-expect(0 "Test success: 2 tests with 4 assertions" "${BUILD}/on_musl" --runall)
+expect(0 "" "${CMAKE_COMMAND}" --build "${BUILD}" --target on_musl locate)
+read_examples("${TREE}/examples")
+string(REGEX REPLACE "\\$$" "\n$" located "${locate_output}")
+expect(0 "${located}" "${BUILD}/locate")
+expect(0 "Test success: 1 test with 1 assertion" "${BUILD}/on_musl" --runall)
 # musl's own words for a failed assertion.
 expect("Subprocess aborted"
   "^Assertion failed: context \\(platform/audio/audtest/audunittest: audunittest_set_context: [0-9]+\\)\n$"
