@@ -6,9 +6,11 @@
 #include "arrays/arraysCommand.h"
 #include "common/failure.h"
 #include "common/signals.h"
+#include "doctor/doctorCommand.h"
 #include "live/liveCommand.h"
 #include "locate/locateCommand.h"
 #include "many/mergeCommand.h"
+#include "sweep/sweepCommand.h"
 
 namespace {
 
@@ -37,6 +39,8 @@ int runProgram(const CommandLine& line) {
     addLiveCommand(program, status);
     addArraysCommand(program, status);
     addMergeCommand(program, status);
+    addSweepCommand(program, status);
+    addDoctorCommand(program, status);
     return run(program, line.argc, line.argv, status);
 }
 

@@ -4,30 +4,12 @@
 
 #include "common/failure.h"
 #include "common/signals.h"
+#include "locate/inputArray.h"
 #include "locate/locator.h"
 #include "locate/progress.h"
-#include "readers/channelMap.h"
 #include "readers/farEnd.h"
 
 namespace {
-
-NamedArray arrayOf(const LocateJob& job, const InputFormat& input) {
-    if (!job.array.empty()) return findArray(job.array);
-    if (input.product) return productArray(*input.product);
-    throw WrongUsage(input.name +
-                     (input.isRecording ? ": was made with an array of its own"
-                                        : ": says nothing of its microphones") +
-                     "; give its array with --array");
-}
-
-void checkChannels(const LocateJob& job, const InputFormat& input, const NamedArray& array) {
-    const int channels = mappedChannels(input, job.read);
-    if (channels == array.array.channels) return;
-    throw BadData(input.name + ": has " + std::to_string(channels) + " channels" +
-                  (job.read.channels.empty() ? "" : " after --channels") + ", array " + array.name +
-                  " has " + std::to_string(array.array.channels) +
-                  (job.read.channels.empty() ? "; choose and order them with --channels" : ""));
-}
 
 void noteWhatWasChanged(const FrameReader& reader) {
     const InputFormat& input = reader.format();
@@ -90,8 +72,7 @@ struct Run {
 
 int locate(const LocateJob& job, const LocateObserver& observer) {
     const std::unique_ptr<FrameReader> reader = openReader(job.input, job.read);
-    const NamedArray array = arrayOf(job, reader->format());
-    checkChannels(job, reader->format(), array);
+    const NamedArray array = arrayFor(job.array, reader->format(), job.read);
     const RunHeader header{array, reader->format(), job.read, job.farEnd, job.clock};
     Run run{job,
             *reader,
