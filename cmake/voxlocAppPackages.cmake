@@ -2,7 +2,7 @@
 # VOXLOC_APP_EXTRAS, what it has for desks alone.
 
 option(VOXLOC_APP_EXTRAS
-  "Give voxloc report pages, runs of many files and merge; a board does without" ON)
+  "Give voxloc report pages, runs of many files, merge and sweep; a board does without" ON)
 
 # Sets `result` to the missing ones, by their names in Debian.
 function(voxloc_missing_app_packages result)

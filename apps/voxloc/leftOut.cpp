@@ -1,5 +1,5 @@
-// In the place of pages, runs of many files and merge where VOXLOC_APP_EXTRAS is off. Their options
-// are not in the help, and whoever gives one is told why.
+// In the place of pages, runs of many files, merge and sweep where VOXLOC_APP_EXTRAS is off. Their
+// options are not in the help, and whoever gives one is told why.
 
 #include <CLI/CLI.hpp>
 
@@ -7,6 +7,7 @@
 #include "many/manyOptions.h"
 #include "many/mergeCommand.h"
 #include "page/runPage.h"
+#include "sweep/sweepCommand.h"
 
 namespace {
 
@@ -16,6 +17,15 @@ namespace {
 
 /** A group without a name is not in the help. */
 constexpr const char* Hidden = "";
+
+/** A subcommand that says that it is left out; `name` lives as long as the program. */
+void addLeftOut(CLI::App& program, const char* name, int& status) {
+    CLI::App* command = program.add_subcommand(name)->group(Hidden)->prefix_command();
+    command->callback([&status, name] {
+        status = guarded([](void* what) -> int { refuse(static_cast<const char*>(what)); },
+                         const_cast<char*>(name));
+    });
+}
 
 }  // namespace
 
@@ -33,7 +43,7 @@ void addManyOptions(CLI::App& command, ManyOptions& options) {
     command.add_option("-j,--jobs", options.jobs)->group(Hidden);
     command.footer(command.get_footer() +
                    "\nThis program was built for a board: without --report, without --output-dir "
-                   "for many files, without merge.");
+                   "for many files, without merge and sweep.");
 }
 
 int locateFiles(const CLI::App&, const ManyOptions&, const ManyInput&) {
@@ -41,7 +51,9 @@ int locateFiles(const CLI::App&, const ManyOptions&, const ManyInput&) {
 }
 
 void addMergeCommand(CLI::App& program, int& status) {
-    CLI::App* command = program.add_subcommand("merge")->group(Hidden)->prefix_command();
-    command->callback(
-        [&status] { status = guarded([](void*) -> int { refuse("merge"); }, nullptr); });
+    addLeftOut(program, "merge", status);
+}
+
+void addSweepCommand(CLI::App& program, int& status) {
+    addLeftOut(program, "sweep", status);
 }

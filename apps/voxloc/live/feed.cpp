@@ -23,7 +23,7 @@ std::vector<Item> after(const std::vector<Item>& ring, std::uint64_t added, std:
 
 bool LiveStatus::operator==(const LiveStatus& other) const {
     return state == other.state && reason == other.reason && overruns == other.overruns &&
-           reopened == other.reopened && isRecordingStuck == other.isRecordingStuck &&
+           reopened == other.reopened && unrecordedFrames == other.unrecordedFrames &&
            microphones == other.microphones;
 }
 

@@ -19,7 +19,7 @@ struct LiveStatus {
     LiveState state = LiveState::Running;
     std::string reason;  // while it waits for the device
     std::uint64_t overruns = 0, reopened = 0;
-    bool isRecordingStuck = false;  // the recording does not grow any more
+    std::uint32_t unrecordedFrames = 0;  // that the recording lacks
     MicrophoneWatch::States microphones = {};
 
     bool operator==(const LiveStatus& other) const;

@@ -63,11 +63,13 @@ class Listening {
     bool step();
     void take(std::size_t count);
     void publish(const Record& record);
+    void noteLostFrames();
     void changed(CaptureEvent event);
     void noteMicrophones();
     void lost();
     void skipLostTime();
     bool isOver() const;
+    void finishRecording();
     void finish();
 
     LiveJob job_;
@@ -216,12 +218,14 @@ void Listening::publish(const Record& record) {
     summarizer_.add(record);
     watch_.add(record);
     noteMicrophones();
-    if (recording_ != nullptr && !recording_->grow() && !status_.isRecordingStuck) {
-        status_.isRecordingStuck = true;
-        say(recording_->path() + " does not grow any more: is the disk full?");
-        exit_ = StatusBadData;
-        feed_.set(status_);
-    }
+    noteLostFrames();
+}
+
+void Listening::noteLostFrames() {
+    if (recording_ == nullptr || recording_->lostFrames() == status_.unrecordedFrames) return;
+    status_.unrecordedFrames = recording_->lostFrames();
+    exit_ = StatusBadData;
+    feed_.set(status_);
 }
 
 void Listening::noteMicrophones() {
@@ -277,6 +281,15 @@ void Listening::skipLostTime() {
     framer_.drop();
 }
 
+void Listening::finishRecording() {
+    if (recording_ == nullptr) return;
+    recording_->finish();
+    noteLostFrames();
+    if (status_.unrecordedFrames > 0) {
+        say(recording_->path() + " lacks " + std::to_string(status_.unrecordedFrames) + " frames");
+    }
+}
+
 void Listening::finish() {
     status_.state = LiveState::Ended;
     feed_.set(status_);
@@ -285,10 +298,7 @@ void Listening::finish() {
         say("the last " + std::to_string(framer_.filled()) +
             " samples fill no frame and are left out");
     }
-    if (recording_ != nullptr && !recording_->finish() && !status_.isRecordingStuck) {
-        say(recording_->path() + " lacks frames: is the disk full?");
-        exit_ = StatusBadData;
-    }
+    finishRecording();
     if (writer_ == nullptr) return;
     writer_->finish(summarizer_.summary());
     output_->finish();

@@ -92,7 +92,7 @@ std::string statusJson(const LiveStatus& status, int channels) {
                    {"reason", status.reason},
                    {"overruns", status.overruns},
                    {"reopened", status.reopened},
-                   {"recordingStuck", status.isRecordingStuck},
+                   {"unrecorded", status.unrecordedFrames},
                    {"microphones", std::move(microphones)}});
 }
 

@@ -1,4 +1,4 @@
-/** The tracker's own recording, watched: the library goes on quietly when the disk is full. */
+/** The tracker's own recording to a file; the library says why when it loses frames. */
 #ifndef VOXLOC_APP_LIVE_RECORDING_FILE_H
 #define VOXLOC_APP_LIVE_RECORDING_FILE_H
 
@@ -11,25 +11,20 @@ class RecordingFile {
   public:
     /** Throws BadData when the file cannot be written. */
     RecordingFile(VoxlocTracker* tracker, std::string path);
-    ~RecordingFile() { voxloc_stopRecording(tracker_); }
+    ~RecordingFile() { finish(); }
     RecordingFile(const RecordingFile&) = delete;
     RecordingFile& operator=(const RecordingFile&) = delete;
 
-    /** One more frame has gone in. False from when on the file has lost some of them. */
-    bool grow();
+    /** Frames that the file lacks, so far. */
+    std::uint32_t lostFrames() const { return voxloc_getLostFrames(tracker_); }
 
-    /** Ends the recording; whether all frames are in it. */
-    bool finish();
+    void finish() { voxloc_stopRecording(tracker_); }
 
     const std::string& path() const { return path_; }
 
   private:
-    bool isComplete(std::uint64_t slack) const;
-
     VoxlocTracker* tracker_;
     std::string path_;
-    std::uint64_t frameBytes_, frames_ = 0;
-    bool isWhole_ = true;
 };
 
 #endif

@@ -27,8 +27,8 @@ struct Walls {
 
 /**
  * The walls of a room with that echo: the reflection is searched so that the energy of the images
- * falls as stated, since the formulas of Sabine and Eyring miss it by up to a third. Throws
- * std::invalid_argument.
+ * falls as stated. With that of Sabine's or Eyring's formula images ring a quarter longer and more.
+ * Throws std::invalid_argument.
  */
 Walls wallsOf(const Room& room);
 

@@ -164,6 +164,7 @@ def cases_without_extras():
         Case("several files", locate("DIR/good.rec", "DIR/six.wav"), several, 2),
         Case("a folder of runs", locate("DIR/good.rec", "--output-dir", "DIR/runs"), several, 2),
         Case("merging", ["merge", "DIR/runs", "-o", "DIR/all.jsonl"], left_out("merge"), 2),
+        Case("sweeping", ["sweep", "--array", "aster"], left_out("sweep"), 2),
     ]
 
 

@@ -226,6 +226,7 @@ TEST(Sweep, FindsItsTalkersWhateverTheNumberOfThreads) {
         ASSERT_EQ(one.frames[k].place, three.frames[k].place);
         ASSERT_EQ(one.frames[k].result.azimuth, three.frames[k].result.azimuth);
     }
+    EXPECT_EQ(11, one.frames.back().place);
     EXPECT_LE(figuresOf(one, 28).frameWithVoice.azimuth.median, 1.0);
 }
 

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <csignal>
+
+#include "kit/lastWords.h"
 #include "voxloc/voxloc.h"
 
 namespace {
@@ -49,6 +52,20 @@ TEST(FlagBits, HaveTheirPublicNumbers) {
     EXPECT_EQ(VOXLOC_FLAG_NOISE_INPUT, 4);
     EXPECT_EQ(VOXLOC_FLAG_ULTRASOUND, 5);
     EXPECT_EQ(VOXLOC_FLAG_POSITION_VALID, 7);
+}
+
+std::string noSuchBit(const std::string& function) {
+    return assertionReport("functional/audio/voxloc/cmod/track/voxloc", function, "bit < 32");
+}
+
+TEST(FlagBitsDeathTest, EndWithTheThirtySecond) {
+    std::uint32_t word = 0;
+    for (const std::uint32_t bit : {32U, 33U, 64U, UINT32_MAX}) {
+        EXPECT_EXIT(voxloc_setFlag(bit, 1, &word), ::testing::KilledBySignal(SIGABRT),
+                    noSuchBit("voxloc_setFlag"));
+        EXPECT_EXIT(voxloc_getFlag(bit, 1), ::testing::KilledBySignal(SIGABRT),
+                    noSuchBit("voxloc_getFlag"));
+    }
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The real transforms, and the complex ones and the filter as the module hands them on.
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <complex>
 #include <cstddef>
@@ -164,6 +165,21 @@ TEST(FirFilter, AppliesItsCoefficientsInCorrelationOrder) {
         EXPECT_TRUE(std::fabs(wide(output[i]) - expected[i]) <= 5 * (0.5 + 2) * Epsilon) << i;
     }
     EXPECT_TRUE(output.intact());
+}
+
+// In front of the buffers stand guards.
+TEST(RealTransforms, OfNegativeSizesDoNothing) {
+    for (const int size : {-2, -3, -16, -4096, INT_MIN}) {
+        GuardedFloats input(64, 0, 1.0f), result(64, 0, 2.0f), work(64, 0, 3.0f);
+        const SplitTables tables(32);
+        voxloc_realFft(size, input.data(), nullptr, result.data(), 2, tables.a.data(),
+                       tables.b.data(), work.data());
+        voxloc_realIfft(size, result.data(), nullptr, work.data(), 2, tables.a.data(),
+                        tables.b.data());
+        EXPECT_EQ(contentOf(input), std::vector<float>(64, 1.0f)) << size;
+        EXPECT_EQ(contentOf(result), std::vector<float>(64, 2.0f)) << size;
+        EXPECT_EQ(contentOf(work), std::vector<float>(64, 3.0f)) << size;
+    }
 }
 
 }  // namespace

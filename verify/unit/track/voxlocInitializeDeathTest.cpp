@@ -125,4 +125,33 @@ TEST(CheckMemoryAllocationDeathTest, TakesNegativeNumbersForMissing) {
                  moduleReport("checkMemoryAllocation", "NumberOfChannels > 0"));
 }
 
+// Freed memory would be read, or none.
+TEST(VoxlocCalculateDeathTest, NeedsAnInitialisedModule) {
+    const std::vector<float> frame(8 * 2048);
+    TrackerResult result{};
+    for (const bool isDestroyed : {false, true}) {
+        if (isDestroyed) const InitializedModule earlier(PRODUCT_ASTER);
+        EXPECT_ABORT(voxloc_calculate(frame.data(), 24, 0, &result),
+                     moduleReport("voxloc_calculate", "IsTransducersInitialized"));
+        EXPECT_ABORT(voxloc_getMicrophoneCoordinates(0),
+                     moduleReport("voxloc_getMicrophoneCoordinates", "IsTransducersInitialized"));
+    }
+}
+
+TEST(VoxlocCalculateDeathTest, NeedsAFrameAndARoomForTheResult) {
+    const InitializedModule module(PRODUCT_FOXGLOVE);
+    const std::vector<float> frame(4 * 2048);
+    TrackerResult result{};
+    EXPECT_ABORT(voxloc_calculate(nullptr, 24, 0, &result),
+                 moduleReport("voxloc_calculate", "frame != nullptr"));
+    EXPECT_ABORT(voxloc_calculate(frame.data(), 24, 0, nullptr),
+                 moduleReport("voxloc_calculate", "result != nullptr"));
+}
+
+TEST(Getters, TellTheLastProductWhenItIsDestroyed) {
+    { const InitializedModule earlier(PRODUCT_FOXGLOVE); }
+    EXPECT_EQ(voxloc_getNumberOfChannels(), 4U);
+    EXPECT_EQ(voxloc_getUltraSoundLevel(), -100.0f);
+}
+
 }  // namespace

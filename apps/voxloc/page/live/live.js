@@ -121,8 +121,8 @@ function drawState() {
     label = "standing still";
     alarm = `The stream stands still: no sound for ${seconds} s.`;
   }
-  if (status && status.recordingStuck) {
-    alarm += " The recording does not grow any more: is the disk full?";
+  if (status && status.unrecorded > 0) {
+    alarm += ` The recording lacks ${status.unrecorded} frames: is the disk full?`;
   }
   if (isPaused && state === "running") state = label = "paused";
   const pill = byId("state");

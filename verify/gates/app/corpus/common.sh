@@ -19,3 +19,40 @@ skip() {
 rm -rf "$work"
 mkdir -p "$work/in"
 cd "$work"
+
+# --- Daemons --------------------------------------------------------------------------------------
+
+# Those that the test started, the first one first; they are ended the other way round.
+processes=()
+end_processes() {
+    local i process
+    for ((i = ${#processes[@]} - 1; i >= 0; --i)); do
+        kill "${processes[i]}" 2>/dev/null || true
+    done
+    for process in "${processes[@]}"; do
+        for ((i = 0; i < 50; ++i)); do
+            kill -0 "$process" 2>/dev/null || break
+            sleep 0.1
+        done
+        kill -9 "$process" 2>/dev/null || true
+    done
+}
+
+# stop_at_the_end [COMMAND]: whatever ends the test ends its processes, then runs the command.
+stop_at_the_end() {
+    local last=${1:-true}
+    # shellcheck disable=SC2064  # the command's name is known now
+    trap "status=\$?; end_processes; $last; exit \$status" EXIT
+    trap 'exit 130' INT
+    trap 'exit 143' TERM
+}
+
+# A port that nobody listens on.
+free_port() {
+    local port
+    while true; do
+        port=$((20000 + RANDOM % 12000))
+        (exec 3<>"/dev/tcp/127.0.0.1/$port") 2>/dev/null || break
+    done
+    echo "$port"
+}

@@ -187,7 +187,7 @@ def interrupted(check):
 
 
 def full_disk_is_noticed(check):
-    """The library records on quietly; the program looks whether the file grows."""
+    """The library says why it loses frames, the program how many."""
     recording = check.folder / "full.rec"
     limit = 40 * 8 * CHANNELS  # KiB: of 94 frames about 40
     run = subprocess.run(["bash", "-c", f'trap "" XFSZ; ulimit -f {limit}; exec "$@"', "-",
@@ -196,7 +196,11 @@ def full_disk_is_noticed(check):
                          input=check.sound, capture_output=True, timeout=60)
     error = run.stderr.decode()
     rows = run.stdout.decode().count("\n")
-    return (run.returncode == 1 and "full.rec does not grow any more: is the disk full?" in error
+    frame = 8 + CHANNELS * inputs.FRAME * 4
+    kept = (limit * 1024 - 4) // frame
+    return (run.returncode == 1 and "loses frames, the file may not grow any more" in error
+            and f"full.rec lacks {check.frames - kept} frames" in error
+            and recording.stat().st_size == 4 + kept * frame
             and rows == check.frames + 3), (run.returncode, error, rows)
 
 

@@ -1,12 +1,12 @@
 // The live page in a headless browser:
 //
 //     node page.mjs --program voxloc --talker verify_talkerStream --browser chromium
-//         [--pictures FOLDER]
+//         --devices libverify_devices.so [--pictures FOLDER]
 //
 // Prints "skipped: ..." where the browser or its driver is missing.
 import assert from "node:assert/strict";
 import {execFileSync, spawn} from "node:child_process";
-import {existsSync, mkdtempSync, readFileSync, rmSync} from "node:fs";
+import {existsSync, mkdtempSync, readFileSync, rmSync, writeFileSync} from "node:fs";
 import {createServer} from "node:http";
 import {tmpdir} from "node:os";
 import {join} from "node:path";
@@ -14,7 +14,7 @@ import {parseArgs} from "node:util";
 
 const {values: given} = parseArgs({options: {
   program: {type: "string"}, talker: {type: "string"}, browser: {type: "string"},
-  pictures: {type: "string"},
+  devices: {type: "string"}, pictures: {type: "string"},
 }});
 
 let puppeteer;
@@ -41,10 +41,25 @@ const sleep = (ms) => new Promise((resolve) => setTimeout(resolve, ms));
 
 class Program {
   // words: further options; a port of 0 is any
-  static async start(port, ...words) {
+  static start(port, ...words) {
+    return Program.listen({}, "-", "--raw", "S24_3", "--serve", String(port), ...words);
+  }
+
+  // On ALSA's device that reads a file; the faults are those of devices.c.
+  static startOnDevice(faults) {
+    const file = join(folder, "walk.s16"), config = join(folder, "asound.conf");
+    writeFileSync(file, sound.filter((_, at) => at % 3 > 0)); // the upper 16 of 24 bits
+    writeFileSync(config, "pcm.nothing { type null }\n" +
+      `pcm.walk { type file slave.pcm nothing file /dev/null infile ${file} format raw }\n`);
+    return Program.listen({ALSA_CONFIG_PATH: config, LD_PRELOAD: given.devices, ...faults,
+      ASAN_OPTIONS: "verify_asan_link_order=0"},
+    "--capture", "walk", "--raw", "S16", "--serve", "0");
+  }
+
+  static async listen(environment, ...words) {
     const self = new Program();
-    self.run = spawn(given.program, ["live", "-", "--array", "aster", "--raw", "S24_3",
-      "--raw-channels", String(channels), "--serve", String(port), ...words], {cwd: folder});
+    self.run = spawn(given.program, ["live", "--array", "aster", "--raw-channels",
+      String(channels), ...words], {cwd: folder, env: {...process.env, ...environment}});
     self.run.stdin.on("error", () => {});
     self.ended = new Promise((resolve) => self.run.on("exit", resolve));
     self.said = "";
@@ -128,10 +143,10 @@ async function eventually(what, test, seconds = 8) {
   assert.fail(`${what}: ${JSON.stringify(seen)}`);
 }
 
-const becomes = (page, id, wanted) => eventually(id, async () => {
+const becomes = (page, id, wanted, seconds) => eventually(id, async () => {
   const seen = await read(page, id);
   return wanted.test(seen) || seen;
-});
+}, seconds);
 
 // Where the radar shows the talker, as an azimuth in degrees.
 const radarAzimuth = (page) => page.evaluate(() => {
@@ -198,6 +213,23 @@ async function stillStreamIsTold() {
   await program.talk(0, 0.5);
   assert.equal(await read(page, "state"), "running");
   assert.equal(await page.$eval("#alarm", (alarm) => alarm.hidden), true);
+  await page.close();
+  await program.end();
+}
+
+// The file is read faster than sound comes: the device is gone before the page is open.
+async function unpluggedDeviceIsTold() {
+  const program = await Program.startOnDevice({VOXLOC_GONE_AT: "12", VOXLOC_GONE_OPENS: "5"});
+  const page = await open(program);
+  await becomes(page, "state", /^no device$/);
+  assert.match(await read(page, "alarm"), /^The device is gone \(No such device\); it is opened/);
+  assert.ok(await page.$eval("body", (body) => body.classList.contains("stale")));
+  await picture(page, "unplugged");
+  await becomes(page, "state", /^running$/, 15); // after 6.2 s
+  assert.equal(await page.$eval("#alarm", (alarm) => alarm.hidden), true);
+  program.run.kill("SIGINT");
+  await becomes(page, "state", /^ended$/);
+  assert.deepEqual(page.wrong, []);
   await page.close();
   await program.end();
 }
@@ -351,7 +383,6 @@ async function foreignPagesLearnNothing() {
 }
 
 async function tokenOpensThePage() {
-  const {writeFileSync} = await import("node:fs");
   const token = "browser-token-0123456789", file = join(folder, "token");
   writeFileSync(file, token + "\n", {mode: 0o600});
   const program = await Program.start("127.0.0.1:0", "--token-file", file);
@@ -383,8 +414,9 @@ async function checksTheArray() {
 }
 
 let failed = 0;
-for (const check of [radarFollows, deadMicrophoneStandsOut, stillStreamIsTold, linksAgain, pauses,
-  marks, checksTheArray, fitsATelephone, foreignPagesLearnNothing, tokenOpensThePage]) {
+for (const check of [radarFollows, deadMicrophoneStandsOut, stillStreamIsTold,
+  unpluggedDeviceIsTold, linksAgain, pauses, marks, checksTheArray, fitsATelephone,
+  foreignPagesLearnNothing, tokenOpensThePage]) {
   try {
     await check();
     console.log("ok      " + check.name);

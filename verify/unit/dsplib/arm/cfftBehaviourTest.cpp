@@ -128,6 +128,14 @@ TEST_P(CfftDeathTest, SizesThatAreNotTwoToTheLogarithm) {
     EXPECT_DEATH(run(12, 3, 1, 1), report(NotPowerOfTwo));
 }
 
+// A shift by so much would be what the machine makes of it; some would take 35 for 3.
+TEST_P(CfftDeathTest, LogarithmsThatNoSizeHas) {
+    for (const int log2n : {-1, 31, 32, 35, 64 + 3, INT_MIN, INT_MAX}) {
+        EXPECT_DEATH(run(8, log2n), report(NotPowerOfTwo)) << log2n;
+        run(0, log2n);  // not looked at
+    }
+}
+
 TEST_P(CfftDeathTest, MisalignedBuffersOfAnEmptyTransformToo) {
     EXPECT_DEATH(run(8, 3, 1, 1), report(InputMisaligned));
     EXPECT_DEATH(enter(8, 1), report(InputMisaligned));

@@ -62,4 +62,12 @@ TEST(FftEndsDeathTest, OfMoreElementsThanItServesDie) {
     EXPECT_DEATH(ends(bandLimited(5), 0), "sp_ifft_ends: Assertion");
 }
 
+TEST(FftEndsDeathTest, OfMisalignedBuffersDie) {
+    GuardedFloats x(2 * FFT_MAX + 1), y(2 * FFT_MAX + 1);
+    EXPECT_DEATH(sp_ifft_ends(x.data() + 1, y.data(), 1),
+                 "sp_ifft_ends: Assertion `\\(uintptr_t\\)x % 8 == 0'");
+    EXPECT_DEATH(sp_ifft_ends(x.data(), y.data() + 1, 1),
+                 "sp_ifft_ends: Assertion `\\(uintptr_t\\)y % 8 == 0'");
+}
+
 }  // namespace

@@ -1,6 +1,7 @@
 // The filters by example, the parts behind them, and broken preconditions.
 
 #include <array>
+#include <climits>
 #include <string>
 
 #include "dsplib/arm/sp_fir_neon_internal.h"
@@ -156,6 +157,22 @@ TEST(DecimatingStreamDeathTest, APhaseOutsideTheStepAborts) {
         EXPECT_DEATH(sp_fir_filter_downsample(&One, &One, &line, 0, &y, c.nh, c.n, &begin, c.step),
                      message)
             << "begin " << c.begin << ", step " << c.step;
+    }
+}
+
+// Nothing of the buffers is touched before.
+TEST(StreamDeathTest, MoreSamplesThanCanBeCountedAbort) {
+    float y = 0.0f, line = 0.0f;
+    const std::string expression = "n <= INT_MAX - \\(nh - 1\\)";
+    constexpr int half = INT_MAX / 2 + 2;  // and as much: n + nh - 1 is INT_MAX + 2
+    constexpr struct {
+        int nh, n;
+    } tooMany[] = {{2, INT_MAX}, {INT_MAX, 2}, {half, half}, {INT_MAX, INT_MAX}};
+    for (const auto& c : tooMany) {
+        EXPECT_DEATH(sp_fir_filter(&One, &One, &line, 0, &y, c.nh, c.n),
+                     report("sp_fir_filter", expression));
+        EXPECT_DEATH(sp_fir_filter_downsample(&One, &One, &line, 0, &y, c.nh, c.n, nullptr, 2),
+                     report("sp_fir_filter_downsample", expression));
     }
 }
 

@@ -36,11 +36,16 @@ int trailingZeroBits(int value) {
     return value == 0 ? 32 : __builtin_ctz(static_cast<unsigned int>(value));
 }
 
+/** Any logarithm may be asked about; an int holds no more than 2^30. */
+bool isPowerOfTwo(int value, int logarithm) {
+    return logarithm >= 0 && logarithm <= 30 && value == 1 << logarithm;
+}
+
 }  // namespace
 
 void cfft_pow2_conjpair_splitrad_c89(int N, int log2_N, const float* x, float* y) {
     PLATFORM_ASSERT(N <= FFT_MAX);
-    PLATFORM_ASSERT(N <= 0 || N == 1 << log2_N);
+    PLATFORM_ASSERT_AS("N <= 0 || N == 1 << log2_N", N <= 0 || isPowerOfTwo(N, log2_N));
     PLATFORM_ASSERT((uintptr_t)x % 8 == 0);
     PLATFORM_ASSERT((uintptr_t)y % 8 == 0);
     if (N <= 0) return;
@@ -50,7 +55,7 @@ void cfft_pow2_conjpair_splitrad_c89(int N, int log2_N, const float* x, float* y
 
 void cifft_pow2_conjpair_splitrad_c89(int N, int log2_N, const float* x, float* y) {
     PLATFORM_ASSERT(N <= FFT_MAX);
-    PLATFORM_ASSERT(N <= 0 || N == 1 << log2_N);
+    PLATFORM_ASSERT_AS("N <= 0 || N == 1 << log2_N", N <= 0 || isPowerOfTwo(N, log2_N));
     PLATFORM_ASSERT((uintptr_t)x % 8 == 0);
     PLATFORM_ASSERT((uintptr_t)y % 8 == 0);
     if (N <= 0) return;
@@ -68,5 +73,7 @@ void sp_ifftSPxSP(int N, float* x, const float*, float* y, const unsigned char*,
 
 void sp_ifft_ends(const float* x, float* y, int wanted) {
     PLATFORM_ASSERT(wanted > 0 && wanted <= SP_IFFT_ENDS_MOST_WANTED);
+    PLATFORM_ASSERT((uintptr_t)x % 8 == 0);
+    PLATFORM_ASSERT((uintptr_t)y % 8 == 0);
     kernels().inverseEnds(x, y, cfft::wholeEndSteps(wanted));
 }

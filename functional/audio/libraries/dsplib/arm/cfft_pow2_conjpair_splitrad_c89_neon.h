@@ -19,11 +19,11 @@ extern "C" {
  * Forward transform, unscaled: y[k] = sum over n of x[n]·e^(-2πi·nk/N).
  *
  * @param N       size in complex elements, a power of two up to FFT_MAX; N <= 0 leaves y untouched
- * @param log2_N  base-2 logarithm of N
+ * @param log2_N  base-2 logarithm of N; not looked at for N <= 0
  * @param x       in, 2N floats, 8-byte aligned, not modified
  * @param y       out, 2N floats, 8-byte aligned; must not overlap x
  *
- * A size or an alignment outside these bounds is an assertion.
+ * A size, a logarithm or an alignment outside these bounds is an assertion.
  */
 void cfft_pow2_conjpair_splitrad_c89(int N, int log2_N, const float* x, float* y);
 
@@ -62,7 +62,9 @@ void sp_ifftSPxSP(int N, float* x, const float* twiddles, float* y, const unsign
  * @param y       out, 2·FFT_MAX floats, 8-byte aligned, must not overlap x; its first and its last
  *                `wanted` elements are what the whole transform gives, bit for bit (a zero may have
  *                the other sign); all others are overwritten with values of no meaning
- * @param wanted  1 to SP_IFFT_ENDS_MOST_WANTED (asserted); the fewer, the faster
+ * @param wanted  1 to SP_IFFT_ENDS_MOST_WANTED; the fewer, the faster
+ *
+ * An alignment or a number outside these bounds is an assertion.
  */
 void sp_ifft_ends(const float* x, float* y, int wanted);
 

@@ -7,6 +7,7 @@
 #include "sp_fir_neon.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstddef>
 #include <cstring>
 
@@ -148,6 +149,11 @@ int dueBelow(int n, int begin, int step) {
     return begin < n ? (n - 1 - begin) / step + 1 : 0;
 }
 
+/** count rounded up to blocks; at most half of INT_MAX goes in. */
+int wholeBlocks(int count) {
+    return (count + WidestBlock - 1) / WidestBlock * WidestBlock;
+}
+
 /** The outputs at samples begin, begin+step, ... of a block of n. */
 void decimateBlock(const float* x, const float* h, const float* dl, int pos, float* y, int nh,
                    int n, int begin, int step) {
@@ -231,9 +237,9 @@ int sp_fir_filter(const float* x, const float* h, float* dl, int pos, float* y, 
         zeroFill(y, n);
         return pos;
     }
+    PLATFORM_ASSERT(n <= INT_MAX - (nh - 1));
     pos = normalised(pos, nh);
-    const int blocks = (nh - 1 + WidestBlock - 1) / WidestBlock;
-    const int leading = std::min(n, blocks * WidestBlock);
+    const int leading = n < nh ? n : std::min(n, wholeBlocks(nh - 1));
     if (leading > 0) filterWindow(windowOf(x, dl, pos, nh, n), h, y, nh, 0, leading, 1);
     if (leading < n) sp_fir_gen_(x + leading + 1 - nh, h, y + leading, nh, n - leading);
     return update_delay_line(x, dl, pos, nh, n);
@@ -250,6 +256,7 @@ int sp_fir_filter_downsample(const float* x, const float* h, float* dl, int pos,
     if (nh <= 0) {
         zeroFill(y, dueBelow(n, begin, step));
     } else {
+        PLATFORM_ASSERT(n <= INT_MAX - (nh - 1));
         pos = normalised(pos, nh);
         decimateBlock(x, h, dl, pos, y, nh, n, begin, step);
         pos = update_delay_line(x, dl, pos, nh, n);

@@ -68,7 +68,8 @@ void sp_fir_gen(const float* x, const float* h, float* y, int nh, int ny);
  * @param pos  position in the delay line; outside [0, nh) it is reduced modulo nh (-1 is nh-1)
  * @param y    out, n samples; y and dl must overlap neither each other nor x nor h
  * @param nh   taps; nh <= 0 writes n zeros, touches nothing else and returns pos
- * @param n    samples; n <= 0 does nothing and returns pos
+ * @param n    samples; n <= 0 does nothing and returns pos. History and samples together, n+nh-1,
+ *             are INT_MAX at most, asserted where there are both
  * @return     the new position, in [0, nh)
  */
 int sp_fir_filter(const float* x, const float* h, float* dl, int pos, float* y, int nh, int n);
@@ -107,7 +108,8 @@ void sp_fir_gen_downsample(const float* x, const float* h, float* y, int nh, int
  * @param pos    position in the delay line; outside [0, nh) it is reduced modulo nh
  * @param y      out; y and dl must overlap neither each other nor x nor h
  * @param nh     taps; nh <= 0 writes zeros, leaves dl alone and returns pos; the phase advances
- * @param n      samples; n <= 0 does nothing and returns pos, before anything else is looked at
+ * @param n      samples; n <= 0 does nothing and returns pos, before anything else is looked at;
+ *               bounded as for sp_fir_filter
  * @param begin  in and out, the phase, or null for phase 0 that is not carried on; a phase outside
  *               [0, step) fails the assertion "begin >= 0 && begin < step"
  * @param step   decimation factor; step <= 0 fails the assertion "step > 0"; 1 is sp_fir_filter

@@ -5,6 +5,7 @@
 
 #include "assertion/assertion.h"
 #include "dsplib/simd/simdLanes.h"
+#include "flushToZero.h"
 #include "grids.h"
 #include "voxloc.h"
 
@@ -29,6 +30,15 @@ float channelEnergy(const float* samples, float scale) {
     return simd::sumLanes(sums);
 }
 
+/** A function of its own, so that none of its operations moves to where exceptions trap. */
+[[gnu::noinline]] void sumEnergies(const float* frame, std::uint32_t bits, std::int32_t nchannels,
+                                   float* energies) {
+    const float scale = fullScaleReciprocal(bits);
+    for (std::int32_t c = 0; c < nchannels; ++c) {
+        energies[c] = channelEnergy(frame + c * FRAME_SAMPLES, scale);
+    }
+}
+
 }  // namespace
 
 void voxloc_calculateSignalEnergy(const float* frame, uint32_t bits, int32_t nchannels,
@@ -36,10 +46,8 @@ void voxloc_calculateSignalEnergy(const float* frame, uint32_t bits, int32_t nch
     PLATFORM_ASSERT(nchannels <= VOXLOC_MAX_CHANNELS);
     PLATFORM_ASSERT(nchannels > 0);
     std::fill_n(energies, VOXLOC_MAX_CHANNELS, 0.0f);
-    const float scale = fullScaleReciprocal(bits);
-    for (std::int32_t c = 0; c < nchannels; ++c) {
-        energies[c] = channelEnergy(frame + c * FRAME_SAMPLES, scale);
-    }
+    const voxloc::NoTraps noTraps;
+    sumEnergies(frame, bits, nchannels, energies);
 }
 
 void voxloc_normalizeInput(const float* frame, float* out, uint32_t bits, int32_t nchannels) {

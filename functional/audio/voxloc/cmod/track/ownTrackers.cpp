@@ -6,7 +6,7 @@
 #include <new>
 
 #include "arrayCheck.h"
-#include "recording.h"
+#include "flushToZero.h"
 #include "tracker.h"
 
 namespace {
@@ -45,6 +45,7 @@ VoxlocTracker* allocateTracker() {
 
 /** The array is one that can be tracked with. */
 VoxlocTracker* create(std::int32_t productType, const VoxlocArray& array, char* reason) {
+    const voxloc::NoTraps noTraps;
     VoxlocTracker* own = allocateTracker();
     if (own != nullptr) {
         voxloc::Tracker& tracker = own->tracker;
@@ -67,6 +68,31 @@ float degrees(float sine) {
     return std::asin(std::min(std::max(sine, -1.0f), 1.0f)) * DegreesPerRadian;
 }
 
+/** A function of its own, so that none of its comparisons moves to where exceptions trap. */
+[[gnu::noinline]] ArrayFault firstFault(const VoxlocArray& array) {
+    const ArrayFault fault = voxloc::findWiringFault(array);
+    return fault.field == nullptr ? voxloc::findGridFault(array) : fault;
+}
+
+/** A function of its own for the same reason. */
+[[gnu::noinline]] void fillGrid(const VoxlocArray& array, VoxlocGrid& grid) {
+    const float step = array.angleInterval;
+    const auto highest = [=](float minimum, int count) {
+        return degrees(voxloc::gridSine(minimum, step, count - 1));
+    };
+    grid.azimuths = voxloc::AzimuthCount;
+    grid.elevations = voxloc::ElevationCount;
+    grid.ranges = voxloc::RangeCount;
+    grid.lowestAzimuth = degrees(array.minimumAzimuth);
+    grid.highestAzimuth = highest(array.minimumAzimuth, voxloc::AzimuthCount);
+    grid.lowestElevation = degrees(array.minimumElevation);
+    grid.highestElevation = highest(array.minimumElevation, voxloc::ElevationCount);
+    grid.angleInterval = step;
+    grid.nearestRange = voxloc::NearestRange;
+    grid.rangeInterval = voxloc::RangeInterval;
+    grid.farthestRange = voxloc::NearestRange + voxloc::RangeInterval * (voxloc::RangeCount - 1);
+}
+
 }  // namespace
 
 const char* voxloc_getVersion(void) {
@@ -83,21 +109,8 @@ uint32_t voxloc_getLatency(void) {
 }
 
 void voxloc_getGrid(const VoxlocArray* array, VoxlocGrid* grid) {
-    const float step = array->angleInterval;
-    const auto highest = [=](float minimum, int count) {
-        return degrees(voxloc::gridSine(minimum, step, count - 1));
-    };
-    grid->azimuths = voxloc::AzimuthCount;
-    grid->elevations = voxloc::ElevationCount;
-    grid->ranges = voxloc::RangeCount;
-    grid->lowestAzimuth = degrees(array->minimumAzimuth);
-    grid->highestAzimuth = highest(array->minimumAzimuth, voxloc::AzimuthCount);
-    grid->lowestElevation = degrees(array->minimumElevation);
-    grid->highestElevation = highest(array->minimumElevation, voxloc::ElevationCount);
-    grid->angleInterval = step;
-    grid->nearestRange = voxloc::NearestRange;
-    grid->rangeInterval = voxloc::RangeInterval;
-    grid->farthestRange = voxloc::NearestRange + voxloc::RangeInterval * (voxloc::RangeCount - 1);
+    const voxloc::NoTraps noTraps;
+    fillGrid(*array, *grid);
 }
 
 int voxloc_checkArray(const VoxlocArray* array, char* reason) {
@@ -105,8 +118,8 @@ int voxloc_checkArray(const VoxlocArray* array, char* reason) {
         say(reason, "array: none given");
         return 0;
     }
-    ArrayFault fault = voxloc::findWiringFault(*array);
-    if (fault.field == nullptr) fault = voxloc::findGridFault(*array);
+    const voxloc::NoTraps noTraps;
+    const ArrayFault fault = firstFault(*array);
     describe(fault, reason);
     return fault.field == nullptr ? 1 : 0;
 }
@@ -167,10 +180,11 @@ void voxloc_setLog(VoxlocTracker* tracker, VoxlocLog log, void* context) {
 int voxloc_startRecording(VoxlocTracker* tracker, const char* path) {
     const voxloc::Tracker& settings = tracker->tracker;
     if (path == nullptr) return 0;
-    return voxloc::startRecording(tracker->tracker.recording, path, settings.ProductType,
-                                  settings.NumberOfChannels) > 0
-               ? 1
-               : 0;
+    const int started = voxloc::startRecording(tracker->tracker.recording, path,
+                                               settings.ProductType, settings.NumberOfChannels);
+    if (started > 0) return 1;
+    voxloc_stopRecording(tracker);
+    return 0;
 }
 
 void voxloc_stopRecording(VoxlocTracker* tracker) {
@@ -178,5 +192,9 @@ void voxloc_stopRecording(VoxlocTracker* tracker) {
 }
 
 int voxloc_isRecording(const VoxlocTracker* tracker) {
-    return tracker->tracker.recording != nullptr ? 1 : 0;
+    return isOpen(tracker->tracker.recording) ? 1 : 0;
+}
+
+uint32_t voxloc_getLostFrames(const VoxlocTracker* tracker) {
+    return tracker->tracker.recording.lostFrames;
 }

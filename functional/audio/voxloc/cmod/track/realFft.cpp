@@ -76,6 +76,7 @@ void split(int n, const float* x, const float* aTable, const float* bTable, floa
 // spectrum that the split reads, so that the split has to be through before.
 
 void splitFft(int n, float* x, const float* aTable, const float* bTable, float* out) {
+    if (n < 0) return;
     x[2 * n] = x[0];
     x[2 * n + 1] = x[1];
     split<Direction::Forward>(n, x, aTable, bTable, out);
@@ -92,6 +93,7 @@ void splitIfft(int n, const float* x, const float* aTable, const float* bTable, 
 void voxloc_generateTwiddleFactors(float* table, int n) {
     constexpr double multiplesOfTwoPi[] = {6.283185307179586, 12.566370614359172,
                                            18.84955592153876};
+    if (n < 4) return;
     const double perPoint = 1.0 / n;
     for (int stride = 1; stride <= n / 4; stride *= 4) {
         for (int i = 0; i < n / 4; i += stride) {
@@ -104,6 +106,7 @@ void voxloc_generateTwiddleFactors(float* table, int n) {
 }
 
 void voxloc_generateAbTables(float* aTable, float* bTable, int n) {
+    if (n <= 0) return;
     const double step = 6.283185307179586 / (2.0 * n);
     for (int k = 0; k < n; ++k) {
         const double sine = std::sin(k * step);

@@ -9,13 +9,13 @@
 #define VOXLOC_TRACKER_H
 
 #include <cstdint>
-#include <cstdio>
 
 #include "UltraSoundDistortionDetection.h"
 #include "frequencyDomainVad.h"
 #include "grids.h"
 #include "microphonePair.h"
 #include "noiseLevel.h"
+#include "recording.h"
 #include "timeDomainVad.h"
 #include "trackerLog.h"
 #include "voxloc.h"
@@ -136,7 +136,7 @@ struct Tracker {
     UltraSoundDetector UltraSound;
 
     // Services
-    std::FILE* recording;
+    Recording recording;
     Log log;
 };
 

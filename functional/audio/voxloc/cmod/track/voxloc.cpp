@@ -12,7 +12,6 @@
 #include "gridSearch.h"
 #include "loudspeakerZone.h"
 #include "phaseTransform.h"
-#include "recording.h"
 #include "tracker.h"
 
 namespace voxloc {
@@ -182,7 +181,7 @@ void calculate(Tracker& tracker, const float* frame, std::uint32_t bits, std::ui
     const InputFlags in = {voxloc_getFlag(VOXLOC_INPUT_FAR_END, flags),
                            voxloc_getFlag(VOXLOC_INPUT_NOISE_FLAG, flags)};
     Detections found = {0, 0, 0, 0};
-    recordFrame(tracker.recording, frame, channels * FRAME_SAMPLES, bits, flags);
+    recordFrame(tracker.recording, tracker.log, frame, channels * FRAME_SAMPLES, bits, flags);
     voxloc_normalizeInput(frame, tracker.CurrentRawAudioInput, bits, channels);
     detectTimeDomainActivity(tracker.TimeDomain, tracker.CurrentRawAudioInput, &found.tdVoice);
     computeSpectra(tracker);

@@ -14,6 +14,10 @@
  * array of microphones, and without assertions. The parts that trackers are made of (geometry,
  * frame arithmetic, real transforms) are in voxlocParts.h.
  *
+ * Floating-point exceptions that the host program lets trap do not trap inside these calls, and
+ * what the unit remembers of exceptions is as before on return; the parts in voxlocParts.h run in
+ * the caller's mode.
+ *
  * Units: positions in metres, angles in radians inside the module and in degrees in the result,
  * 48,000 samples per second, lags of the correlations at 192,000 per second.
  */
@@ -101,31 +105,39 @@ void voxloc_destroy(void);
  * @param flags   VOXLOC_INPUT_... by bit position
  * @param result  out, written last; must not overlap frame
  *
- * The module must be initialised. Nothing is allocated. Any sample value is safe: the process is
- * unharmed. A NaN, an infinity or a value whose square overflows stays in the noise power of the
- * bins that it reached, as a rule all bins of its channel. They are not updated any more and drop
- * out of the position: at once, or where they still hold an earlier value after 35 frames at most.
- * When the noise level takes it in, too, the sound flag reads 0 from then on and the voice flag
- * from the end of its hangover on (34 frames at most). The other flags recover by themselves.
- * voxloc_destroy followed by voxloc_initialize restores everything.
+ * Asserts that the module is initialised and neither pointer is null. Nothing is allocated. Any
+ * sample value is safe: the process is unharmed. A NaN, an infinity or a value whose square
+ * overflows stays in the noise power of the bins that it reached, as a rule all bins of its
+ * channel. They are not updated any more and drop out of the position: at once, or where they still
+ * hold an earlier value after 35 frames at most. When the noise level takes it in, too, the sound
+ * flag reads 0 from then on and the voice flag from the end of its hangover on (34 frames at most).
+ * The other flags recover by themselves. voxloc_destroy followed by voxloc_initialize restores
+ * everything.
  */
 void voxloc_calculate(const float* frame, uint32_t bits, uint32_t flags, TrackerResult* result);
 
-/** A bit (0 to 31) of word: 0 or 1. voxlocParts.h has voxloc_setFlag for the word that goes in. */
+/**
+ * A bit of word: 0 or 1. Asserts that bit is 0 to 31. voxlocParts.h has voxloc_setFlag for the word
+ * that goes in.
+ */
 int voxloc_getFlag(uint32_t bit, uint32_t word);
 
-/** Microphone channels of the selected product. */
+/**
+ * Microphone channels of the selected product: 0 before the first voxloc_initialize, still those of
+ * the last product after voxloc_destroy.
+ */
 uint32_t voxloc_getNumberOfChannels(void);
 
 /**
  * Position of a microphone of the initialised product. Owned by the module and valid until
- * voxloc_destroy; channel is not checked.
+ * voxloc_destroy. Asserts that the module is initialised; channel is not checked.
  */
 const Position* voxloc_getMicrophoneCoordinates(uint32_t channel);
 
 /**
  * Level of the loudest microphone in the band from 20.25 to 21.6 kHz, in dB. Refreshed on every
- * 20th frame; -100 before the first time, minus infinity for digital silence.
+ * 20th frame; -100 before the first time, minus infinity for digital silence. 0 before the first
+ * voxloc_initialize, the last level after voxloc_destroy.
  */
 float voxloc_getUltraSoundLevel(void);
 
@@ -142,21 +154,38 @@ void voxloc_calculateSignalEnergy(const float* frame, uint32_t bits, int32_t nch
                                   float* energies);
 
 /**
- * Starts recording every frame that voxloc_calculate is given; ends a recording that is open. Opens
- * a file, which allocates memory for the C library's buffer.
+ * Starts recording every frame that voxloc_calculate is given; ends a recording that is open.
  *
  * The file holds the bytes 172, 1, product, channels, and then for each frame bits (4 bytes), flags
- * (4 bytes) and the frame's samples (4 bytes each), in the machine's byte order. Write errors while
- * frames go by are ignored: the tracker goes on unharmed.
+ * (4 bytes) and the frame's samples (4 bytes each), in the machine's byte order. Product and
+ * channels are what the module has at this moment: of the product before, or 0, when it is not
+ * initialised, whatever it is initialised for later. A file's size has no limit but the system's.
  *
- * @return 0 when the file cannot be opened (nothing is recorded then), else what writing the last
- *         header byte returned: the channel count (0 before the first voxloc_initialize), or a
- *         negative value
+ * The tracker goes on unharmed whatever becomes of the file, and no signal ends the process. Only
+ * whole records ever stand in a file: a frame that cannot be written leaves nothing there and is
+ * counted as lost, those after it are recorded as soon as that is possible. Each recording tells
+ * the log of its first lost frame, with one warning.
+ *
+ * A pipe must have its reader at the start. It holds a frame up for a tenth of a second at most,
+ * and after a wait in vain no frame until it has taken a whole record again; frames that it has no
+ * room for are lost. When the reader leaves, all further frames are. A record that the pipe has
+ * taken a part of is completed before the next one, and stays incomplete only when the recording
+ * ends before. For a pipe or a device 64 KiB are allocated, for a file nothing.
+ *
+ * The file is closed in programs that the process starts (close-on-exec), never takes the number of
+ * a standard stream, and is written without a buffer, so that a forked child repeats nothing.
+ *
+ * @return 0 when the file cannot be opened, or is a pipe that nobody reads (nothing is recorded
+ *         then), else the channel count (0 before the first voxloc_initialize), or a negative value
+ *         when the header cannot be written yet; it then goes in front of the first record
  */
 int voxloc_record_start(const char* path);
 
 /** Ends the recording; does nothing when none is open. */
 void voxloc_record_stop(void);
+
+/** Frames of the module's latest recording that could not be written; it may have ended. */
+uint32_t voxloc_record_getLostFrames(void);
 
 /* --- About the library and its products ------------------------------------------------------- */
 
@@ -303,7 +332,10 @@ const VoxlocArray* voxloc_getArray(const VoxlocTracker* tracker);
 /** As voxloc_getUltraSoundLevel. */
 float voxloc_getTrackerUltraSoundLevel(const VoxlocTracker* tracker);
 
-/** Takes a text of the tracker's log, one line or more with their ends, on the tracker's thread. */
+/**
+ * Takes a text of the tracker's log, one line or more with their ends, on the tracker's thread and
+ * in its floating-point mode: nothing traps, tiny numbers count as zero.
+ */
 typedef void (*VoxlocLog)(void* context, const char* text);
 
 /** Where the tracker's log goes from now on; a null log means standard error, as at first. */
@@ -311,7 +343,8 @@ void voxloc_setLog(VoxlocTracker* tracker, VoxlocLog log, void* context);
 
 /**
  * Starts recording the tracker's frames, as voxloc_record_start does; the product's byte is 255 for
- * an array of one's own. Returns 1, or 0 when the file cannot be opened or its header not written.
+ * an array of one's own. Returns 1, or 0 when the file cannot be opened or its header not written;
+ * nothing is recorded then.
  */
 int voxloc_startRecording(VoxlocTracker* tracker, const char* path);
 
@@ -320,6 +353,9 @@ void voxloc_stopRecording(VoxlocTracker* tracker);
 
 /** 1 while the tracker records, else 0. */
 int voxloc_isRecording(const VoxlocTracker* tracker);
+
+/** Frames of the tracker's latest recording that could not be written; it may have ended. */
+uint32_t voxloc_getLostFrames(const VoxlocTracker* tracker);
 
 #ifdef __cplusplus
 }

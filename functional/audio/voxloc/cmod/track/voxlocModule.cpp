@@ -6,7 +6,7 @@
 
 #include "assertion/assertion.h"
 #include "console/eventlog.h"
-#include "recording.h"
+#include "flushToZero.h"
 #include "tracker.h"
 
 namespace {
@@ -36,6 +36,7 @@ voxloc::Tracker& voxloc::moduleTracker() {
 }
 
 void voxloc_initialize(int32_t productType) {
+    const voxloc::NoTraps noTraps;
     Tracker& tracker = module.tracker;
     tracker.ProductType = productType;
     const VoxlocProduct* product = findOrReport(productType);
@@ -58,6 +59,9 @@ void voxloc_destroy(void) {
 }
 
 void voxloc_calculate(const float* frame, uint32_t bits, uint32_t flags, TrackerResult* result) {
+    PLATFORM_ASSERT_AS("IsTransducersInitialized", module.tracker.IsTransducersInitialized);
+    PLATFORM_ASSERT(frame != nullptr);
+    PLATFORM_ASSERT(result != nullptr);
     calculate(module.tracker, frame, bits, flags, *result);
 }
 
@@ -66,6 +70,7 @@ uint32_t voxloc_getNumberOfChannels(void) {
 }
 
 const Position* voxloc_getMicrophoneCoordinates(uint32_t channel) {
+    PLATFORM_ASSERT_AS("IsTransducersInitialized", module.tracker.IsTransducersInitialized);
     return &module.tracker.Microphones[channel];
 }
 
@@ -84,7 +89,11 @@ void voxloc_record_stop(void) {
 }
 
 int voxloc_record_isOpen(void) {
-    return module.tracker.recording != nullptr ? 1 : 0;
+    return isOpen(module.tracker.recording) ? 1 : 0;
+}
+
+uint32_t voxloc_record_getLostFrames(void) {
+    return module.tracker.recording.lostFrames;
 }
 
 float* generateInput(void) {

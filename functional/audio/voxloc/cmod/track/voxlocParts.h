@@ -27,8 +27,8 @@ typedef struct Position {
 /* --- Flag words and noise --------------------------------------------------------------------- */
 
 /**
- * Clears a bit (0 to 31) of word, then ORs in value shifted left by bit. The value is deliberately
- * not reduced to 0 or 1: 2 sets the next bit up.
+ * Clears a bit of word, then ORs in value shifted left by bit. The value is deliberately not
+ * reduced to 0 or 1: 2 sets the next bit up. Asserts that bit is 0 to 31.
  */
 void voxloc_setFlag(uint32_t bit, int32_t value, uint32_t* word);
 
@@ -114,7 +114,8 @@ void voxloc_ifft(int n, float* input, const float* twiddles, float* output, int 
 /**
  * Real forward transform.
  *
- * @param size      real samples, twice a power of two up to 8192
+ * @param size      real samples, twice a power of two up to 8192, asserted; one below 0 does
+ *                  nothing
  * @param input     in, size floats
  * @param twiddles  in, handed through and ignored
  * @param result    out, size+2 floats
@@ -129,7 +130,7 @@ void voxloc_realFft(int size, float* input, const float* twiddles, float* result
 /**
  * Real inverse transform, in place: spectrum holds size/2+1 bins on entry (size+2 floats) and the
  * size real samples on return; its last two floats are left as they were. scratch (size floats) is
- * overwritten and must not overlap it.
+ * overwritten and must not overlap it. A size below 0 does nothing.
  */
 void voxloc_realIfft(int size, float* spectrum, const float* twiddles, float* scratch, int radix,
                      const float* aTable, const float* bTable);
