@@ -283,9 +283,9 @@ std::string drawViews(const NamedArray& named) {
     for (const bool isFromAbove : {false, true}) {
         text += "<svg" + at("width", View::PanelWidth) +
                 at("height", View::PanelHeight + Above + 1.0) + " viewBox=\"-1 0 " +
-                fixed(View::PanelWidth + 2.0, 0) + " " +
-                fixed(View::PanelHeight + Above + 1.0, 0) + "\" role=\"img\">\n" +
-                View(named.array, 0.0, Above, isFromAbove).draw() + "</svg>\n";
+                fixed(View::PanelWidth + 2.0, 0) + " " + fixed(View::PanelHeight + Above + 1.0, 0) +
+                "\" role=\"img\">\n" + View(named.array, 0.0, Above, isFromAbove).draw() +
+                "</svg>\n";
     }
     return text;
 }

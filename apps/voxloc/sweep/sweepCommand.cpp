@@ -8,8 +8,8 @@
 #include "common/failure.h"
 #include "common/table.h"
 #include "common/text.h"
-#include "page/sweepPage.h"
 #include "sweep/sweepOutput.h"
+#include "sweep/sweepPage.h"
 #include "sweep/voiceFile.h"
 #include "writers/output.h"
 

@@ -4,8 +4,8 @@ import {fixed} from '../text.js';
 import {colourOf, errorText, inkOn, isGross, Scales, shareOf, withUnit} from './scale.js';
 import {html, svg} from './svg.js';
 
-const Left = 44;
-const Right = 10;
+const Left = 60;
+const Right = 16;
 const Top = 6;
 const Bottom = 38;
 const LeastForText = 30; // CSS pixels a cell must be wide to hold its figure
@@ -142,7 +142,8 @@ export class HeatMap {
     if (quantity === 'elevation' && !geometry.has_elevation) {
       return 'No pairs of this array tell the elevation: what it would say means nothing.';
     }
-    const alone = this.kind === 'elevation' && this.up.step === 0 && !geometry.has_elevation
+    const alone = this.kind === 'elevation' && this.up.low === 0 && this.up.high === 0 &&
+      !geometry.has_elevation
       ? ' No pairs tell the elevation; all talkers are level with the array.' : '';
     if (quantity === 'range') {
       const limit = geometry.range_told_to;

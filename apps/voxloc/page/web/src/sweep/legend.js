@@ -3,7 +3,7 @@
 import {colourOf, Scales, shareOf} from './scale.js';
 import {svg} from './svg.js';
 
-const Left = 8;
+const Left = 16;
 const Width = 200;
 const Height = 12;
 const Steps = 50;
@@ -11,7 +11,7 @@ const Steps = 50;
 function scaleBar(quantity) {
   const scale = Scales[quantity];
   const bar = svg('svg', {
-    width: Width + 2 * Left + 14, height: 30, role: 'img', class: 'scale',
+    width: Width + 2 * Left, height: 30, role: 'img', class: 'scale',
     'aria-label': `Colours from ${scale.low}${scale.unit}, dark blue, to ${scale.high}${scale.unit}, yellow`,
   });
   const step = Width / Steps;

@@ -7,7 +7,7 @@ import {fixed} from '../text.js';
 export const Scales = {
   azimuth: {unit: '°', low: 0.1, high: 15, marks: [0.1, 0.3, 1, 3, 15]},
   elevation: {unit: '°', low: 0.1, high: 15, marks: [0.1, 0.3, 1, 3, 15]},
-  range: {unit: ' m', low: 0.05, high: 5, marks: [0.05, 0.2, 0.5, 1, 5]},
+  range: {unit: ' m', low: 0.05, high: 5, marks: [0.05, 0.2, 1, 5]},
 };
 
 export function shareOf(scale, value) {

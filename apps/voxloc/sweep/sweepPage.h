@@ -1,6 +1,6 @@
 /** The page of a sweep: where each array errs. One HTML file that opens without a network. */
-#ifndef VOXLOC_APP_PAGE_SWEEP_PAGE_H
-#define VOXLOC_APP_PAGE_SWEEP_PAGE_H
+#ifndef VOXLOC_APP_SWEEP_SWEEP_PAGE_H
+#define VOXLOC_APP_SWEEP_SWEEP_PAGE_H
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "page/sweepPage.h"
+#include "sweep/sweepPage.h"
 
 #include <CLI/CLI.hpp>
 #include <array>
@@ -35,9 +35,10 @@ Json cellToJson(const MapCell& cell) {
     return {{"across", cell.across},
             {"up", cell.up},
             {"places", figures.places},
-            {"told", {{"azimuth", rounded(figures.geometry.azimuthStep)},
-                      {"elevation", rounded(figures.geometry.elevationStep)},
-                      {"range", rounded(figures.geometry.rangeStep)}}},
+            {"told",
+             {{"azimuth", rounded(figures.geometry.azimuthStep)},
+              {"elevation", rounded(figures.geometry.elevationStep)},
+              {"range", rounded(figures.geometry.rangeStep)}}},
             {"frame_voice", errorsToJson(figures.frameWithVoice)},
             {"frame_always", errorsToJson(figures.frameAlways)},
             {"half_second_voice", errorsToJson(figures.halfWithVoice)},
@@ -65,9 +66,9 @@ Json dataToJson(const SweepPageData& data) {
 /** As a shell takes it. */
 std::string quoted(const std::string& word) {
     const bool isPlain =
-        !word.empty() &&
-        word.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"
-                               "-_.,/+=:@%") == std::string::npos;
+        !word.empty() && word.find_first_not_of(
+                             "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"
+                             "-_.,/+=:@%") == std::string::npos;
     if (isPlain) return word;
     std::string text = "'";
     for (const char c : word) text += c == '\'' ? std::string("'\\''") : std::string(1, c);
@@ -111,7 +112,7 @@ std::string sweepPageText(const SweepPageData& data) {
         text += "<template class=\"views\">" + drawViews(array) + "</template>\n";
     }
     // What a name holds need not be UTF-8; the page shows a replacement there.
-    text += dataElement(
-        "sweep", dataToJson(data).dump(-1, ' ', false, Json::error_handler_t::replace));
+    text +=
+        dataElement("sweep", dataToJson(data).dump(-1, ' ', false, Json::error_handler_t::replace));
     return text.append(SweepPage.substr(place + Place.size()));
 }
