@@ -33,7 +33,7 @@ struct ErrorMaps {
     ErrorMap elevation, range;
 };
 
-/** On a grid a cell for each step, else cells with two talkers or so. */
+/** On a grid a cell for each step, else cells with two talkers or more on the average. */
 ErrorMaps errorMapsOf(const SweepRun& run, const SweepJob& job);
 
 #endif

@@ -36,15 +36,18 @@ const mapsOf = (page) => page.$$('figure');
 const readoutOf = (figure) => figure.$eval('output', (output) => output.textContent);
 const textOf = (page, selector) => page.$eval(selector, (element) => element.textContent);
 
-async function hoverCell(page, figure, across, up) {
+async function middleOfCell(figure, across, up) {
   const map = await figure.$('.map');
   await map.scrollIntoView();
-  const place = await map.evaluate((drawing, cell) => {
+  return map.evaluate((drawing, cell) => {
     const boxes = [...drawing.querySelectorAll('rect:not(.chosen)')];
     const box = boxes[cell].getBoundingClientRect();
-    return {x: box.x + box.width / 2, y: box.y + box.height / 2};
+    return [box.x + box.width / 2, box.y + box.height / 2];
   }, up * Columns + across);
-  await page.mouse.move(place.x, place.y);
+}
+
+async function hoverCell(page, figure, across, up) {
+  await page.mouse.move(...(await middleOfCell(figure, across, up)));
   await settled(page);
 }
 
@@ -227,9 +230,8 @@ check('a phone shows all within its width', 'phone', async ({page}) => {
   const cut = await page.$$eval('.map, .views svg, #legend svg', (all) =>
     all.filter((one) => one.getBoundingClientRect().right > 390).length);
   assert.equal(cut, 0);
-  const map = await byElevation.$('.map');
-  await map.tap();
-  assert.match(await readoutOf(byElevation), /^azimuth 0°/);
+  await page.touchscreen.tap(...(await middleOfCell(byElevation, 5, 1)));
+  assert.match(await readoutOf(byElevation), /^azimuth 28°, elevation 21\.9°/);
 });
 
 check('paper is light and has its figures', 'phone', async ({page}) => {

@@ -8,6 +8,7 @@ const Left = 60;
 const Right = 16;
 const Top = 6;
 const Bottom = 38;
+const MostHeight = 320; // CSS pixels of all cells
 const LeastForText = 30; // CSS pixels a cell must be wide to hold its figure
 
 const Names = {elevation: 'Elevation', range: 'Range'};
@@ -118,7 +119,7 @@ export class HeatMap {
     this.showCell();
   }
 
-  show(choice, width) {
+  show(choice, width, mostHeight = MostHeight) {
     this.choice = choice;
     const {quantity} = choice;
     const name = Names[quantity] || 'Azimuth';
@@ -131,7 +132,7 @@ export class HeatMap {
     this.drawing.style.display = isMeant ? '' : 'none';
     this.element.classList.toggle('meaningless', !isMeant);
     this.output.hidden = !isMeant;
-    if (isMeant) this.draw(width);
+    if (isMeant) this.draw(width, mostHeight);
     this.showCell();
   }
 
@@ -156,10 +157,10 @@ export class HeatMap {
     return `The geometry tells ${errorText(step)}° apart (median of the places).${alone}`;
   }
 
-  draw(width) {
+  draw(width, mostHeight) {
     this.width = width;
     this.cellWidth = (width - Left - Right) / this.across.cells;
-    const most = this.up.cells === 1 ? 56 : 320 / this.up.cells;
+    const most = this.up.cells === 1 ? 56 : mostHeight / this.up.cells;
     this.cellHeight = Math.max(12, Math.min(34, most, this.cellWidth * 0.9 + 6));
     const bottom = Top + this.cellHeight * this.up.cells;
     const height = bottom + Bottom;

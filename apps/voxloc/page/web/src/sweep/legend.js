@@ -3,7 +3,7 @@
 import {colourOf, Scales, shareOf} from './scale.js';
 import {svg} from './svg.js';
 
-const Left = 16;
+const Left = 20;
 const Width = 200;
 const Height = 12;
 const Steps = 50;

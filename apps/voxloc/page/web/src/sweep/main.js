@@ -7,6 +7,7 @@ import {html} from './svg.js';
 import {figureTable, figureText, Kinds, overviewTable} from './tables.js';
 
 const PaperWidth = 680; // CSS pixels: what A4 and letter have between their margins
+const PaperMapHeight = 220; // so that an array is a page
 const MapGap = 24;
 const LeastForTwo = 800; // CSS pixels, from which on the maps stand side by side
 
@@ -33,8 +34,8 @@ class ArrayPart {
         this.table, html('p', {textContent: figureText(sweep)}))));
   }
 
-  show(choice, width) {
-    for (const map of this.maps) map.show(choice, width);
+  show(choice, width, mapHeight) {
+    for (const map of this.maps) map.show(choice, width, mapHeight);
     this.table.replaceChildren(figureTable(this.sweep, choice.kind));
   }
 }
@@ -74,7 +75,7 @@ class Page {
     const all = paperWidth || byId('arrays').clientWidth;
     const width = !paperWidth && all >= LeastForTwo ? Math.floor((all - MapGap) / 2) : all;
     drawLegend(byId('legend'), choice.quantity, data.gross_degrees);
-    for (const part of this.parts) part.show(choice, width);
+    for (const part of this.parts) part.show(choice, width, paperWidth ? PaperMapHeight : undefined);
     const place = byId('overview').querySelector('.table');
     place.replaceChildren(overviewTable(data.sweeps, choice.kind));
   }
