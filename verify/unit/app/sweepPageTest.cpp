@@ -209,6 +209,15 @@ TEST(SweepPage, NoNameEndsItsElement) {
     EXPECT_EQ(page.find("<template"), page.rfind("<template"));  // one array, one drawing
 }
 
+TEST(SweepPage, NamesNeedNotBeUtf8) {
+    SweepPageData data = pageData();
+    data.results[0].array = "desk\xff";
+    data.command += " desk\xff.json";
+    const Json json = dataIn(sweepPageText(data));
+    EXPECT_EQ("desk\xef\xbf\xbd", json.at("sweeps").at(0).at("array"));
+    EXPECT_NE(std::string::npos, json.at("command").get<std::string>().find(" desk\xef\xbf\xbd"));
+}
+
 TEST(SweepPage, TheCommandIsWhatMakesTheSameFigures) {
     CLI::App command("", "sweep");
     std::vector<std::string> arrays;

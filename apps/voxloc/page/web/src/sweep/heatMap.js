@@ -129,7 +129,6 @@ export class HeatMap {
     const isMeant = quantity !== 'elevation' || this.sweep.geometry.has_elevation;
     this.note.textContent = this.noteText();
     this.drawing.toggleAttribute('hidden', !isMeant);
-    this.drawing.style.display = isMeant ? '' : 'none';
     this.element.classList.toggle('meaningless', !isMeant);
     this.output.hidden = !isMeant;
     if (isMeant) this.draw(width, mostHeight);
@@ -246,7 +245,7 @@ export class HeatMap {
 
   showCell() {
     if (this.frame) {
-      this.frame.style.display = this.at ? '' : 'none';
+      this.frame.toggleAttribute('hidden', !this.at);
       if (this.at) {
         const {x, y} = this.place(this.at.across, this.at.up);
         this.frame.setAttribute('x', x);
