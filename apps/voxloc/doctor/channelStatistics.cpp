@@ -42,7 +42,8 @@ double linePower(const std::vector<double>& windowed, double frequency) {
     }
     const double square = last * last + before * before - turn * last * before;
     const double length = static_cast<double>(windowed.size());
-    return 2.0 * square / (length * length);
+    const double power = 2.0 * square / (length * length);
+    return std::isfinite(power) ? power : 0.0;
 }
 
 double lowQuantile(std::vector<double> values) {

@@ -16,13 +16,16 @@ constexpr double LeastOffset = 6.0;  // lags: less is a microphone 1 cm off its 
 constexpr double MostSlope = 80.0;   // lags a second: 417 parts in a million
 constexpr double SlopeStep = 1.0;    // lags a second
 constexpr double LeastSlope = 3.0;   // lags a second: 16 parts in a million
+// What the pairs concerned must gain. Over some hundred sound recordings in rooms, exchanges and
+// turns lost; delays gained up to 0.1 on grids of 6 lags and 0.02 on finer ones.
 constexpr double LeastInvertedGain = 0.3, LeastSwappedGain = 0.15, LateGainPerStep = 0.02,
                  LeastDriftGain = 0.15;
 constexpr double SimpleAdvantage = 0.02;  // of the sum
 constexpr double DoublingCost = 0.008;    // of the sum, each time that a delay is twice as long
 constexpr double Doubt = 0.02;            // of the sum: what is that close cannot be told apart
+// A channel's correlation with the others by that of the others with each other.
 constexpr double LeastFit = 0.25, LeastFitWithFault = 0.35;
-constexpr int LeastLagApart = 6;
+constexpr int LeastLagApart = 6;  // lags, between two channels that places tell apart
 
 std::size_t at(int i) {
     return static_cast<std::size_t>(i);
@@ -55,7 +58,6 @@ class Hearing {
     double perPair(double sum) const {
         return sum / static_cast<double>(segments_.size()) / pairsOf(countOf(used_));
     }
-    const std::vector<Steering>& steering() const { return steering_; }
 
     std::vector<GeometryFault> candidates() const {
         std::vector<GeometryFault> all;

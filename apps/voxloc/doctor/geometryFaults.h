@@ -31,7 +31,7 @@ struct GeometryFindings {
     std::vector<GeometryFault> faults;
     /** Channels that the others' sound does not reach at all. */
     ChannelSet strangers = 0;
-    std::vector<double> fits;
+    std::vector<double> fits;  // of each channel: its correlation by that of the others
     /** Pairs that sound reached at the same time from every place. */
     std::vector<std::pair<int, int>> untold;
     /** Mean correlation of a pair at the best places, faults accounted for: 1 without any room. */

@@ -64,7 +64,9 @@ void SpectrumMaker::transform(int channel) {
     for (int k = 0; k < UsedBins; ++k) {
         const std::complex<float> bin(result_[at(2 * (k + LowestBin))],
                                       result_[at(2 * (k + LowestBin) + 1)]);
-        const float power = std::norm(bin);
+        // Samples that are no numbers are silence here; anything else would spread over all sums.
+        const float norm = std::norm(bin);
+        const float power = std::isfinite(norm) ? norm : 0.0f;
         spectrum.power[at(k)] = power;
         spectrum.phase[at(k)] = power > SilentPower ? bin / std::sqrt(power) : 0.0f;
     }

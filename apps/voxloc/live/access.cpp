@@ -160,5 +160,8 @@ std::optional<std::string> refusal(const Approach& approach, const ServeAddress&
     if (approach.path == "/mark" && !approach.hasMarkHeader) {
         return "only the page itself sets marks";
     }
+    if (approach.path == "/check/start" && !approach.hasMarkHeader) {
+        return "only the page itself has the array checked";
+    }
     return {};
 }

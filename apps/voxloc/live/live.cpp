@@ -8,6 +8,7 @@
 #include "common/failure.h"
 #include "common/signals.h"
 #include "common/text.h"
+#include "live/arrayCheck.h"
 #include "live/feed.h"
 #include "live/framer.h"
 #include "live/markFile.h"
@@ -83,6 +84,7 @@ class Listening {
     Summarizer summarizer_{MostTurns};
     std::unique_ptr<RecordingFile> recording_;
     std::unique_ptr<MarkFile> marks_;
+    std::unique_ptr<ArrayCheck> check_;
     std::unique_ptr<LiveServer> server_;
     std::unique_ptr<Output> output_;
     std::unique_ptr<RecordWriter> writer_;
@@ -135,6 +137,8 @@ void Listening::openServer() {
     options.token = job_.token;
     options.hello = helloJson(about);
     options.channels = array_.array.channels;
+    check_ = std::make_unique<ArrayCheck>(array_);
+    options.check = check_.get();
     options.setMark = [this](const std::string& label) -> std::optional<std::uint64_t> {
         const std::uint64_t frame = feed_.lastFrame();
         if (marks_ == nullptr || !marks_->write(label, frame)) return {};
@@ -201,6 +205,7 @@ void Listening::take(std::size_t count) {
     Record record = locator_.locate(frame);
     // The frame of the recording, also when sound was lost before it.
     record.frame = frames_++;
+    if (check_ != nullptr) check_->add(frame, has(record, VOXLOC_FLAG_VOICE));
     publish(record);
 }
 

@@ -107,6 +107,7 @@ struct LiveServer::Parts {
     void sendEvents(Response& response);
     bool sendNews(Feed::Place& place, httplib::DataSink& sink) const;
     void mark(const Request& request, Response& response) const;
+    void check(const Request& request, Response& response) const;
     std::string cookieName() const { return "voxloc-" + std::to_string(options.address.port); }
 };
 
@@ -161,6 +162,7 @@ void LiveServer::Parts::route(const Request& request, Response& response) {
     }
     if (request.path == "/events") return sendEvents(response);
     if (request.path == "/mark") return mark(request, response);
+    if (request.path == "/check" || request.path == "/check/start") return check(request, response);
     answer(response, 404, "There is nothing here.");
 }
 
@@ -211,6 +213,14 @@ void LiveServer::Parts::mark(const Request& request, Response& response) const {
     if (!frame) return answer(response, 409, "Nothing is recorded.");
     response.status = 200;
     response.set_content(markJson({*frame, label}), "application/json");
+}
+
+void LiveServer::Parts::check(const Request& request, Response& response) const {
+    if (request.path == "/check/start" && !options.check->start()) {
+        return answer(response, 409, "A check is under way.");
+    }
+    response.status = 200;
+    response.set_content(options.check->json(), "application/json");
 }
 
 LiveServer::LiveServer(LiveServerOptions options, Feed& feed)

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "live/access.h"
+#include "live/arrayCheck.h"
 #include "live/feed.h"
 
 /** Writes a mark and returns its frame; nothing when there is no recording or it cannot be written.
@@ -21,6 +22,7 @@ struct LiveServerOptions {
     std::string hello;  // JSON of what does not change
     int channels = 0;
     SetMark setMark;
+    ArrayCheck* check = nullptr;  // outlives the server
 };
 
 /**

@@ -214,6 +214,37 @@ function connect() {
   };
 }
 
+// --- Check my array ------------------------------------------------------------------------------
+
+const VerdictText = {
+  sound: "The array is sound.", faults: "There are faults:",
+  "cannot tell": "It cannot be told:",
+};
+
+function showCheck(news) {
+  const isRunning = news.state === "gathering" || news.state === "judging";
+  byId("check").disabled = isRunning;
+  const found = news.diagnosis;
+  text("checkSaid", news.state === "gathering" ?
+    `${news.voice.toFixed(1)} s of ${news.needed} s of voice` :
+    news.state === "judging" ? "looking at it" : found ? VerdictText[found.verdict] : "");
+  const lines = found ? [...found.findings.map((one) => one.text), ...found.notes] : [];
+  byId("findings").replaceChildren(...lines.map((line) => {
+    const item = document.createElement("li");
+    item.textContent = line + ".";
+    return item;
+  }));
+  if (isRunning) setTimeout(askCheck, 1000);
+}
+
+async function askCheck(path = "/check") {
+  // The header is what no page elsewhere can send.
+  const answer = await fetch(path, {headers: {"X-Voxloc-Mark": "1"}}).catch(() => null);
+  if (answer && answer.ok) return showCheck(await answer.json());
+  byId("check").disabled = false;
+  text("checkSaid", answer ? (await answer.text()).trim() : "The program does not answer.");
+}
+
 // --- Controls ------------------------------------------------------------------------------------
 
 function pause() {
@@ -266,10 +297,12 @@ function start() {
     setTheme(!document.documentElement.classList.contains("dark")));
   byId("pause").addEventListener("click", pause);
   byId("markForm").addEventListener("submit", mark);
+  byId("check").addEventListener("click", () => askCheck("/check/start"));
   document.addEventListener("keydown", onKey);
   new ResizeObserver(() => { isDrawn = false; }).observe(byId("history"));
   drawRings();
   connect();
+  askCheck();
   draw();
 }
 

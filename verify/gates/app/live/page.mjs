@@ -399,10 +399,24 @@ async function tokenOpensThePage() {
   await program.end();
 }
 
+async function checksTheArray() {
+  const program = await Program.start(0);
+  const page = await open(program);
+  await program.talk(0, 1);
+  await page.click("#check");
+  await becomes(page, "checkSaid", /0\.0 s of 10 s of voice/);
+  assert.ok(await page.$eval("#check", (button) => button.disabled));
+  await program.talk(0, 3);
+  await becomes(page, "checkSaid", /[1-3]\.\d s of 10 s of voice/);
+  assert.deepEqual(page.wrong, []);
+  await page.close();
+  await program.end();
+}
+
 let failed = 0;
 for (const check of [radarFollows, deadMicrophoneStandsOut, stillStreamIsTold,
-  unpluggedDeviceIsTold, linksAgain, pauses, marks, fitsATelephone, foreignPagesLearnNothing,
-  tokenOpensThePage]) {
+  unpluggedDeviceIsTold, linksAgain, pauses, marks, checksTheArray, fitsATelephone,
+  foreignPagesLearnNothing, tokenOpensThePage]) {
   try {
     await check();
     console.log("ok      " + check.name);

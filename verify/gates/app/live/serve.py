@@ -350,10 +350,27 @@ def marks_are_written(arguments, folder):
             and long == 400 and unrecorded == 409), (answer, long, mark, unrecorded)
 
 
+def array_is_checked(arguments, folder):
+    """Only when the page asks for it; one check at a time."""
+    with Server(arguments, folder) as server:
+        idle = json.loads(server.ask("/check")[2])
+        foreign = server.ask("/check/start")[0]
+        begun = server.ask("/check/start", "X-Voxloc-Mark: 1")
+        again = server.ask("/check/start", "X-Voxloc-Mark: 1")[0]
+        server.feed(20)
+        end = time.monotonic() + 20
+        while time.monotonic() < end and not json.loads(server.ask("/check")[2])["voice"]:
+            time.sleep(0.1)
+        now = json.loads(server.ask("/check")[2])
+    return (idle["state"] == "idle" and foreign == 403 and begun[0] == 200 and again == 409
+            and json.loads(begun[2])["state"] == now["state"] == "gathering"
+            and now["voice"] > 0), (idle, foreign, begun, again, now)
+
+
 CHECKS = [only_its_own_names, only_get, nothing_for_other_sites, page_is_whole, headers_are_strict,
           token_is_demanded, token_files_are_checked, taken_port_is_named, requests_are_bounded,
           followers_are_bounded, slow_follower_holds_nobody_up, events_carry_the_records,
-          interrupt_ends_it_soon, marks_are_written]
+          interrupt_ends_it_soon, marks_are_written, array_is_checked]
 
 # Those that track minutes of sound, which takes an emulator or a sanitiser as many.
 LONG = [slow_follower_holds_nobody_up]

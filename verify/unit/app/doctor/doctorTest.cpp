@@ -85,6 +85,12 @@ TEST_F(Doctors, FindsADeadChannel) {
     EXPECT_EQ(found(diagnosed(array_, channels_)), "dead 2");
 }
 
+TEST_F(Doctors, TakesAChannelOfNoNumbersForADeadOne) {
+    std::fill(channels_[2].begin(), channels_[2].end(), std::numeric_limits<float>::quiet_NaN());
+    channels_[2][5000] = std::numeric_limits<float>::infinity();
+    EXPECT_EQ(found(diagnosed(array_, channels_)), "dead 2");
+}
+
 TEST_F(Doctors, FindsADuplicate) {
     channels_[0] = channels_[3];
     EXPECT_EQ(found(diagnosed(array_, channels_)), "duplicate 0 3");

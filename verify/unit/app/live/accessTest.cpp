@@ -128,11 +128,13 @@ TEST(Refusal, KeepsOtherSitesOutOfAllButLinksToThePage) {
     }
 }
 
-TEST(Refusal, LetsOnlyAHeaderOfOursSetMarks) {
-    Approach approach = ours("/mark");
-    EXPECT_TRUE(refusal(approach, Loopback));
-    approach.hasMarkHeader = true;
-    EXPECT_FALSE(refusal(approach, Loopback));
+TEST(Refusal, LetsOnlyAHeaderOfOursSetMarksAndCheckTheArray) {
+    for (const char* path : {"/mark", "/check/start"}) {
+        Approach approach = ours(path);
+        EXPECT_TRUE(refusal(approach, Loopback)) << path;
+        approach.hasMarkHeader = true;
+        EXPECT_FALSE(refusal(approach, Loopback)) << path;
+    }
 }
 
 }  // namespace
