@@ -27,6 +27,10 @@ class ArrayPart {
     pictures.append(views.content.cloneNode(true));
     pictures.querySelectorAll('svg').forEach((view, k) => view.setAttribute('aria-label',
       `Microphones of ${sweep.array} from ${k === 0 ? 'the front' : 'above'}`));
+    const lines = ['Solid lines: azimuth pairs'];
+    if (pictures.querySelector('.elevation')) lines.push('dashed: elevation pairs');
+    if (pictures.querySelector('.loudspeaker')) lines.push('ring: loudspeaker');
+    pictures.append(html('p', {className: 'note', textContent: lines.join(' · ')}));
     this.element = html('section', {className: 'array'},
       html('h2', {textContent: sweep.array}),
       html('div', {className: 'maps'}, ...this.maps.map((map) => map.element)),

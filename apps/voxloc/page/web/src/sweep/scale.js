@@ -18,7 +18,7 @@ export function shareOf(scale, value) {
 export const colourOf = (share) => `rgb(${cividis(share).join(' ')})`;
 
 // What reads on that colour.
-export const inkOn = (share) => (share < 0.5 ? '#fff' : '#111');
+export const inkOn = (share) => (share < 0.54 ? '#fff' : '#111');
 
 // Two digits that count, as far as they matter; null stands for infinite.
 export function errorText(value) {
