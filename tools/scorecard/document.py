@@ -182,9 +182,9 @@ def curve(card, condition):
             cells.append(f"{number(row['median'])} / {percent(row['gross'])}"
                          if row["share"] and row["share"] >= 0.01 else "")
         rows.append(cells)
-    header = ["Array"] + [f"{low:.1f} to {low + 0.1:.1f}" for low in bins[:-1]]
+    header = ["Array"] + [f"{low:.2f} to {high:.2f}" for low, high in zip(bins, bins[1:])]
     keep = [i for i in range(len(bins)) if any(row[i + 1] for row in rows)]
-    header.append(f"{bins[-1]:.1f} on")
+    header.append(f"{bins[-1]:.2f} on")
     return table([header[0]] + [header[i + 1] for i in keep],
                  [[row[0]] + [row[i + 1] for i in keep] for row in rows])
 

@@ -276,3 +276,16 @@ std::string drawArray(const NamedArray& named) {
         label(20.0 + 40.0, 574.0, "Azimuth goes to the right, elevation up; in degrees", "small");
     return svg + legend(60.0, 594.0) + "</svg>\n";
 }
+
+std::string drawViews(const NamedArray& named) {
+    constexpr double Above = 24.0;  // for the title
+    std::string text;
+    for (const bool isFromAbove : {false, true}) {
+        text += "<svg" + at("width", View::PanelWidth) +
+                at("height", View::PanelHeight + Above + 1.0) + " viewBox=\"-1 0 " +
+                fixed(View::PanelWidth + 2.0, 0) + " " + fixed(View::PanelHeight + Above + 1.0, 0) +
+                "\" role=\"img\">\n" + View(named.array, 0.0, Above, isFromAbove).draw() +
+                "</svg>\n";
+    }
+    return text;
+}

@@ -9,4 +9,7 @@
 /** A whole SVG document, for light and dark. */
 std::string drawArray(const NamedArray& array);
 
+/** From the front and from above, an element <svg> each, for a page that styles their classes. */
+std::string drawViews(const NamedArray& array);
+
 #endif

@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "page/dataElement.h"
 #include "page/reportPage.h"
 
 namespace {
@@ -19,19 +20,6 @@ Page page() {
     constexpr std::string_view Place = "<!--run-->";
     const std::size_t place = ReportPage.find(Place);
     return {ReportPage.substr(0, place), ReportPage.substr(place + Place.size())};
-}
-
-/** A JSON text as an element of the page; no "<" in it can end the element. */
-std::string dataElement(const char* id, const std::string& json) {
-    std::string text = std::string("<script type=\"application/json\" id=\"") + id + "\">";
-    for (const char c : json) {
-        if (c == '<') {
-            text += "\\u003c";
-        } else {
-            text += c;
-        }
-    }
-    return text + "</script>\n";
 }
 
 Json headToJson(const ReportHead& head) {

@@ -1,14 +1,17 @@
 #include "sweep/figures.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "arrays/resolution.h"
 
 namespace {
 
-constexpr double BinWidth = 0.1, HighestBin = 1.2;  // of quality
-constexpr double ThresholdStep = 0.05, HighestThreshold = 1.2;
+// Of quality: finer where noise and echoes put it.
+constexpr std::array<double, 14> BinEdges{0.0, 0.03, 0.06, 0.1, 0.15, 0.2, 0.3,
+                                          0.4, 0.5,  0.6,  0.7, 0.8,  0.9, 1.0};
+constexpr double FineStep = 0.01, FineEnd = 0.2, CoarseStep = 0.05, CoarseEnd = 1.2;
 
 /** The value that a share of the sorted ones is no larger than. */
 double atShare(const std::vector<double>& sorted, double share) {
@@ -242,6 +245,15 @@ std::vector<Judged> judgedFrames(const SweepRun& run, int framesAtPlace) {
     return judged;
 }
 
+std::vector<double> thresholdsTried() {
+    std::vector<double> thresholds;
+    for (int i = 0; i * FineStep < FineEnd - 1e-9; ++i) thresholds.push_back(i * FineStep);
+    for (int i = 0; FineEnd + i * CoarseStep <= CoarseEnd + 1e-9; ++i) {
+        thresholds.push_back(FineEnd + i * CoarseStep);
+    }
+    return thresholds;
+}
+
 QualityRow rowOf(const std::vector<Judged>& judged, double from, double to) {
     std::vector<double> errors;
     for (const Judged& one : judged) {
@@ -284,13 +296,12 @@ SweepFigures figuresOf(const SweepRun& run, int framesAtPlace) {
     Counter(run, framesAtPlace).fill(figures);
     const std::vector<Judged> judged = judgedFrames(run, framesAtPlace);
     const double infinite = std::numeric_limits<double>::infinity();
-    for (int i = 0; i * BinWidth <= HighestBin + 1e-9; ++i) {
-        const double from = i * BinWidth;
-        const bool isLast = (i + 1) * BinWidth > HighestBin + 1e-9;
-        figures.bins.push_back(rowOf(judged, from, isLast ? infinite : from + BinWidth));
+    for (std::size_t i = 0; i < BinEdges.size(); ++i) {
+        const double to = i + 1 < BinEdges.size() ? BinEdges[i + 1] : infinite;
+        figures.bins.push_back(rowOf(judged, BinEdges[i], to));
     }
-    for (int i = 0; i * ThresholdStep <= HighestThreshold + 1e-9; ++i) {
-        figures.thresholds.push_back(rowOf(judged, i * ThresholdStep, infinite));
+    for (const double from : thresholdsTried()) {
+        figures.thresholds.push_back(rowOf(judged, from, infinite));
     }
     return figures;
 }

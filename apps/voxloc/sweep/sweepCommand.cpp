@@ -9,6 +9,7 @@
 #include "common/table.h"
 #include "common/text.h"
 #include "sweep/sweepOutput.h"
+#include "sweep/sweepPage.h"
 #include "sweep/voiceFile.h"
 #include "writers/output.h"
 
@@ -23,12 +24,13 @@ struct Arguments {
     std::vector<std::string> arrays;
     bool isAll = false;
     SweepJob job;
-    std::string grid, azimuth, elevation, range, room, position, error, voice, csv, json;
+    std::string grid, azimuth, elevation, range, room, position, error, voice, csv, json, report;
     double ratio = 0.0;
     CLI::Option* hasRatio = nullptr;
     CLI::Option* hasPlaces = nullptr;
     CLI::Option* hasTime = nullptr;
     CLI::Option* hasTurn = nullptr;
+    const CLI::App* command = nullptr;
 };
 
 /** Numbers with commas between. Throws WrongUsage. */
@@ -143,13 +145,17 @@ int runSweep(Arguments& arguments) {
     SweepJob& job = arguments.job;
     readChoice(arguments, job.choice);
     readRoom(arguments, job);
-    const bool isText = arguments.csv != "-" && arguments.json != "-";
-    std::vector<SweepResult> results;
+    const bool isText = arguments.csv != "-" && arguments.json != "-" && arguments.report != "-";
+    SweepPageData data;
+    std::vector<SweepResult>& results = data.results;
     try {
         for (const NamedArray& array : arraysOf(arguments)) {
-            results.push_back(
-                {array.name, soundOf(job), figuresOf(sweep(array, job), job.framesAtPlace)});
+            const SweepRun run = sweep(array, job);
+            results.push_back({array.name, soundOf(job), figuresOf(run, job.framesAtPlace)});
             if (isText) writeTo("-", sweepText(results.back()) + "\n");
+            if (arguments.report.empty()) continue;
+            data.maps.push_back(errorMapsOf(run, job));
+            data.arrays.push_back(array);
         }
     } catch (const Interrupted&) {
         return StatusInterrupted;
@@ -159,6 +165,10 @@ int runSweep(Arguments& arguments) {
     if (isText && results.size() > 1) writeTo("-", sweepOverview(results));
     writeTo(arguments.csv, sweepCsv(results));
     writeTo(arguments.json, sweepJson(results));
+    if (!arguments.report.empty()) {
+        data.command = sweepCommandLine(*arguments.command);
+        writeTo(arguments.report, sweepPageText(data));
+    }
     return StatusSuccess;
 }
 
@@ -211,6 +221,7 @@ void addSweepCommand(CLI::App& program, int& status) {
     command->footer(
         "Example: voxloc sweep --array aster --places 200 --room 6,5,3 --rt60 0.5 --snr 20");
     const auto arguments = std::make_shared<Arguments>();
+    arguments->command = command;
     arguments->job.jobs = static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
     command->add_option("-a,--array", arguments->arrays,
                         "The array: a built-in one by its name, or a file NAME.json");
@@ -220,6 +231,7 @@ void addSweepCommand(CLI::App& program, int& status) {
     command->add_option("--csv", arguments->csv, "Write the figures as CSV; - is standard output");
     command->add_option("--json", arguments->json,
                         "Write all figures as JSON; - is standard output");
+    addSweepPageOption(*command, arguments->report);
     command->add_option("-j,--jobs", arguments->job.jobs, "Threads that work at the same time")
         ->check(CLI::Range(1, MostJobs));
     command->callback([arguments, &status] {

@@ -213,5 +213,6 @@ std::string sweepCsv(const std::vector<SweepResult>& results) {
 std::string sweepJson(const std::vector<SweepResult>& results) {
     Json all = Json::array();
     for (const SweepResult& result : results) all.push_back(resultJson(result));
-    return all.dump(1) + "\n";
+    // What a file's name holds need not be UTF-8; a replacement stands there.
+    return all.dump(1, ' ', false, Json::error_handler_t::replace) + "\n";
 }

@@ -137,13 +137,20 @@ TEST(Figures, QualityIsHeldAgainstTheErrorsOfItsFrames) {
         frameOf(run, 1, since).result.quality = 0.32f;
     }
     const SweepFigures figures = figuresOf(run, FramesAtPlace);
-    EXPECT_EQ(0.5, figures.bins.at(3).share);
-    EXPECT_NEAR(30.0, figures.bins.at(3).azimuth.median, 1e-5);
-    EXPECT_EQ(0.5, figures.bins.at(7).share);
-    EXPECT_EQ(0.0, figures.bins.at(5).share);
-    EXPECT_EQ(1.0, figures.thresholds.at(6).share);  // 0.30
-    EXPECT_EQ(0.5, figures.thresholds.at(7).share);  // 0.35
-    EXPECT_NEAR(0.0, figures.thresholds.at(7).azimuth.ninety, 1e-5);
+    EXPECT_EQ(0.3, figures.bins.at(6).quality);
+    EXPECT_EQ(0.5, figures.bins.at(6).share);
+    EXPECT_NEAR(30.0, figures.bins.at(6).azimuth.median, 1e-5);
+    EXPECT_EQ(0.7, figures.bins.at(10).quality);
+    EXPECT_EQ(0.5, figures.bins.at(10).share);
+    EXPECT_EQ(0.0, figures.bins.at(8).share);
+    for (const QualityRow& row : figures.thresholds) {
+        EXPECT_EQ(row.quality > 0.751 ? 0.0 : row.quality > 0.321 ? 0.5 : 1.0, row.share);
+        if (row.share == 0.5) {
+            EXPECT_NEAR(0.0, row.azimuth.ninety, 1e-5);
+        }
+    }
+    EXPECT_NEAR(0.05, figures.thresholds.at(5).quality, 1e-12);
+    EXPECT_NEAR(0.25, figures.thresholds.at(21).quality, 1e-12);
 }
 
 TEST(Figures, TheGeometrySaysWhatCannotBeTold) {

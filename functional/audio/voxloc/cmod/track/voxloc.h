@@ -76,8 +76,9 @@ typedef struct TrackerResult {
     float elevation; /**< degrees, positive up; means nothing without elevation pairs */
     float range;     /**< metres, 0.5 to 9.9 */
     float quality;   /**< sum of the two correlation peaks: 0 when no bin has been heard, about 0.3
-                          to 1.5 while somebody talks. PRODUCT_FOXGLOVE adds what an earlier product
-                          left in its elevation map, a constant */
+                          to 1.5 while somebody talks without echoes, 0.03 to 0.5 in rooms.
+                          PRODUCT_FOXGLOVE adds what an earlier product left in its elevation map, a
+                          constant */
     uint32_t flags;  /**< VOXLOC_FLAG_... by bit position; see voxloc_getFlag */
 } TrackerResult;
 
