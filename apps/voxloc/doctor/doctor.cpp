@@ -223,7 +223,9 @@ void Doctor::judgeGeometry(Diagnosis& diagnosis, ChannelSet used) {
                 : "there is too little speech to judge polarity, order and delays by");
         return;
     }
-    diagnosis.speechSeconds = static_cast<double>(segments.size()) * SegmentSeconds;
+    // The last segment may not be full.
+    diagnosis.speechSeconds =
+        std::min(static_cast<double>(segments.size()) * SegmentSeconds, diagnosis.seconds);
     for (const Duplicate& one : findDuplicates(places_, segments, used)) {
         if (one.isCertain) {
             diagnosis.findings.push_back(duplicateFinding(one));
