@@ -22,7 +22,8 @@ std::uint32_t word(const unsigned char* bytes, std::size_t count) {
 /** Two's complement of the low `bits` bits. */
 float signedValue(std::uint32_t value, std::uint32_t bits) {
     const std::uint32_t shift = 32 - bits;
-    return static_cast<float>(static_cast<std::int32_t>(value << shift) / (1LL << shift));
+    const std::int64_t whole = static_cast<std::int32_t>(value << shift) / (1LL << shift);
+    return static_cast<float>(whole);
 }
 
 class RawSource : public SampleSource {

@@ -113,7 +113,8 @@ class SoundFileSource : public SampleSource {
         // The library puts every width into the high bits.
         const std::int64_t unit = std::int64_t{1} << (32 - format_.bits);
         for (sf_count_t i = 0; i < taken * about_.channels; ++i) {
-            samples[i] = static_cast<float>(words_[static_cast<std::size_t>(i)] / unit);
+            const std::int64_t whole = words_[static_cast<std::size_t>(i)] / unit;
+            samples[i] = static_cast<float>(whole);
         }
         return taken;
     }
