@@ -213,7 +213,7 @@ int startRecording(Recording& recording, const char* path, std::int32_t product,
                    std::int32_t channels) {
     stopRecording(recording);
     recording = {};
-    const int descriptor = openForWriting(path);
+    const int descriptor = path != nullptr ? openForWriting(path) : -1;
     if (descriptor < 0) return 0;
     recording.isFile = looksLikeFile(descriptor);
     if (!recording.isFile) {
