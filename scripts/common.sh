@@ -177,6 +177,7 @@ packages_of_preset() {
     esac
     case "$1" in
         release) echo valgrind python3 parallel slurm-wlm munge ;;
+        libraries) echo valgrind python3 ;;
         clang | asan | tsan) echo python3 ;;
         armhf) echo python3 ;;
     esac
@@ -201,7 +202,9 @@ build_preset() {
     # shellcheck disable=SC2046  # a list of package names
     require_packages $(packages_of_preset "$preset")
     lock_builds
-    local settings=(-D "VOXLOC_REFERENCE=$builds/release" -D VOXLOC_APP=OFF)
+    local reference=release
+    [[ $preset != libraries* ]] || reference=libraries # what is there or made anyway
+    local settings=(-D "VOXLOC_REFERENCE=$builds/$reference" -D VOXLOC_APP=OFF)
     ! has_app "$preset" || settings+=(-D VOXLOC_APP=ON)
     if [ "$preset" = armhf-app ]; then
         local sysroot=$builds/armhf-sysroot
