@@ -7,10 +7,10 @@
 #include <cstdint>
 #include <limits>
 
+#include "common/sound.h"
+
 namespace {
 
-constexpr double LagRate = 192000.0;                     // lags a second
-constexpr double SpeedOfSound = 348.0;                   // metres a second, as the tracker has it
 constexpr double BinWidth = 11.71875;                    // Hz
 constexpr double Radian = 180.0 / M_PI;                  // degrees
 constexpr double FarAway = 1000.0;                       // metres, where elevations are looked for

@@ -7,7 +7,8 @@
 
 #include <voxloc/voxloc.h>
 
-constexpr int SampleRate = 48000;  // Hz; what the tracker takes
+#include "common/sound.h"
+
 constexpr double SecondsPerFrame = static_cast<double>(FRAME_SAMPLES) / SampleRate;
 
 struct Record {

@@ -8,13 +8,14 @@
 
 #include <voxloc/voxloc.h>
 
+#include "common/sound.h"
+
 constexpr double BinWidth = 11.71875;  // Hz
 // 400 Hz to 8 kHz: speech that rooms and microphones leave as it was.
 constexpr int LowestBin = 34, HighestBin = 683;
 constexpr int UsedBins = HighestBin - LowestBin + 1;
-constexpr int LagsAround = 16384;   // of a correlation, all the way round
-constexpr int LagsPerSample = 4;    // 192,000 lags a second
-constexpr double LagRate = 192000;  // Hz
+constexpr int LagsAround = 16384;  // of a correlation, all the way round
+constexpr int LagsPerSample = 4;   // 192,000 lags a second
 constexpr double MostBinWeight = 0.5;
 
 struct Spectrum {

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr double LagsPerMetre = 192000.0 / 348.0;
+constexpr double LagsPerMetre = LagRate / SpeedOfSound;
 // Lags between neighbouring places: a quarter of the shortest wave that is looked at, and less as
 // long as that makes no more than EnoughPlaces.
 constexpr double MostStepLags = 6.0, LeastStepLags = 2.0, FinerStep = 0.8;

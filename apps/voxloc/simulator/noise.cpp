@@ -12,7 +12,7 @@ namespace {
 // Blocks under a sine that overlap by half, so that their powers add up to a constant.
 constexpr int BlockSamples = 8192;
 constexpr int Bins = BlockSamples / 2;  // from 1 on, without the last
-constexpr double BinHz = 48000.0 / BlockSamples;
+constexpr double BinHz = static_cast<double>(SampleRate) / BlockSamples;
 constexpr double KneeHz = 50.0;
 constexpr double OwnPower = 1e-6;  // of each point, without which close points cannot be factored
 
@@ -54,7 +54,7 @@ std::vector<Mix> mixesOf(const std::vector<Point>& points) {
     std::vector<Mix> mixes;
     mixes.reserve(Bins);
     for (int bin = 0; bin < Bins; ++bin) {
-        const double waveNumber = 2 * Pi * bin * BinHz / SimulatedSpeedOfSound;
+        const double waveNumber = 2 * Pi * bin * BinHz / SpeedOfSound;
         mixes.push_back(mixFor(distances, points.size(), waveNumber));
     }
     return mixes;

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr double SamplesPerMetre = 48000.0 / SimulatedSpeedOfSound;
+constexpr double SamplesPerMetre = SampleRate / SpeedOfSound;
 constexpr double KaiserShape = 6.8;       // 70 dB
 constexpr double LeastDistance = 0.01;    // metres: nothing is louder than 40 dB over that at 1 m
 constexpr double LowestFrequency = 40.0;  // Hz
@@ -102,7 +102,7 @@ void addImages(Responses& responses, const Walls& walls, const Point& source,
 
 /** Takes away what is below the lowest frequency: two poles, Butterworth. */
 void cutLows(std::vector<float>& samples) {
-    const double turn = 2 * Pi * LowestFrequency / 48000.0;
+    const double turn = 2 * Pi * LowestFrequency / SampleRate;
     const double cosine = cosineOf(turn), alpha = sineOf(turn) / std::sqrt(2.0);
     const double scale = 1.0 / (1.0 + alpha), b = 0.5 * (1.0 + cosine) * scale;
     const double a1 = -2.0 * cosine * scale, a2 = (1.0 - alpha) * scale;
@@ -130,7 +130,7 @@ Responses responsesOf(const Walls& walls, const Point& source, const std::vector
         direct = std::max(direct, distanceOf(point, source));
     }
     const bool hasWalls = walls.reflection > 0.0;
-    const double farthest = direct + (hasWalls ? walls.seconds * SimulatedSpeedOfSound : 0.0);
+    const double farthest = direct + (hasWalls ? walls.seconds * SpeedOfSound : 0.0);
     const auto length =
         static_cast<std::size_t>((farthest + widest) * SamplesPerMetre) + ResponseDelay + PulseTaps;
     Responses responses(heard.size(), std::vector<float>(length, 0.0f));

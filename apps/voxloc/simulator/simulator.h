@@ -27,7 +27,7 @@
 
 #include <voxloc/voxloc.h>
 
-constexpr double SimulatedSpeedOfSound = 348.0;  // metres a second, as the tracker has it
+#include "common/sound.h"
 
 /** Metres. In a room x, y and z count from a corner of the floor, z upwards. */
 struct Point {

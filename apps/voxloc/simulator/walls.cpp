@@ -36,7 +36,7 @@ class ImageEnergy {
   public:
     ImageEnergy(const Point& size, double seconds) {
         // Two places off every plane of symmetry, half the room apart.
-        const double farthest = seconds * SimulatedSpeedOfSound;
+        const double farthest = seconds * SpeedOfSound;
         bins_ = static_cast<std::size_t>(seconds / BinSeconds) + 1;
         const auto x = differences(0.31 * size.x, 0.77 * size.x, size.x, farthest);
         const auto y = differences(0.29 * size.y, 0.67 * size.y, size.y, farthest);
@@ -84,8 +84,7 @@ class ImageEnergy {
     void add(const Difference& a, const Difference& b, const Difference& c, double farthest) {
         const double squared = a.squared + b.squared + c.squared;
         if (squared > farthest * farthest) return;
-        const auto bin =
-            static_cast<std::size_t>(std::sqrt(squared) / SimulatedSpeedOfSound / BinSeconds);
+        const auto bin = static_cast<std::size_t>(std::sqrt(squared) / SpeedOfSound / BinSeconds);
         const auto order = static_cast<std::size_t>(a.walls + b.walls + c.walls);
         energy_[std::min(bin, bins_ - 1) * orders_ + order] += 1.0 / squared;
     }
@@ -132,5 +131,5 @@ double reverberationTime(const std::vector<float>& response) {
     for (const float sample : response) {
         energy.push_back(static_cast<double>(sample) * static_cast<double>(sample));
     }
-    return fallOf(energy, 1.0 / 48000.0);
+    return fallOf(energy, 1.0 / SampleRate);
 }
