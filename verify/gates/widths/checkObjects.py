@@ -12,7 +12,7 @@ import re
 import subprocess
 import sys
 
-INSTRUCTION = re.compile(r"^\s+[0-9a-f]+:\t(?:(?:lock|rep|repz|repnz|bnd|notrack|data16) )*(\S+)(.*)$")
+INSTRUCTION = re.compile(r"^\s+[0-9a-f]+:\s+(?:(?:lock|rep|repz|repnz|bnd|notrack|data16) )*(\S+)(.*)$")
 FUSED = re.compile(r"^vfn?m(add|sub)")
 # tzcnt is not in the list: on a machine without it, its bytes are bsf, and compilers count on that.
 # Everything that is encoded as AVX begins with v, as nothing of the baseline that compilers emit.
