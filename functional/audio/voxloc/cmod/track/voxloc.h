@@ -107,13 +107,19 @@ void voxloc_destroy(void);
  * @param result  out, written last; must not overlap frame
  *
  * Asserts that the module is initialised and neither pointer is null. Nothing is allocated. Any
- * sample value is safe: the process is unharmed. A NaN, an infinity or a value whose square
- * overflows stays in the noise power of the bins that it reached, as a rule all bins of its
- * channel. They are not updated any more and drop out of the position: at once, or where they still
- * hold an earlier value after 35 frames at most. When the noise level takes it in, too, the sound
- * flag reads 0 from then on and the voice flag from the end of its hangover on (34 frames at most).
- * The other flags recover by themselves. voxloc_destroy followed by voxloc_initialize restores
- * everything.
+ * sample value and any number of bits is safe.
+ *
+ * Samples that no converter gives are taken as silence: what is no number, and what lies beyond 64
+ * times full scale (36 dB). They are counted (voxloc_getSilencedSamples), and a warning in the log
+ * tells of the first one of a spell; a spell ends after 24 frames without (a second). A recording
+ * holds them as they came. Bits that are too few for the samples show in this way, too.
+ *
+ * Once the room is known, which takes the 40 first frames with sound (1.7 s), results are right
+ * again 30 frames (1.3 s) after a frame of silenced samples, 40 (1.7 s) after a burst of one frame
+ * at full scale and 60 (2.6 s) after one at 64 times that: the same flags, angles within a step of
+ * the grid, quality within 0.001. Before, a burst counts as the noise of the room for a time: the
+ * voice flag, and with it the position in pauses, may be missing for 120 frames (5 s) after one at
+ * full scale, and for 210 (9 s) after the other.
  */
 void voxloc_calculate(const float* frame, uint32_t bits, uint32_t flags, TrackerResult* result);
 
@@ -141,6 +147,12 @@ const Position* voxloc_getMicrophoneCoordinates(uint32_t channel);
  * voxloc_initialize, the last level after voxloc_destroy.
  */
 float voxloc_getUltraSoundLevel(void);
+
+/**
+ * Samples that were taken as silence since voxloc_initialize, see voxloc_calculate; of a program
+ * that hands in what a converter gives, 0. Stays after voxloc_destroy.
+ */
+uint64_t voxloc_getSilencedSamples(void);
 
 /**
  * Energy of each channel of a frame: the sum over its samples of (sample / 2^(bits-1))². Needs no
@@ -332,6 +344,9 @@ const VoxlocArray* voxloc_getArray(const VoxlocTracker* tracker);
 
 /** As voxloc_getUltraSoundLevel. */
 float voxloc_getTrackerUltraSoundLevel(const VoxlocTracker* tracker);
+
+/** As voxloc_getSilencedSamples, since the tracker was made or reset. */
+uint64_t voxloc_getTrackerSilencedSamples(const VoxlocTracker* tracker);
 
 /**
  * Takes a text of the tracker's log, one line or more with their ends, on the tracker's thread and
