@@ -96,8 +96,7 @@ std::string badState(const voxloc::Tracker& tracker) {
     return bad;
 }
 
-// --- Silenced samples
-// -----------------------------------------------------------------------------
+// --- Silenced samples ---------------------------------------------------------------------------
 
 constexpr float BadValues[] = {NAN, Infinity, -Infinity, Largest, -Largest, 1e15f, 5.3687098e8f};
 
@@ -214,8 +213,7 @@ TEST(SilencedSamples, AreToldAnewAfterAReset) {
     }
 }
 
-// --- State
-// ----------------------------------------------------------------------------------------
+// --- State --------------------------------------------------------------------------------------
 
 // The loudest signals that are let through: steady, in one bin of each detector's band, alternating
 // and random, with absurd values between. At the bound everything is still a number.
@@ -270,8 +268,41 @@ TEST(ModuleState, StaysANumberWithAnyNumberOfBits) {
     });
 }
 
-// --- Recovery
-// -------------------------------------------------------------------------------------
+TEST(Bits, From0To32AreAScaleAndFrom128OnSilence) {
+    const InitializedModule module(PRODUCT_FOXGLOVE);
+    const std::vector<float> frame(4 * 2048, FullScale);
+    const struct {
+        std::uint32_t bits;
+        float scaled;
+    } rows[] = {{20, 16.0f},      {24, 1.0f},  {25, 0.5f},  {32, 0x1p-8f},     {100, 0x1p-76f},
+                {127, 0x1p-103f}, {128, 0.0f}, {200, 0.0f}, {UINT32_MAX, 0.0f}};
+    TrackerResult result{};
+    for (const auto& row : rows) {
+        voxloc_calculate(frame.data(), row.bits, 0, &result);
+        EXPECT_EQ(voxloc::moduleTracker().PreviousRawAudioInput[8191], row.scaled) << row.bits;
+    }
+    voxloc_calculate(std::vector<float>(4 * 2048, 3.0f).data(), 0, 0, &result);
+    EXPECT_EQ(voxloc::moduleTracker().PreviousRawAudioInput[0], 6.0f);
+}
+
+// The noise flag keeps the noise level at 0, so that a steady tone is speech without a pause.
+TEST(Voice, DropsOutAfter32767FramesWithoutAPause) {
+    const OwnTracker tracker = quietTracker(PRODUCT_FOXGLOVE);
+    std::vector<float> frame(4 * 2048);
+    for (std::size_t i = 0; i < frame.size(); ++i) {
+        frame[i] = static_cast<float>(
+            1e5 * std::sin(6.283185307179586 * 36.0 / 4096.0 * static_cast<double>(i % 2048)));
+    }
+    for (int i = 1; i <= 120; ++i) {
+        if (i == 60) tracker->tracker.FrequencyDomain.TemporalCount = 32767 - 20;
+        TrackerResult result{};
+        voxloc_track(tracker.get(), frame.data(), 24, 1U << VOXLOC_INPUT_NOISE_FLAG, &result);
+        const bool isVoice = voxloc_getFlag(VOXLOC_FLAG_VOICE, result.flags) == 1;
+        EXPECT_EQ(isVoice, i >= 8 && i < 60 + 20 + 34) << i;
+    }
+}
+
+// --- Recovery -----------------------------------------------------------------------------------
 
 constexpr std::uint32_t AllFlags = ~0U, VoiceFlag = 1U << VOXLOC_FLAG_VOICE;
 
