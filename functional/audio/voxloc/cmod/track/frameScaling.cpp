@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "dsplib/simd/simdLanes.h"
+#include "frameKernels.h"
 #include "voxlocParts.h"
 
 namespace voxloc {
@@ -14,30 +14,6 @@ namespace {
 /** The first float above the square of LargestSample, which is a power of two. */
 constexpr float RefusedSquare =
     LargestSample * LargestSample * (1.0f + std::numeric_limits<float>::epsilon());
-
-/** Scales a channel as it is. False when it holds a sample that is to be silenced. */
-bool scaleChannel(const float* samples, float scale, float* scaled) {
-    constexpr int width = simd::StreamLanes;
-    constexpr int together = 4;  // maxima, since each has to wait for the one before
-    static_assert(FRAME_SAMPLES % (together * width) == 0, "whole rounds");
-    using Lanes = simd::Lanes<width>;
-    const auto factor = Lanes::splat(scale), refused = Lanes::splat(RefusedSquare);
-    simd::F32<width> largest[together];
-    for (auto& largestSquare : largest) largestSquare = Lanes::splat(0.0f);
-    for (int i = 0; i < FRAME_SAMPLES; i += together * width) {
-        int at = i;
-        for (auto& largestSquare : largest) {
-            const auto sample = simd::mul(Lanes::load(samples + at), factor);
-            Lanes::store(scaled + at, sample);
-            // In this order a NaN counts as refused.
-            const auto square = simd::smaller(simd::mul(sample, sample), refused);
-            largestSquare = simd::larger(square, largestSquare);
-            at += width;
-        }
-    }
-    return simd::largestLane(simd::larger(simd::larger(largest[0], largest[1]),
-                                          simd::larger(largest[2], largest[3]))) < RefusedSquare;
-}
 
 /** What is silenced of a frame. */
 struct Finding {
@@ -82,14 +58,17 @@ float fullScaleReciprocal(std::uint32_t bits) {
     return std::ldexp(1.0f, 1 - static_cast<int>(std::min(bits, beyondAnyExponent)));
 }
 
+static_assert(FRAME_SAMPLES % 64 == 0, "what the kernel takes");
+
 void scaleFrame(SilencedSamples& silenced, const Log& log, const float* frame, std::uint32_t bits,
                 int channels, float* scaled) {
-    const float scale = fullScaleReciprocal(bits);
+    const float factor = fullScaleReciprocal(bits);
     Finding found;
     for (int c = 0; c < channels; ++c) {
         const float* samples = frame + c * FRAME_SAMPLES;
         float* out = scaled + c * FRAME_SAMPLES;
-        if (!scaleChannel(samples, scale, out)) silenceChannel(samples, c, out, found);
+        const float square = scaleAndSquare(samples, factor, RefusedSquare, out, FRAME_SAMPLES);
+        if (!(square < RefusedSquare)) silenceChannel(samples, c, out, found);
     }
     noteFrame(silenced, log, found, bits);
 }
