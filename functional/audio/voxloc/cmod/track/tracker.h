@@ -11,6 +11,7 @@
 #include <cstdint>
 
 #include "UltraSoundDistortionDetection.h"
+#include "frameScaling.h"
 #include "frequencyDomainVad.h"
 #include "grids.h"
 #include "microphonePair.h"
@@ -129,6 +130,7 @@ struct Tracker {
     alignas(64) float AzimuthElevationResult[AzimuthElevationPoints];
     alignas(64) float AzimuthRangeResult[AzimuthRangePoints];
     std::int32_t BlockedCounter;  // frames judged as a panel mounted upside down
+    SilencedSamples Silenced;
 
     // Detectors
     TimeDomainVad TimeDomain;
