@@ -99,13 +99,15 @@ void addRows() {
         addRow("block/taps:" + std::to_string(nh), nh, Outputs,
                [nh](benchmark::State& state, Peer peer) { blockFilter(state, peer, nh, 1); });
     }
+    const auto addStream = [](int n, int nh) {
+        addRow("stream:" + std::to_string(n) + "/taps:" + std::to_string(nh), nh, n,
+               [nh, n](benchmark::State& state, Peer peer) { streamFilter(state, peer, nh, n); });
+    };
+    for (const int nh : {4, 32, 256}) addStream(1, nh);
     for (const int n : {64, 2048}) {
-        for (const int nh : {1, 4, 8, 16, 24, 32, 64, 128, 256}) {
-            addRow(
-                "stream:" + std::to_string(n) + "/taps:" + std::to_string(nh), nh, n,
-                [nh, n](benchmark::State& state, Peer peer) { streamFilter(state, peer, nh, n); });
-        }
+        for (const int nh : {1, 4, 8, 16, 24, 32, 64, 128, 256}) addStream(n, nh);
     }
+    for (const int nh : {1800, 2048, 3000}) addStream(512, nh);
     for (const int step : {2, 3, 4}) {
         for (const int nh : {4, 16, 32, 64, 256}) {
             addRow("decimate:" + std::to_string(step) + "/taps:" + std::to_string(nh), nh, Outputs,

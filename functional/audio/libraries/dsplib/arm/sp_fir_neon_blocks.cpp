@@ -55,6 +55,18 @@ void SP_SIMD_HERE::sp_fir_gen_(const float* x, const float* h, float* y, int nh,
     if (made < ny) pipelined_unroll12x(x + made, h, y + made, nh, ny - made);
 }
 
+void SP_SIMD_HERE::sp_fir_add_taps(const float* x, const float* h, float* sums, int taps) {
+#ifdef SP_SIMD_X86
+    addTapsWide(x, h, sums, taps);
+#else
+    for (int i = 0; i < SummedOutputs; i += 8) {
+        SumsOfOutputs<2> eight = loadSums<2>(sums + i, SummedOutputs);
+        addTaps(eight, x + i, h, taps);
+        storeSums(sums + i, SummedOutputs, eight);
+    }
+#endif
+}
+
 void SP_SIMD_HERE::sp_fir_gen_downsample_(const float* x, const float* h, float* y, int nh, int n,
                                           int step) {
     const int outputs = (n - 1) / step + 1;

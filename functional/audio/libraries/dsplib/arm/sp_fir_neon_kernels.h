@@ -66,6 +66,26 @@ inline SumsOfOutputs<Vectors> emptySums() {
     return sums;
 }
 
+/** Sums kept in memory, those of one r after those of another at a stride in floats. */
+template <int Vectors>
+inline SumsOfOutputs<Vectors> loadSums(const float* from, int stride) {
+    SumsOfOutputs<Vectors> sums;
+    unrolled<4>([&](auto r) SP_FIR_INLINED {
+        unrolled<Vectors>([&](auto v) SP_FIR_INLINED {
+            sums.sum[r][v] = simd::load4(from + r * stride + 4 * v);
+        });
+    });
+    return sums;
+}
+
+template <int Vectors>
+inline void storeSums(float* to, int stride, const SumsOfOutputs<Vectors>& sums) {
+    unrolled<4>([&](auto r) SP_FIR_INLINED {
+        unrolled<Vectors>(
+            [&](auto v) SP_FIR_INLINED { simd::store4(to + r * stride + 4 * v, sums.sum[r][v]); });
+    });
+}
+
 /** Adds tap r of a group of four, for r < 4, to every output. */
 template <int Tap, int Vectors>
 [[gnu::always_inline]] inline void addTap(SumsOfOutputs<Vectors>& sums, const float* x,

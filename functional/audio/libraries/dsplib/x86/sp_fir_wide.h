@@ -12,6 +12,7 @@
 #include <algorithm>
 
 #include "dsplib/arm/sp_fir_neon_blocks.h"
+#include "dsplib/arm/sp_fir_neon_internal.h"
 
 namespace sp_fir {
 inline namespace SP_SIMD_TARGET {
@@ -68,12 +69,11 @@ template <class Width, int Vectors, int Taps, bool Start>
     });
 }
 
-/** All `terms` >= 4 terms of one of the four sums. */
+/** Adds `terms` terms to one of the four sums. */
 template <class Width, int Vectors>
-[[gnu::always_inline]] inline void sumTerms(const float* x, const float* h, int terms,
-                                            typename Width::Type (&sum)[Vectors]) {
-    addTerms<Width, Vectors, 4, true>(x, h, sum);
-    for (terms -= 4, x += 16, h += 16; terms >= 4; terms -= 4, x += 16, h += 16) {
+[[gnu::always_inline]] inline void addAllTerms(const float* x, const float* h, int terms,
+                                               typename Width::Type (&sum)[Vectors]) {
+    for (; terms >= 4; terms -= 4, x += 16, h += 16) {
         addTerms<Width, Vectors, 4, false>(x, h, sum);
     }
     if ((terms & 2) != 0) {
@@ -82,6 +82,14 @@ template <class Width, int Vectors>
         h += 8;
     }
     if ((terms & 1) != 0) addTerms<Width, Vectors, 1, false>(x, h, sum);
+}
+
+/** All `terms` >= 4 terms of one of the four sums. */
+template <class Width, int Vectors>
+[[gnu::always_inline]] inline void sumTerms(const float* x, const float* h, int terms,
+                                            typename Width::Type (&sum)[Vectors]) {
+    addTerms<Width, Vectors, 4, true>(x, h, sum);
+    addAllTerms<Width, Vectors>(x + 16, h + 16, terms - 4, sum);
 }
 
 /**
@@ -113,6 +121,24 @@ inline int wideFilter(const float* x, const float* h, float* y, int nh, int ny) 
     int i = 0;
     for (; ny - i >= Outputs; i += Outputs) wideBlock<Width>(x + i, h, y + i, nh);
     return i;
+}
+
+/** sp_fir_add_taps on the widest vectors */
+inline void addTapsWide(const float* x, const float* h, float* sums, int taps) {
+    using Width = BlockWidth;
+    constexpr int Outputs = Width::Count * BlockVectors;
+    static_assert(SummedOutputs % Outputs == 0);
+    for (int r = 0; r < 4; ++r) {
+        for (int i = 0; i < SummedOutputs; i += Outputs) {
+            float* const at = sums + r * SummedOutputs + i;
+            typename Width::Type sum[BlockVectors];
+            unrolled<BlockVectors>(
+                [&](auto v) SP_FIR_INLINED { sum[v] = Width::load(at + Width::Count * v); });
+            addAllTerms<Width>(x + i + r, h + r, (taps - r + 3) / 4, sum);
+            unrolled<BlockVectors>(
+                [&](auto v) SP_FIR_INLINED { Width::store(at + Width::Count * v, sum[v]); });
+        }
+    }
 }
 
 /** Adds the two sums 2·Pair and 2·Pair+1 of one vector of outputs. */
