@@ -7,6 +7,9 @@
 #include "sp_fir_neon_kernels.h"
 #ifdef SP_SIMD_X86
 #include "dsplib/x86/sp_fir_wide.h"
+#if SP_SIMD_WIDEST >= 16
+#include "dsplib/x86/sp_fir_phases.h"
+#endif
 #endif
 
 namespace sp_fir {
@@ -32,7 +35,8 @@ int decimatingPassesOf(const float* x, const float* h, float* y, int nh, int out
                        int m) {
     for (; outputs - m >= Outputs; m += Outputs) {
         SumsInLanes<Outputs> sums = emptyLanes<Outputs>();
-        addTaps(sums, x + std::ptrdiff_t{m} * step, step, h, nh);
+        const std::ptrdiff_t behind = std::ptrdiff_t{outputs - m - Outputs} * step;
+        addTaps(sums, x + std::ptrdiff_t{m} * step, step, h, nh, behind);
         storeOutputs(y + m, sums);
     }
     return m;
@@ -70,7 +74,11 @@ void SP_SIMD_HERE::sp_fir_add_taps(const float* x, const float* h, float* sums, 
 void SP_SIMD_HERE::sp_fir_gen_downsample_(const float* x, const float* h, float* y, int nh, int n,
                                           int step) {
     const int outputs = (n - 1) / step + 1;
-    int m = decimatingPassesOf<8>(x, h, y, nh, outputs, step, 0);
+    int m = 0;
+#if SP_SIMD_WIDEST >= 16
+    m = decimateWideBlocks(x, h, y, nh, outputs, step);
+#endif
+    m = decimatingPassesOf<8>(x, h, y, nh, outputs, step, m);
     m = decimatingPassesOf<4>(x, h, y, nh, outputs, step, m);
     decimatingPassesOf<1>(x, h, y, nh, outputs, step, m);
 }

@@ -221,7 +221,11 @@ inline F32x8 load4Twice(const float* from) {
  * cross a cache line, then happens at every use.
  */
 inline F32x8 inRegister(F32x8 v) {
+#ifdef __AVX512VL__
+    __asm__("" : "+v"(v));  // one of 32
+#else
     __asm__("" : "+x"(v));
+#endif
     return v;
 }
 
