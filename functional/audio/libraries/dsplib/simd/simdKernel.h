@@ -31,34 +31,36 @@
 namespace simd {
 
 template <class Signature>
+using Function = Signature;
+
+template <class Signature, Signature AtFour, Signature AtEight, Signature AtSixteen>
 struct Kernel;
 
 /** A kernel of a program that chooses its width when it runs. */
-template <class Result, class... Arguments>
-struct Kernel<Result(Arguments...)> {
-    Result (*atWidth[3])(Arguments...);  // at 4, 8 and 16 lanes
-
+template <class Result, class... Arguments, Result (*AtFour)(Arguments...),
+          Result (*AtEight)(Arguments...), Result (*AtSixteen)(Arguments...)>
+struct Kernel<Result (*)(Arguments...), AtFour, AtEight, AtSixteen> {
     Result operator()(Arguments... arguments) const {
-        return atWidth[sp_simd_lanes() / 8](arguments...);
+        switch (sp_simd_lanes()) {
+            case 16:
+                return AtSixteen(arguments...);
+            case 8:
+                return AtEight(arguments...);
+            default:
+                return AtFour(arguments...);
+        }
     }
 };
 
-template <class Signature>
-using Function = Signature;
-
 }  // namespace simd
 
-#define SP_SIMD_KERNEL(name, ...)     \
-    namespace at4 {                   \
-    simd::Function<__VA_ARGS__> name; \
-    }                                 \
-    namespace at8 {                   \
-    simd::Function<__VA_ARGS__> name; \
-    }                                 \
-    namespace at16 {                  \
-    simd::Function<__VA_ARGS__> name; \
-    }                                 \
-    constexpr simd::Kernel<__VA_ARGS__> name = {{at4::name, at8::name, at16::name}}
+// clang-format off
+#define SP_SIMD_KERNEL(name, ...)                                                        \
+    namespace at4 { simd::Function<__VA_ARGS__> name; }                                  \
+    namespace at8 { simd::Function<__VA_ARGS__> name; }                                  \
+    namespace at16 { simd::Function<__VA_ARGS__> name; }                                 \
+    constexpr simd::Kernel<simd::Function<__VA_ARGS__>*, at4::name, at8::name, at16::name> name
+// clang-format on
 
 #if SP_SIMD_WIDEST >= 16
 #define SP_SIMD_HERE at16
@@ -77,11 +79,11 @@ using Function = Signature;
 
 }  // namespace simd
 
-#define SP_SIMD_KERNEL(name, ...)     \
-    inline namespace here {           \
-    simd::Function<__VA_ARGS__> name; \
-    }                                 \
+// clang-format off
+#define SP_SIMD_KERNEL(name, ...)                                  \
+    inline namespace here { simd::Function<__VA_ARGS__> name; }    \
     using here::name
+// clang-format on
 #define SP_SIMD_HERE here
 
 #endif
