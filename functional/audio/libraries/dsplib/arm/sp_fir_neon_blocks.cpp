@@ -33,10 +33,21 @@ int passesOf(const float* x, const float* h, float* y, int nh, int ny, int i) {
 template <int Outputs>
 int decimatingPassesOf(const float* x, const float* h, float* y, int nh, int outputs, int step,
                        int m) {
+    // Up to three samples behind a window are samples all the same, of windows that follow.
+    const int whole = nh / 4 * 4, last = nh - whole;
+    if (last > 0) {
+        const F32x4 padded = loadPadded(h + whole, last, 0.0f);
+        for (; outputs - m >= Outputs + 3; m += Outputs) {
+            const float* const from = x + std::ptrdiff_t{m} * step;
+            SumsInLanes<Outputs> sums = emptyLanes<Outputs>();
+            addTaps(sums, from, step, h, whole);
+            addMaskedTaps(sums, from + whole, step, padded, last);
+            storeOutputs(y + m, sums);
+        }
+    }
     for (; outputs - m >= Outputs; m += Outputs) {
         SumsInLanes<Outputs> sums = emptyLanes<Outputs>();
-        const std::ptrdiff_t behind = std::ptrdiff_t{outputs - m - Outputs} * step;
-        addTaps(sums, x + std::ptrdiff_t{m} * step, step, h, nh, behind);
+        addTaps(sums, x + std::ptrdiff_t{m} * step, step, h, nh);
         storeOutputs(y + m, sums);
     }
     return m;

@@ -158,12 +158,11 @@ inline SumsInLanes<Outputs> emptyLanes() {
  * Adds `taps` taps, counted from a multiple of four, to outputs whose windows lie `step` samples
  * apart. Reads h[0 .. taps-1] and x[m·step .. m·step+taps-1]. In the last group both sides are
  * padded, the samples with -0, so that the missing taps add 0·(-0) = -0: neither a stranger's NaN
- * nor a change of sign. Where `behind` >= 3 samples may be read behind the last window, that is
- * many times faster.
+ * nor a change of sign.
  */
 template <int Outputs>
 inline void addTaps(SumsInLanes<Outputs>& sums, const float* x, std::ptrdiff_t step, const float* h,
-                    int taps, std::ptrdiff_t behind = 0) {
+                    int taps) {
     for (; taps >= 4; taps -= 4, x += 4, h += 4) {
         const F32x4 coefficients = simd::load4(h);
         unrolled<Outputs>([&](auto m) SP_FIR_INLINED {
@@ -172,16 +171,18 @@ inline void addTaps(SumsInLanes<Outputs>& sums, const float* x, std::ptrdiff_t s
     }
     if (taps == 0) return;
     const F32x4 coefficients = loadPadded(h, taps, 0.0f);
-    if (behind >= 3) {
-        unrolled<Outputs>([&](auto m) SP_FIR_INLINED {
-            sums.sum[m] =
-                simd::mulAdd(sums.sum[m], coefficients, loadMasked(x + m * step, taps, -0.0f));
-        });
-        return;
-    }
     unrolled<Outputs>([&](auto m) SP_FIR_INLINED {
         sums.sum[m] =
             simd::mulAdd(sums.sum[m], coefficients, loadPadded(x + m * step, taps, -0.0f));
+    });
+}
+
+/** Adds a last group of fewer than four taps where four samples may be read: many times faster. */
+template <int Outputs>
+inline void addMaskedTaps(SumsInLanes<Outputs>& sums, const float* x, std::ptrdiff_t step,
+                          F32x4 padded, int taps) {
+    unrolled<Outputs>([&](auto m) SP_FIR_INLINED {
+        sums.sum[m] = simd::mulAdd(sums.sum[m], padded, loadMasked(x + m * step, taps, -0.0f));
     });
 }
 

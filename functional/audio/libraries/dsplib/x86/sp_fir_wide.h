@@ -46,8 +46,6 @@ struct AvxLanesInMore : AvxLanes {
     static constexpr int Fronts = 1;
 };
 
-using WideWidth = AvxLanesInMore;
-
 struct Avx512Lanes : simd::Lanes<16> {
     static constexpr int Count = 16;
     static constexpr int Vectors = 16;
@@ -225,6 +223,17 @@ template <class Width, int Taps>
     return i;
 }
 
+/** The wide blocks that suit nh >= 16 taps; returns how many outputs they made. */
+inline int wideBlocks(const float* x, const float* h, float* y, int nh, int ny) {
+    int made = 0;
+#if SP_SIMD_WIDEST >= 16
+    made = nh >= 4 * Avx512Lanes::MostTerms ? wideFilter<Avx512Lanes>(x, h, y, nh, ny)
+                                            : wideFilter<AvxLanesInMore>(x, h, y, nh, ny);
+#endif
+    made += wideFilter<BlockWidth>(x + made, h, y + made, nh, ny - made);
+    return made;
+}
+
 /** A filter of Taps taps; returns how many outputs it made. Fewer than a half block is left. */
 template <class Width, int Taps>
 inline int filterOfTaps(const float* x, const float* h, float* y, int ny) {
@@ -235,7 +244,7 @@ inline int filterOfTaps(const float* x, const float* h, float* y, int ny) {
         constexpr int Half = Width::Count * BlockVectors / 2;
         const int first = ny / Half % 2 * Half;
         if (first > 0) unrolledFilter<Width, Taps>(x, h, y, first);
-        return first + wideFilter<WideWidth>(x + first, h, y + first, Taps, ny - first);
+        return first + wideBlocks(x + first, h, y + first, Taps, ny - first);
     } else {
         return unrolledFilter<Width, Taps>(x, h, y, ny);
     }
@@ -249,12 +258,7 @@ inline int filterWideBlocks(const float* x, const float* h, float* y, int nh, in
             nh, [=](auto taps) { return filterOfTaps<BlockWidth, taps>(x, h, y, ny); },
             std::make_integer_sequence<int, MostUnrolled>{});
     }
-    int made = 0;
-#if SP_SIMD_WIDEST >= 16
-    made = nh >= 4 * Avx512Lanes::MostTerms ? wideFilter<Avx512Lanes>(x, h, y, nh, ny)
-                                            : wideFilter<AvxLanesInMore>(x, h, y, nh, ny);
-#endif
-    made += wideFilter<BlockWidth>(x + made, h, y + made, nh, ny - made);
+    int made = wideBlocks(x, h, y, nh, ny);
     if constexpr (BlockWidth::Count > 4) {
         made += wideFilter<SseLanes>(x + made, h, y + made, nh, ny - made);
     }
