@@ -90,6 +90,9 @@ inline void phasesBlock(const float* stage, int rows, const float* h, float* y, 
     const float* tap = h + Begun;
     const int whole = nh / 4 * 4, left = nh - whole;
     for (; tap < h + whole; tap += 4) {
+        // Nothing known of tap: coefficients would be kept from round to round in single lanes, and
+        // spreading one over a register takes the time of an addition where a load of it takes none.
+        __asm__("" : "+r"(tap));
         unrolled<4>([&](auto k) SP_FIR_INLINED {
             const simd::F32x16 samples = simd::inRegister(simd::load16(from + k * rows));
             unrolled<4>([&](auto p) SP_FIR_INLINED { add(p, k, samples, tap + k); });
