@@ -7,9 +7,12 @@
 #include "sp_fir_neon_kernels.h"
 #ifdef SP_SIMD_X86
 #include "dsplib/x86/sp_fir_wide.h"
+#endif
+#if SP_SIMD_WIDEST >= 8
+#include "dsplib/x86/sp_fir_groups.h"
+#endif
 #if SP_SIMD_WIDEST >= 16
 #include "dsplib/x86/sp_fir_phases.h"
-#endif
 #endif
 
 namespace sp_fir {
@@ -86,8 +89,12 @@ void SP_SIMD_HERE::sp_fir_gen_downsample_(const float* x, const float* h, float*
                                           int step) {
     const int outputs = (n - 1) / step + 1;
     int m = 0;
+#if SP_SIMD_WIDEST >= 8
+    if (step == 2) m = filterGroups<GroupsWidth, 2>(x, h, y, nh, outputs);
+    if (step == 4) m = filterGroups<GroupsWidth, 4>(x, h, y, nh, outputs);
+#endif
 #if SP_SIMD_WIDEST >= 16
-    m = decimateWideBlocks(x, h, y, nh, outputs, step);
+    if (step == 3) m = filterPhases<3>(x, h, y, nh, outputs);
 #endif
     m = decimatingPassesOf<8>(x, h, y, nh, outputs, step, m);
     m = decimatingPassesOf<4>(x, h, y, nh, outputs, step, m);

@@ -184,6 +184,16 @@ inline F32x16 gather16(const float* table, const std::int16_t* index) {
     return joined(gather8(table, index), gather8(table, index + 8));
 }
 
+/** (a0, a2, b0, b2) in each group */
+inline F32x16 evenLanes(F32x16 a, F32x16 b) {
+    return _mm512_maskz_shuffle_ps(AllLanes, a, b, _MM_SHUFFLE(2, 0, 2, 0));
+}
+
+/** (a1, a3, b1, b3) in each group */
+inline F32x16 oddLanes(F32x16 a, F32x16 b) {
+    return _mm512_maskz_shuffle_ps(AllLanes, a, b, _MM_SHUFFLE(3, 1, 3, 1));
+}
+
 /** (a0, a1, b0, b1) in each group */
 inline F32x16 lowHalves(F32x16 a, F32x16 b) {
     return _mm512_maskz_shuffle_ps(AllLanes, a, b, _MM_SHUFFLE(1, 0, 1, 0));
@@ -259,6 +269,17 @@ inline F32x16 evenGroups(F32x16 a, F32x16 b) {
 /** (groups 1 and 3 of a, groups 1 and 3 of b) */
 inline F32x16 oddGroups(F32x16 a, F32x16 b) {
     return _mm512_maskz_shuffle_f32x4(AllLanes, a, b, _MM_SHUFFLE(3, 1, 3, 1));
+}
+
+/** The lanes by columns: lane 0 of every group, then lane 1 of every group, ... */
+inline F32x16 columnsOfGroups(F32x16 v) {
+    const __m512i lanes = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+    return _mm512_maskz_permutexvar_ps(AllLanes, lanes, v);
+}
+
+/** Four values, the same in all groups */
+inline F32x16 load4FourTimes(const float* from) {
+    return _mm512_maskz_broadcast_f32x4(AllLanes, load4(from));
 }
 
 struct F32x16Four {

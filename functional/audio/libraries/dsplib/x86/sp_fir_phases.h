@@ -91,7 +91,8 @@ inline void phasesBlock(const float* stage, int rows, const float* h, float* y, 
     const int whole = nh / 4 * 4, left = nh - whole;
     for (; tap < h + whole; tap += 4) {
         // Nothing known of tap: coefficients would be kept from round to round in single lanes, and
-        // spreading one over a register takes the time of an addition where a load of it takes none.
+        // spreading one over a register takes the time of an addition where a load of it takes
+        // none.
         __asm__("" : "+r"(tap));
         unrolled<4>([&](auto k) SP_FIR_INLINED {
             const simd::F32x16 samples = simd::inRegister(simd::load16(from + k * rows));
@@ -145,21 +146,6 @@ inline int filterPhases(const float* x, const float* h, float* y, int nh, int ou
         }
     }
     return m;
-}
-
-/** Whole blocks of a filter that decimates by `step`; returns how many outputs it made. */
-inline int decimateWideBlocks(const float* x, const float* h, float* y, int nh, int outputs,
-                              int step) {
-    switch (step) {
-        case 2:
-            return filterPhases<2>(x, h, y, nh, outputs);
-        case 3:
-            return filterPhases<3>(x, h, y, nh, outputs);
-        case 4:
-            return filterPhases<4>(x, h, y, nh, outputs);
-        default:
-            return 0;
-    }
 }
 
 }  // namespace SP_SIMD_TARGET

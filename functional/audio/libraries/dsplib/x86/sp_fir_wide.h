@@ -21,6 +21,7 @@ struct SseLanes : FourLanes {
     static constexpr int MostTerms = 4;          // of one sum at a time
     static constexpr int MostTapsAtOnce = 12;    // a register each, of 16
     static constexpr int MostTapsUnrolled = 24;  // in halves
+    static Type coefficient(const float* from) { return splat(*from); }
 };
 
 #if SP_SIMD_WIDEST >= 8
@@ -32,6 +33,7 @@ struct AvxLanes : simd::Lanes<8> {
     static constexpr int MostTapsAtOnce = 16;
     static constexpr int MostTapsUnrolled = 16;
     static Type load(const float* from) { return simd::inRegister(simd::load8(from)); }
+    static Type coefficient(const float* from) { return splat(*from); }
     static Type loadCoefficients(const float* four) { return simd::load4Twice(four); }
 };
 using BlockWidth = AvxLanes;
@@ -52,6 +54,8 @@ struct Avx512Lanes : simd::Lanes<16> {
     static constexpr int Fronts = 1;
     static constexpr int MostTerms = 8;
     static Type load(const float* from) { return simd::inRegister(simd::load16(from)); }
+    static Type coefficient(const float* from) { return splat(*from); }
+    static Type loadCoefficients(const float* four) { return simd::load4FourTimes(four); }
 };
 #endif
 
@@ -72,7 +76,7 @@ template <class Width, int Vectors, int Taps, bool Start>
     // Nothing known of x: loads of the terms before would be kept for these, and spilled for it.
     __asm__("" : "+r"(x));
     typename Width::Type coefficient[Taps];
-    unrolled<Taps>([&](auto k) SP_FIR_INLINED { coefficient[k] = Width::splat(h[4 * k]); });
+    unrolled<Taps>([&](auto k) SP_FIR_INLINED { coefficient[k] = Width::coefficient(h + 4 * k); });
     unrolled<Stride*(PerFront - 1) + Taps>([&](auto at) SP_FIR_INLINED {
         unrolled<Width::Fronts>([&](auto front) SP_FIR_INLINED {
             const auto samples = Width::load(x + 4 * at + Width::Count * PerFront * front);
