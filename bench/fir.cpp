@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "dsplib/sp_fir_neon.h"
+#include "dsplib/sp_simd.h"
 #include "firPeers.h"
 #include "medians.h"
 
@@ -119,7 +120,7 @@ void addRows() {
 }
 
 void printTable(const Medians& medians, double peak) {
-    std::printf("multiply-add peak, %d lanes: %.1f a ns\n", peakLanes(), peak);
+    std::printf("multiply-add peak, %d lanes: %.1f a ns\n", sp_simd_lanes(), peak);
     std::printf("%-24s %14s %10s %10s %10s\n", "", "ns/tap/output", "of peak", "x plain",
                 "x loop32");
     for (const Row& row : Rows) {
