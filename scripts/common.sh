@@ -165,6 +165,11 @@ has_app() {
     esac
 }
 
+# What scripts/lint needs beside the clang build's packages.
+packages_of_lint() {
+    echo clang-format clang-tidy cppcheck shellcheck pyflakes3 jq
+}
+
 # What all of a preset needs.
 packages_of_preset() {
     ! has_app "$1" || packages_of_app
