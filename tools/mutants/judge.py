@@ -22,6 +22,7 @@ from tree import copy_tree
 SECONDS_TO_BUILD = 600
 SLOW_SECONDS = 0.25  # tests that take longer run after the others
 MEMORY = 6 << 30  # bytes that a mutant may ask for
+FILE = 4 << 30  # bytes; the tests make one of 2 GiB with nothing in it
 # Holds limits of time against the library and is no suite of what it computes.
 NO_SUITES = {"verify_countedFrames"}
 
@@ -104,7 +105,7 @@ def runs_here(kind):
 
 def limited():
     resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
-    resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 30, 1 << 30))
+    resource.setrlimit(resource.RLIMIT_FSIZE, (FILE, FILE))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
 
