@@ -52,37 +52,38 @@ SETTINGS = ["-G", "Ninja", "-D", "CMAKE_BUILD_TYPE=Release", "-D", "CMAKE_C_FLAG
 KINDS = {
     "desk": [],
     "scalar": ["-D", "VOXLOC_SIMD_SCALAR=ON"],
-    "avx": ["-D", "CMAKE_CXX_FLAGS=-mavx -DSP_SIMD_UNFUSED"],
-    "avx512": ["-D", "CMAKE_CXX_FLAGS=-mavx512f -DSP_SIMD_UNFUSED"],
     "board": ["-D", "CMAKE_TOOLCHAIN_FILE=cmake/toolchains/armhf.cmake"],
 }
 # The first pattern that a path matches says which builds the source is meant for.
 KINDS_OF_SOURCES = [
     (r"simdScalar\.h", ["scalar"]),
     (r"simdNeon\.h", ["board"]),
-    (r"simdAvx\.h", ["avx", "desk"]),
-    (r"simdAvx512\.h", ["avx512", "desk"]),
-    (r"x86/sp_fir", ["desk", "avx512", "avx"]),
-    (r"cfft_complex\.h", ["desk", "scalar"]),
     (r"", ["desk"]),
 ]
-LAYER = ["simd", "cfft", "sp_fir"]
+LAYER = ["simd", "simd_avx", "simd_avx512", "cfft", "sp_fir"]
 # And these, which suites lie nearest; a suite that is named as the source comes before them.
 NEAREST = [
+    (r"x86/simdAvx512", ["simd_avx512"]),
+    (r"x86/simdAvx", ["simd_avx", "simd_avx512"]),
     (r"dsplib/(simd|x86)/simd", LAYER),
-    (r"dsplib/.*/cfft", ["cfft"]),
-    (r"dsplib/.*/sp_fir", ["sp_fir"]),
+    (r"dsplib/.*cfft", ["cfft"]),
+    (r"dsplib/.*sp_fir", ["sp_fir"]),
     (r"platform/console/", ["console"]),
     (r"platform/audio/", ["audunittest"]),
     (r"platform/assertion/", ["assertion"]),
     (r"track/test/", ["testChecks", "testRegistration", "runAllUnitTests", "testFigures"]),
     (r"UltraSound", ["ultraSound"]),
+    (r"track/realFft", ["realFft"]),
+    (r"track/noiseLevel", ["noiseLevel"]),
+    (r"track/timeDomain", ["timeDomainVad"]),
     (r"unittestGenerator", ["generator", "clips"]),
     (r"track/", ["tracker", "tracker_memory"]),
 ]
-# Under emulation a frame takes long: there, the layer and what is built on it directly.
-SUITES_OF_BOARD = {"verify_simd", "verify_cfft", "verify_sp_fir", "verify_realFft",
-                   "verify_phaseTransform", "verify_noiseLevel"}
+# What is written once and compiled for several widths meets its suites at each of them.
+SEVERAL_WIDTHS = r"dsplib/|track/(realFftSplit|\w+Kernels)"
+# The other kinds of build are there for a back end: the layer and what is built on it directly.
+SUITES_OF_OTHERS = {"verify_simd", "verify_cfft", "verify_sp_fir", "verify_realFft",
+                    "verify_phaseTransform", "verify_noiseLevel"}
 
 
 def kinds_of(file):
@@ -95,12 +96,24 @@ def nearest_suites(file):
 
 
 def runs_here(kind):
-    """Whether this machine can run what such a build makes."""
+    """Whether this machine can run what such a build, or a suite for such vectors, makes."""
     if kind == "board":
         return bool(shutil.which("arm-linux-gnueabihf-g++") and shutil.which("qemu-arm-static"))
     processor = pathlib.Path("/proc/cpuinfo")
     flags = processor.read_text() if processor.exists() else ""
     return {"avx": " avx ", "avx512": " avx512f "}.get(kind, "") in flags
+
+
+def suits(kind, target):
+    """Whether a suite has its turn in such a build on this machine."""
+    if target in NO_SUITES or not runs_here(target.removeprefix("verify_simd_")):
+        return False
+    return kind == "desk" or target in SUITES_OF_OTHERS
+
+
+def lanes_of(file):
+    """Widths of vectors to run at; None is the widest of the machine."""
+    return (None, 4, 8) if re.search(SEVERAL_WIDTHS, file.as_posix()) else (None,)
 
 
 def limited():
@@ -109,11 +122,12 @@ def limited():
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
 
-def run(command, folder, seconds, limits=None):
+def run(command, folder, seconds, limits=None, lanes=None):
     """Output and status; a status of None when the time was up."""
     process = subprocess.Popen(command, cwd=folder, stdin=subprocess.DEVNULL, text=True,
                                errors="replace", stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                               start_new_session=True, preexec_fn=limits)
+                               start_new_session=True, preexec_fn=limits,
+                               env={**os.environ, "SP_SIMD_LANES": str(lanes or "")})
     try:
         return process.communicate(timeout=seconds)[0], process.returncode
     except subprocess.TimeoutExpired:
@@ -158,15 +172,15 @@ class Suite:
     def changed(self):
         return self.program.read_bytes() != self.content
 
-    def failure(self):
-        """What fails, or nothing."""
+    def failure(self, lanes):
+        """What fails on vectors of so many lanes, or nothing."""
         filters = [[]]
         if self.slow and self.seconds > 2:
             names = ":".join(self.slow)
             filters = [[f"--gtest_filter=-{names}"], [f"--gtest_filter={names}"]]
         for chosen in filters:
             output, status = run(self.command("--gtest_fail_fast", *chosen), self.program.parent,
-                                 10 + 8 * self.seconds, self.build.limits)
+                                 10 + 8 * self.seconds, self.build.limits, lanes)
             if status is None:
                 return f"{self.target}: does not end"
             if status != 0:
@@ -197,8 +211,7 @@ class Build:
         listing, _ = run(["ninja", "-C", str(self.folder), "-t", "targets", "all"], self.copy, 60)
         linked = re.findall(r"^(\S*/(verify_\w+)): CXX_EXECUTABLE_LINKER", listing, re.MULTILINE)
         self.programs = {target: self.folder / path for path, target in linked
-                         if target not in NO_SUITES
-                         and (self.kind != "board" or target in SUITES_OF_BOARD)}
+                         if suits(self.kind, target)}
 
     def make(self, targets):
         return run(["ninja", "-C", str(self.folder), "-j", "1", *targets], self.copy,
@@ -257,6 +270,7 @@ class Worker:
     def verdict(self, mutant):
         place = self.copy / mutant.file
         original = place.read_text()
+        widths = lanes_of(mutant.file)
         changed = False
         try:
             for build, targets in self.stages(mutant):
@@ -274,9 +288,11 @@ class Worker:
                     if not suite.changed() and target != "verify_voxloc_unittest":
                         continue
                     changed = changed or target != "verify_voxloc_unittest"
-                    failure = suite.failure()
-                    if failure:
-                        return Verdict("caught", f"{build.kind}, {failure}")
+                    for lanes in widths if len(targets) == 1 else widths[:1]:
+                        failure = suite.failure(lanes)
+                        if failure:
+                            at = f" at {lanes} lanes" if lanes else ""
+                            return Verdict("caught", f"{build.kind}{at}, {failure}")
         finally:
             if place.read_text() != original:
                 place.write_text(original)
