@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Shared by the scripts here; sourced, never run. Leaves the shell in the top folder of the tree,
 # also when the script was called through a symbolic link from elsewhere.
 set -euo pipefail
@@ -165,6 +166,11 @@ has_app() {
     esac
 }
 
+# What scripts/lint needs beside the clang build's packages.
+packages_of_lint() {
+    echo clang-format clang-tidy cppcheck shellcheck pyflakes3 jq
+}
+
 # What all of a preset needs.
 packages_of_preset() {
     ! has_app "$1" || packages_of_app
@@ -243,6 +249,7 @@ build_app() {
     [ -f "$builds/release/build.ninja" ] || settings+=(-D VOXLOC_VERIFY=OFF -D VOXLOC_STRICT=OFF)
     quietly "voxloc: configuring" cmake --preset release -B "$builds/release" "${settings[@]}"
     quietly "voxloc: building" cmake --build "$builds/release" --target voxloc_app_main
+    # shellcheck disable=SC2034  # for the script that sources this
     app=$builds/release/apps/voxloc/voxloc
 }
 

@@ -11,7 +11,7 @@ _voxloc_choices() {
     local option=$1
     shift
     "$@" --help 2>/dev/null |
-        sed -n "s/^  \(-[[:alnum:]],\)\{0,1\}$option [^{]*{\([^}]*\)}.*/\2/p" | tr , ' '
+        sed -n "s/^  \(-[[:alnum:]],\)\{0,1\}$option [^{]*{\([^}]*\)}.*/\2/p" | tr , '\n'
 }
 
 # _voxloc_subcommands WORD...
@@ -31,20 +31,20 @@ _voxloc() {
     done
     COMPREPLY=()
     case "$previous" in
-        -a | --array) words=($(_voxloc_arrays "${path[0]}")) ;;
-        -f) words=($(_voxloc_choices --format "${path[@]}")) ;;
-        --*) words=($(_voxloc_choices "$previous" "${path[@]}")) ;;
+        -a | --array) mapfile -t words < <(_voxloc_arrays "${path[0]}") ;;
+        -f) mapfile -t words < <(_voxloc_choices --format "${path[@]}") ;;
+        --*) mapfile -t words < <(_voxloc_choices "$previous" "${path[@]}") ;;
     esac
     if [ ${#words[@]} -eq 0 ]; then
         if [[ $current == -* ]]; then
-            words=($(_voxloc_options "${path[@]}"))
+            mapfile -t words < <(_voxloc_options "${path[@]}")
         elif [ ${#path[@]} -eq 1 ]; then
-            words=($(_voxloc_subcommands "${path[@]}"))
+            mapfile -t words < <(_voxloc_subcommands "${path[@]}")
         elif [ "${path[*]:1}" = arrays ]; then
-            words=($(_voxloc_subcommands "${path[@]}") $(_voxloc_arrays "${path[0]}"))
+            mapfile -t words < <(_voxloc_subcommands "${path[@]}"; _voxloc_arrays "${path[0]}")
         fi
     fi
-    [ ${#words[@]} -eq 0 ] || COMPREPLY=($(compgen -W "${words[*]}" -- "$current"))
+    [ ${#words[@]} -eq 0 ] || mapfile -t COMPREPLY < <(compgen -W "${words[*]}" -- "$current")
 }
 
 complete -o default -o bashdefault -F _voxloc voxloc

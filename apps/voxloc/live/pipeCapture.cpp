@@ -14,8 +14,9 @@ namespace {
 
 class PipeCapture : public Capture {
   public:
-    PipeCapture(int descriptor, const CaptureOptions& options) : descriptor_(descriptor) {
-        format_ = {"standard input", "", options.channels, options.rate, options.form};
+    PipeCapture(int descriptor, const CaptureOptions& options)
+        : format_{"standard input", "", options.channels, options.rate, options.form},
+          descriptor_(descriptor) {
         if (options.form == nullptr) takeHeader();
         if (format_.channels < 1) {
             throw WrongUsage("raw samples need their number of channels (--raw-channels)");

@@ -276,8 +276,9 @@ void Recording::copyFrame(int k, float* frame) const {
 Point pointOf(const ArrayPlace& place, const Direction& direction) {
     const double azimuth = direction.azimuth * Degree, elevation = direction.elevation * Degree;
     const double ground = direction.range * cosineOf(elevation);
-    return turned(place, {ground * cosineOf(azimuth), ground * sineOf(azimuth),
-                          direction.range * sineOf(elevation)});
+    const Point ahead = {ground * cosineOf(azimuth), ground * sineOf(azimuth),
+                         direction.range * sineOf(elevation)};
+    return turned(place, ahead);
 }
 
 std::vector<Point> microphonesOf(const VoxlocArray& array, const Scene& scene) {

@@ -71,7 +71,7 @@ def check_layout(path):
 
 def completed(program, completion, words):
     """What bash offers in the place of the last word."""
-    script = (f'PATH="$(dirname "$1"):$PATH"; . "$2"; shift 2; COMP_WORDS=(voxloc "$@");'
+    script = ('PATH="$(dirname "$1"):$PATH"; . "$2"; shift 2; COMP_WORDS=(voxloc "$@");'
               'COMP_CWORD=$(($#)); _voxloc; printf "%s\\n" "${COMPREPLY[@]}"')
     done = subprocess.run(["bash", "--norc", "-c", script, "bash", program, completion, *words],
                           capture_output=True, text=True)

@@ -1,3 +1,4 @@
+# shellcheck shell=bash disable=SC2034,SC2154  # the tests use what is set here, the trap its status
 # Shared by the tests here; sourced. Arguments: the program, what makes recordings, the tree, a
 # folder of the test's own, which stays behind when the test fails.
 set -euo pipefail
