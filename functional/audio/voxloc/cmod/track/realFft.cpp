@@ -76,7 +76,6 @@ void split(int n, const float* x, const float* aTable, const float* bTable, floa
 // spectrum that the split reads, so that the split has to be through before.
 
 void splitFft(int n, float* x, const float* aTable, const float* bTable, float* out) {
-    if (n < 0) return;
     x[2 * n] = x[0];
     x[2 * n + 1] = x[1];
     split<Direction::Forward>(n, x, aTable, bTable, out);
@@ -128,6 +127,7 @@ void voxloc_ifft(int n, float* input, const float* twiddles, float* output, int 
 
 void voxloc_realFft(int size, float* input, const float* twiddles, float* result, int radix,
                     const float* aTable, const float* bTable, float* work) {
+    if (size < 0) return;
     const int half = size / 2;
     voxloc_fft(half, input, twiddles, work, radix);
     voxloc::splitFft(half, work, aTable, bTable, result);
@@ -135,6 +135,7 @@ void voxloc_realFft(int size, float* input, const float* twiddles, float* result
 
 void voxloc_realIfft(int size, float* spectrum, const float* twiddles, float* scratch, int radix,
                      const float* aTable, const float* bTable) {
+    if (size < 0) return;
     const int half = size / 2;
     voxloc::splitIfft(half, spectrum, aTable, bTable, scratch);
     voxloc_ifft(half, scratch, twiddles, spectrum, radix);
