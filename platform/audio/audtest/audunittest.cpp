@@ -141,7 +141,7 @@ void print_summary(const result& counts, unsigned long tests_run, double seconds
 
 void print_usage(const char* program) {
     custom_printf("Usage: %s [--run name] | [--runall [search]] | [--list [search]] | [--help]\n",
-                  program);
+                  program != nullptr ? program : "");
 }
 
 unsigned int run_named(const char* name) {
