@@ -2,8 +2,8 @@
 #
 #   cmake -D NM=... -D LIST=... -D "ARCHIVES=..." -D OUTPUT=... -D OPTIONS=... -P stageList.cmake
 #
-# OUTPUT has a line STAGE(name) for each stage and a line TIMED(stage, function, symbol) for each of
-# its functions, stages counted from 1 on. The symbols are those of the archives.
+# OUTPUT has a line STAGE(name) for each stage and a line TIMED(stage, function, identifier, symbol)
+# for each of its functions, stages counted from 1 on. The symbols are those of the archives.
 
 set(symbols)
 foreach(archive IN LISTS ARCHIVES)
@@ -26,16 +26,24 @@ foreach(line IN LISTS lines)
   string(APPEND output "STAGE(\"${CMAKE_MATCH_1}\")\n")
   separate_arguments(functions UNIX_COMMAND "${CMAKE_MATCH_2}")
   foreach(function IN LISTS functions)
-    # A C function has its own name as symbol; a C++ one stands in the module's namespace.
+    # A C function has its own name as symbol; a C++ one stands in the module's namespace, and a
+    # kernel in a namespace of each width there.
     string(LENGTH "${function}" length)
-    set(symbol "${symbols}")
-    list(FILTER symbol INCLUDE REGEX "^(_ZN6voxloc${length}${function}E.*|${function})$")
-    list(LENGTH symbol matches)
-    if(NOT matches EQUAL 1)
-      message(FATAL_ERROR "${LIST}: ${matches} functions ${function} in the libraries, not one")
+    set(matching "${symbols}")
+    list(FILTER matching INCLUDE REGEX
+      "^(_ZN6voxloc(3at4|3at8|4at16|4here)?${length}${function}E.*|${function})$")
+    if(NOT matching)
+      message(FATAL_ERROR "${LIST}: no function ${function} in the libraries")
     endif()
-    string(APPEND output "TIMED(${stage}, ${function}, \"${symbol}\")\n")
-    string(APPEND options "--wrap=${symbol}\n")
+    foreach(symbol IN LISTS matching)
+      set(name ${function})
+      if(symbol MATCHES "^_ZN6voxloc[34](at4|at8|at16|here)")
+        set(name ${CMAKE_MATCH_1}::${function})
+      endif()
+      string(MAKE_C_IDENTIFIER "${name}" identifier)
+      string(APPEND output "TIMED(${stage}, ${name}, ${identifier}, \"${symbol}\")\n")
+      string(APPEND options "--wrap=${symbol}\n")
+    endforeach()
   endforeach()
 endforeach()
 file(WRITE "${OUTPUT}" "${output}")

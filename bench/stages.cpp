@@ -6,6 +6,7 @@
 #include "dsplib/sp_fir_neon.h"
 #include "track/UltraSoundDistortionDetection.h"
 #include "track/crossSpectrum.h"
+#include "track/frameKernels.h"
 #include "track/frequencyDomainVad.h"
 #include "track/gridSearch.h"
 #include "track/loudspeakerZone.h"
@@ -93,12 +94,12 @@ void stopStages() {
 // underscores are the linker's.
 using namespace voxloc;
 #define STAGE(name)
-#define TIMED(stage, function, symbol)                                     \
-    extern decltype(function) real_##function __asm__("__real_" symbol);   \
-    extern "C" decltype(&function) wrapperOf_##function() {                \
-        using namespace voxloc_bench;                                      \
-        return Timed<decltype(function), real_##function, stage>::call;    \
-    }                                                                      \
-    extern decltype(function) wrapped_##function __asm__("__wrap_" symbol) \
-        __attribute__((ifunc("wrapperOf_" #function)));
+#define TIMED(stage, function, identifier, symbol)                           \
+    extern decltype(function) real_##identifier __asm__("__real_" symbol);   \
+    extern "C" decltype(&function) wrapperOf_##identifier() {                \
+        using namespace voxloc_bench;                                        \
+        return Timed<decltype(function), real_##identifier, stage>::call;    \
+    }                                                                        \
+    extern decltype(function) wrapped_##identifier __asm__("__wrap_" symbol) \
+        __attribute__((ifunc("wrapperOf_" #identifier)));
 #include "stageList.inc"

@@ -16,7 +16,7 @@ namespace voxloc_bench {
 constexpr const char* StageNames[] = {
     "remainder",
 #define STAGE(name) name,
-#define TIMED(stage, function, symbol)
+#define TIMED(stage, function, identifier, symbol)
 #include "stageList.inc"
 #undef STAGE
 #undef TIMED

@@ -57,22 +57,77 @@ function(voxloc_make_linkable target)
   endif()
 endfunction()
 
+# Widths of vectors beyond those that the compiler's flags allow everywhere: for each one its name
+# and its flags. Empty where one width serves the whole program.
+#
+# The check is made at every configuration: what the flags allow changes with the flags.
+macro(voxloc_choose_widths)
+  unset(VOXLOC_X86_BASELINE CACHE)
+  set(CMAKE_REQUIRED_QUIET ON)
+  check_cxx_source_compiles("
+    #if !defined(__SSE2__) || defined(__AVX__)
+    #error
+    #endif
+    int main() {}" VOXLOC_X86_BASELINE)
+  unset(CMAKE_REQUIRED_QUIET)
+  set(VOXLOC_WIDTHS)
+  if(VOXLOC_X86_BASELINE AND NOT VOXLOC_SIMD_SCALAR)
+    set(VOXLOC_WIDTHS avx avx512)
+    set(VOXLOC_FLAGS_avx -mavx)
+    set(VOXLOC_FLAGS_avx512 -mavx512f -mavx512bw -mavx512dq -mavx512vl)
+  endif()
+endmacro()
+
+# voxloc_compile_room(<target>)
+# What the units of a library have in common, at whatever width they are compiled.
+function(voxloc_compile_room target)
+  target_include_directories(${target} PRIVATE ${VOXLOC_ROOMS})
+  target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti>)
+  if(VOXLOC_CALL_GRAPH)
+    target_compile_options(${target} PRIVATE -fcallgraph-info=su)
+  endif()
+  voxloc_compile_strictly(${target})
+endfunction()
+
+# voxloc_add_wider_kernels(<library target> <source> ...)
+# The kernels once more for each further width, as objects of the library. They must not fuse a
+# product with a sum, or their results would be others than those of the baseline; GCC 12 does so
+# when it vectorises alternating sums and differences, whatever -ffp-contract says. Kernels are
+# vectorised by hand: nothing is lost by keeping it from that.
+function(voxloc_add_wider_kernels library)
+  foreach(width IN LISTS VOXLOC_WIDTHS)
+    set(target ${library}_${width})
+    add_library(${target} OBJECT ${ARGN})
+    set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+    target_include_directories(${target} PRIVATE
+      $<TARGET_PROPERTY:${library},INCLUDE_DIRECTORIES>)
+    target_compile_definitions(${target} PRIVATE SP_SIMD_UNFUSED)
+    voxloc_compile_room(${target})
+    target_compile_options(${target} PRIVATE ${VOXLOC_FLAGS_${width}} -fno-tree-vectorize
+      -fno-semantic-interposition)
+    target_sources(${library} PRIVATE $<TARGET_OBJECTS:${target}>)
+  endforeach()
+endfunction()
+
 # voxloc_add_library(<name> ROOM <room> FOLDER <dir> DESCRIPTION <text> SOURCES ...
-#                    PUBLIC_HEADERS ... [GENERATED_SOURCES ...] [LINKS ...] [USES ...])
+#                    PUBLIC_HEADERS ... [KERNELS ...] [GENERATED_SOURCES ...] [LINKS ...]
+#                    [USES ...])
 # A library voxloc_<name>, alias voxloc::<name>, installed with its public headers, which are
-# included as <room>/<header> in the tree and out of it. LINKS are the libraries that its headers
-# include, USES those that only its sources need.
+# included as <room>/<header> in the tree and out of it. KERNELS are sources that are compiled for
+# every width of vectors. LINKS are the libraries that its headers include, USES those that only its
+# sources need.
 function(voxloc_add_library name)
   cmake_parse_arguments(arg "" "ROOM;FOLDER;DESCRIPTION"
-    "SOURCES;GENERATED_SOURCES;PUBLIC_HEADERS;LINKS;USES" ${ARGN})
+    "SOURCES;KERNELS;GENERATED_SOURCES;PUBLIC_HEADERS;LINKS;USES" ${ARGN})
   set(target voxloc_${name})
   list(TRANSFORM arg_SOURCES PREPEND "${arg_FOLDER}/")
+  list(TRANSFORM arg_KERNELS PREPEND "${arg_FOLDER}/")
   list(TRANSFORM arg_PUBLIC_HEADERS PREPEND "${PROJECT_SOURCE_DIR}/${arg_FOLDER}/")
   foreach(header IN LISTS arg_PUBLIC_HEADERS)
     voxloc_forward_header(${target} ${arg_ROOM} "${header}")
   endforeach()
 
-  add_library(${target} ${arg_SOURCES} ${arg_GENERATED_SOURCES})
+  add_library(${target} ${arg_SOURCES} ${arg_KERNELS} ${arg_GENERATED_SOURCES})
   add_library(voxloc::${name} ALIAS ${target})
   if(name STREQUAL PROJECT_NAME)
     set(archive ${name})
@@ -93,14 +148,12 @@ function(voxloc_add_library name)
     PUBLIC
       $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/include/${target}>
       $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-  target_include_directories(${target} PRIVATE ${VOXLOC_ROOMS})
   voxloc_link(${target} LINKS ${arg_LINKS} USES ${arg_USES})
-  target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti>)
-  if(VOXLOC_CALL_GRAPH)
-    target_compile_options(${target} PRIVATE -fcallgraph-info=su)
-  endif()
   voxloc_make_linkable(${target})
-  voxloc_compile_strictly(${target})
+  voxloc_compile_room(${target})
+  if(arg_KERNELS)
+    voxloc_add_wider_kernels(${target} ${arg_KERNELS})
+  endif()
   voxloc_install_library(${target} ${archive})
 endfunction()
 

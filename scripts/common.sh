@@ -176,9 +176,10 @@ packages_of_preset() {
         *) echo googletest pkg-config ;;
     esac
     case "$1" in
-        release) echo valgrind python3 parallel slurm-wlm munge ;;
-        libraries) echo valgrind python3 ;;
-        clang | asan | tsan) echo python3 ;;
+        release) echo valgrind python3 qemu-user-static parallel slurm-wlm munge ;;
+        libraries) echo valgrind python3 qemu-user-static ;;
+        clang) echo python3 qemu-user-static ;;
+        asan | tsan) echo python3 ;;
         armhf) echo python3 ;;
     esac
 }

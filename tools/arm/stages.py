@@ -24,7 +24,7 @@ def plain(symbol):
 
 
 def _symbol_of(function, graph):
-    form = re.compile(rf"_ZN6voxloc{len(function)}{function}E.*|{function}")
+    form = re.compile(rf"_ZN6voxloc(4here)?{len(function)}{function}E.*|{function}")
     found = {symbol for symbol in graph if form.fullmatch(symbol)}
     if len(found) != 1:
         raise SystemExit(f"{LIST}: {len(found)} functions {function} in the call graph, not one")

@@ -116,8 +116,9 @@ def main(paths):
             raise SystemExit(f"no object matches {pattern}")
         return found
 
-    violations = [*check_transform(named(r"^cfft_.*neon")), *check_filters(named(r"^sp_fir")),
-                  *check_tracker(named(r"^(gridSearch|crossSpectrum|phaseTransform|noiseLevel)"))]
+    tracker = r"^(gridSearch|crossSpectrum|phaseTransform|realFftSplit|\w+Kernels)"
+    violations = [*check_transform(named(r"^cfft_kernels")), *check_filters(named(r"^sp_fir")),
+                  *check_tracker(named(tracker))]
     for violation in violations:
         print(violation, file=sys.stderr)
     return 1 if violations else 0

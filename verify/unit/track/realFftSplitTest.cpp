@@ -11,6 +11,7 @@
 #include "kit/noise.h"
 #include "models/doubleFft.h"
 #include "track/realFft.h"
+#include "track/realFftSplit.h"
 #include "voxloc/voxloc.h"
 #include "voxloc/voxlocParts.h"
 

@@ -4,8 +4,10 @@
 #ifndef SP_SIMD_SCALAR
 #define SP_SIMD_SCALAR
 #endif
-#include "dsplib/arm/cfft_kernels.h"
+#include "cfftWidths.h"
 
-extern const cfft::Kernels ScalarKernels4, ScalarKernels2;
-const cfft::Kernels ScalarKernels4 = cfft::KernelsOfWidth<4>;
-const cfft::Kernels ScalarKernels2 = cfft::KernelsOfWidth<2>;
+namespace cffttest {
+
+const Kernels ScalarKernels4 = KernelsOfWidth<4>, ScalarKernels2 = KernelsOfWidth<2>;
+
+}  // namespace cffttest

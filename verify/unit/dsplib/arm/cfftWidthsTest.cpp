@@ -2,37 +2,36 @@
 // bits, and so does plain C++ on scalar lanes unless the build fuses multiply-add.
 
 #include "cfftTesting.h"
+#include "cfftWidths.h"
 #include "dsplib/arm/cfft_kernels.h"
-#ifdef SP_CFFT_WIDER_VECTORS
-#include "dsplib/x86/cfft_wider.h"
-#endif
-
-extern const cfft::Kernels ScalarKernels4, ScalarKernels2;
 
 namespace {
 
 using namespace cffttest;
-using cfft::Kernels;
 
 struct Engine {
     const char* name;
-    const Kernels& kernels;
+    Kernels kernels;
     bool runsHere = true;
     bool fuses = true;  // as the library does, if it does
 };
 
 const Engine Engines[] = {
-    {"TwoLanes", cfft::KernelsOfWidth<2>},
-    {"FourLanes", cfft::KernelsOfWidth<4>},
+    {"TwoLanes", KernelsOfWidth<2>},
+    {"FourLanes", KernelsOfWidth<4>},
 #if SP_SIMD_WIDEST >= 8
-    {"EightLanes", cfft::KernelsOfWidth<8>},
+    {"EightLanes", KernelsOfWidth<8>},
 #endif
 #if SP_SIMD_WIDEST >= 16
-    {"SixteenLanes", cfft::KernelsOfWidth<16>},
+    {"SixteenLanes", KernelsOfWidth<16>},
 #endif
-#ifdef SP_CFFT_WIDER_VECTORS
-    {"Avx", cfft::AvxKernels, __builtin_cpu_supports("avx") != 0},
-    {"Avx512", cfft::Avx512Kernels, __builtin_cpu_supports("avx512f") != 0},
+#ifdef SP_SIMD_SEVERAL_WIDTHS
+    {"Avx",
+     {cfft::at8::forwardTransform, cfft::at8::inverseTransform, cfft::at8::inverseTransformEnds},
+     __builtin_cpu_supports("avx") != 0},
+    {"Avx512",
+     {cfft::at16::forwardTransform, cfft::at16::inverseTransform, cfft::at16::inverseTransformEnds},
+     sp_simd_lanes() == 16},
 #endif
     {"FourScalarLanes", ScalarKernels4, true, false},
     {"TwoScalarLanes", ScalarKernels2, true, false},

@@ -16,10 +16,10 @@ namespace {
 
 using simd::Lanes;
 
-#if defined(SP_SIMD_SCALAR) || !defined(__FMA__)
-constexpr bool FusedMultiplyAdd = false;
-#else
+#ifdef SP_SIMD_FUSED
 constexpr bool FusedMultiplyAdd = true;
+#else
+constexpr bool FusedMultiplyAdd = false;
 #endif
 
 template <int L>
@@ -135,6 +135,24 @@ TEST(TwoLanes, ZipTakesOneLaneOfEach) {
     const Values<2> a = {1.0f, 2.0f}, b = {3.0f, 4.0f};
     EXPECT_EQ(unload<2>(simd::zipLow(load<2>(a), load<2>(b))), (Values<2>{1.0f, 3.0f}));
     EXPECT_EQ(unload<2>(simd::zipHigh(load<2>(a), load<2>(b))), (Values<2>{2.0f, 4.0f}));
+}
+
+TEST(TwoLanes, AddIfLessSubtractsInAllOtherLanesAndBesideANaN) {
+    constexpr float NaN = std::numeric_limits<float>::quiet_NaN();
+    const Values<2> x = {5.0f, -0.75f}, y = {2.0f, 0.5f};
+    const Values<2> sum = {7.0f, -0.25f}, difference = {3.0f, -1.25f};
+    const auto of = [&](Values<2> a, Values<2> b) {
+        return unload<2>(simd::addIfLess(load<2>(a), load<2>(b), load<2>(x), load<2>(y)));
+    };
+    EXPECT_EQ(of({1.0f, -3.0f}, {2.0f, -2.0f}), sum);
+    EXPECT_EQ(of({2.0f, 1.0f}, {2.0f, -1.0f}), difference);
+    EXPECT_EQ(of({1.0f, 2.0f}, {2.0f, 1.0f}), (Values<2>{sum[0], difference[1]}));
+    EXPECT_EQ(of({2.0f, 1.0f}, {1.0f, 2.0f}), (Values<2>{difference[0], sum[1]}));
+    EXPECT_EQ(of({NaN, 1.0f}, {1.0f, NaN}), difference);
+}
+
+TEST(TwoLanes, FirstLaneIsTheFirst) {
+    EXPECT_EQ(simd::firstLane(load<2>({4.5f, -1.0f})), 4.5f);
 }
 
 TEST(TwoLanes, StoreZippedInterleaves) {

@@ -1,34 +1,18 @@
-/**
- * The complex FFT's transforms of 32 elements and more, for the machine that an object is compiled
- * for. An x86 program has them for several machines and chooses when it runs.
+/** The complex FFT's transforms of 32 elements and more; arguments as checked by the entry points.
  */
 #ifndef DSPLIB_CFFT_KERNELS_H
 #define DSPLIB_CFFT_KERNELS_H
 
-#include "cfft_drivers.h"
-#include "cfft_ends.h"
+#include "dsplib/simd/simdKernel.h"
 
 namespace cfft {
 
-/** Sizes of 32 and more; arguments as checked by the entry points. */
-struct Kernels {
-    void (*forward)(int N, int log2N, const float* x, float* y);
-    void (*inverse)(int N, int log2N, const float* x, float* y);
-    void (*inverseEnds)(const float* x, float* y, int wanted);  // wanted: whole EndSteps
-};
+SP_SIMD_KERNEL(forwardTransform, void(int N, int log2N, const float* x, float* y));
+SP_SIMD_KERNEL(inverseTransform, void(int N, int log2N, const float* x, float* y));
 
-inline namespace SP_SIMD_TARGET {
+/** The ends of the inverse transform of FFT_MAX elements; `wanted` in whole EndSteps. */
+SP_SIMD_KERNEL(inverseTransformEnds, void(const float* x, float* y, int wanted));
 
-/** On vectors of up to L lanes. */
-template <int L>
-constexpr Kernels KernelsOfWidth = {transform<Direction::Forward, L>,
-                                    transform<Direction::Inverse, L>,
-                                    transformEnds<Direction::Inverse, L>};
-
-/** At the width that is best where this object runs. */
-constexpr Kernels OwnKernels = KernelsOfWidth<simd::BestLanes>;
-
-}  // namespace SP_SIMD_TARGET
 }  // namespace cfft
 
 #endif

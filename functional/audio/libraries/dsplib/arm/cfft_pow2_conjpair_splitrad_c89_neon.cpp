@@ -10,11 +10,9 @@
 #include <cstdint>
 
 #include "assertion/assertion.h"
+#include "cfft_ends.h"
 #include "cfft_kernels.h"
 #include "cfft_small.h"
-#ifdef SP_CFFT_WIDER_VECTORS
-#include "dsplib/x86/cfft_wider.h"
-#endif
 
 namespace {
 
@@ -22,14 +20,6 @@ using cfft::Direction;
 
 constexpr char SourcePath[] =
     "functional/audio/libraries/dsplib/arm/cfft_pow2_conjpair_splitrad_c89_neon";
-
-const cfft::Kernels& kernels() {
-#ifdef SP_CFFT_WIDER_VECTORS
-    return cfft::widestKernels();
-#else
-    return cfft::OwnKernels;
-#endif
-}
 
 /** 32 for 0 */
 int trailingZeroBits(int value) {
@@ -50,7 +40,7 @@ void cfft_pow2_conjpair_splitrad_c89(int N, int log2_N, const float* x, float* y
     PLATFORM_ASSERT((uintptr_t)y % 8 == 0);
     if (N <= 0) return;
     if (N <= 16) return cfft::transformSmall<Direction::Forward>(N, x, y);
-    kernels().forward(N, log2_N, x, y);
+    cfft::forwardTransform(N, log2_N, x, y);
 }
 
 void cifft_pow2_conjpair_splitrad_c89(int N, int log2_N, const float* x, float* y) {
@@ -60,7 +50,7 @@ void cifft_pow2_conjpair_splitrad_c89(int N, int log2_N, const float* x, float* 
     PLATFORM_ASSERT((uintptr_t)y % 8 == 0);
     if (N <= 0) return;
     if (N <= 16) return cfft::transformSmall<Direction::Inverse>(N, x, y);
-    kernels().inverse(N, log2_N, x, y);
+    cfft::inverseTransform(N, log2_N, x, y);
 }
 
 void sp_fftSPxSP(int N, float* x, const float*, float* y, const unsigned char*, int, int, int) {
@@ -75,5 +65,5 @@ void sp_ifft_ends(const float* x, float* y, int wanted) {
     PLATFORM_ASSERT(wanted > 0 && wanted <= SP_IFFT_ENDS_MOST_WANTED);
     PLATFORM_ASSERT((uintptr_t)x % 8 == 0);
     PLATFORM_ASSERT((uintptr_t)y % 8 == 0);
-    kernels().inverseEnds(x, y, cfft::wholeEndSteps(wanted));
+    cfft::inverseTransformEnds(x, y, cfft::wholeEndSteps(wanted));
 }

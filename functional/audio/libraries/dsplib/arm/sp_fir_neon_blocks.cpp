@@ -40,13 +40,13 @@ int decimatingPassesOf(const float* x, const float* h, float* y, int nh, int out
 
 }  // namespace
 
-void pipelined_unroll12x(const float* x, const float* h, float* y, int nh, int ny) {
+void SP_SIMD_HERE::pipelined_unroll12x(const float* x, const float* h, float* y, int nh, int ny) {
     int i = passesOf<3>(x, h, y, nh, ny, 0);
     i = passesOf<1>(x, h, y, nh, ny, i);
     decimatingPassesOf<1>(x, h, y, nh, ny, 1, i);
 }
 
-void sp_fir_gen_(const float* x, const float* h, float* y, int nh, int ny) {
+void SP_SIMD_HERE::sp_fir_gen_(const float* x, const float* h, float* y, int nh, int ny) {
 #ifdef SP_SIMD_X86
     const int made = filterWideBlocks(x, h, y, nh, ny);
 #else
@@ -55,7 +55,8 @@ void sp_fir_gen_(const float* x, const float* h, float* y, int nh, int ny) {
     if (made < ny) pipelined_unroll12x(x + made, h, y + made, nh, ny - made);
 }
 
-void sp_fir_gen_downsample_(const float* x, const float* h, float* y, int nh, int n, int step) {
+void SP_SIMD_HERE::sp_fir_gen_downsample_(const float* x, const float* h, float* y, int nh, int n,
+                                          int step) {
     const int outputs = (n - 1) / step + 1;
     int m = decimatingPassesOf<8>(x, h, y, nh, outputs, step, 0);
     m = decimatingPassesOf<4>(x, h, y, nh, outputs, step, m);

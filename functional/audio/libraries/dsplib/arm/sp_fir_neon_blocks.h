@@ -10,6 +10,7 @@
 #include "sp_fir_neon_kernels.h"
 
 namespace sp_fir {
+inline namespace SP_SIMD_TARGET {
 
 struct FourLanes : simd::Lanes<4> {
     static constexpr int Count = 4;
@@ -107,6 +108,7 @@ inline int filterBlocks(const float* x, const float* h, float* y, int nh, int ny
         std::make_integer_sequence<int, MostTapsUnrolled>{});
 }
 
+}  // namespace SP_SIMD_TARGET
 }  // namespace sp_fir
 
 #endif

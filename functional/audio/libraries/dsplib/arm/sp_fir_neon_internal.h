@@ -5,19 +5,22 @@
 #ifndef DSPLIB_SP_FIR_NEON_INTERNAL_H
 #define DSPLIB_SP_FIR_NEON_INTERNAL_H
 
+#include "dsplib/simd/simdKernel.h"
+
 namespace sp_fir {
 
 /** Block filter behind sp_fir_gen: nh >= 1, ny >= 1. */
-void sp_fir_gen_(const float* x, const float* h, float* y, int nh, int ny);
+SP_SIMD_KERNEL(sp_fir_gen_, void(const float* x, const float* h, float* y, int nh, int ny));
 
 /**
  * Decimating block filter behind sp_fir_gen_downsample: nh >= 1, n >= 1, step >= 1. For the public
  * interface alone: a frame of the tracker filters whole blocks.
  */
-void sp_fir_gen_downsample_(const float* x, const float* h, float* y, int nh, int n, int step);
+SP_SIMD_KERNEL(sp_fir_gen_downsample_,
+               void(const float* x, const float* h, float* y, int nh, int n, int step));
 
 /** Block filter for any number of taps, 12 outputs a pass; nh >= 1, ny >= 0. */
-void pipelined_unroll12x(const float* x, const float* h, float* y, int nh, int ny);
+SP_SIMD_KERNEL(pipelined_unroll12x, void(const float* x, const float* h, float* y, int nh, int ny));
 
 /**
  * Stores n new samples in a delay line of nh and returns its new position; nh >= 1, n >= 1 and

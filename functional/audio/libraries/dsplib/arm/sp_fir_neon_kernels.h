@@ -21,6 +21,7 @@
 #include "dsplib/simd/simd.h"
 
 namespace sp_fir {
+inline namespace SP_SIMD_TARGET {
 
 using simd::F32x4;
 
@@ -162,6 +163,7 @@ inline void storeOutputs(float* y, const SumsInLanes<Outputs>& sums) {
     });
 }
 
+}  // namespace SP_SIMD_TARGET
 }  // namespace sp_fir
 
 #endif

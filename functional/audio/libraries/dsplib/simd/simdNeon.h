@@ -87,6 +87,17 @@ inline uint32x4_t isLess(F32x4 a, F32x4 b) {
 #endif
 }
 
+/** As for four lanes */
+inline uint32x2_t isLess(F32x2 a, F32x2 b) {
+#if defined(__aarch64__) || defined(__clang__)
+    return vclt_f32(a, b);
+#else
+    uint32x2_t less;
+    asm("vcgt.f32 %P0, %P1, %P2" : "=w"(less) : "w"(b), "w"(a));
+    return less;
+#endif
+}
+
 /** x where a < b, else y; y too where a or b is NaN */
 inline F32x4 selectLess(F32x4 a, F32x4 b, F32x4 x, F32x4 y) {
     return vbslq_f32(isLess(a, b), x, y);
@@ -268,6 +279,15 @@ inline F32x2 mulAdd(F32x2 accumulator, F32x2 a, F32x2 b) {
 /** accumulator - a·b, rounded twice */
 inline F32x2 mulSub(F32x2 accumulator, F32x2 a, F32x2 b) {
     return vmls_f32(accumulator, a, b);
+}
+
+/** x + y where a < b, x - y elsewhere and where a or b is NaN */
+inline F32x2 addIfLess(F32x2 a, F32x2 b, F32x2 x, F32x2 y) {
+    return vbsl_f32(isLess(a, b), vadd_f32(x, y), vsub_f32(x, y));
+}
+
+inline float firstLane(F32x2 v) {
+    return vget_lane_f32(v, 0);
 }
 
 /** Two vectors that take turns in memory, lane by lane. */

@@ -230,6 +230,19 @@ inline F32x2 mulSub(F32x2 accumulator, F32x2 a, F32x2 b) {
     return sub(accumulator, mul(a, b));
 }
 
+/** x + y where a < b, x - y elsewhere and where a or b is NaN */
+inline F32x2 addIfLess(F32x2 a, F32x2 b, F32x2 x, F32x2 y) {
+    F32x2 v;
+    for (std::size_t i = 0; i < 2; ++i) {
+        v.lane[i] = a.lane[i] < b.lane[i] ? x.lane[i] + y.lane[i] : x.lane[i] - y.lane[i];
+    }
+    return v;
+}
+
+inline float firstLane(F32x2 v) {
+    return v.lane[0];
+}
+
 /** Two vectors that take turns in memory, lane by lane. */
 struct F32x2Zipped {
     F32x2 a, b;

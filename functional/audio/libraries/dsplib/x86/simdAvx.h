@@ -80,9 +80,13 @@ inline F32x8 larger(F32x8 a, F32x8 b) {
     return _mm256_max_ps(a, b);
 }
 
-/** x where a < b, else y; y too where a or b is NaN */
+/**
+ * x where a < b, else y; y too where a or b is NaN. Not the blend of this machine: for AVX without
+ * AVX2, GCC 12 makes eight branches of it.
+ */
 inline F32x8 selectLess(F32x8 a, F32x8 b, F32x8 x, F32x8 y) {
-    return _mm256_blendv_ps(y, x, _mm256_cmp_ps(a, b, _CMP_LT_OQ));
+    const __m256 mask = _mm256_cmp_ps(a, b, _CMP_LT_OQ);
+    return _mm256_or_ps(_mm256_and_ps(mask, x), _mm256_andnot_ps(mask, y));
 }
 
 /** The lanes of a, then those of b */

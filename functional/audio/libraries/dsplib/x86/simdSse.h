@@ -236,6 +236,16 @@ inline F32x2 mulSub(F32x2 accumulator, F32x2 a, F32x2 b) {
     return {mulSub(accumulator.lanes, a.lanes, b.lanes)};
 }
 
+/** x + y where a < b, x - y elsewhere and where a or b is NaN */
+inline F32x2 addIfLess(F32x2 a, F32x2 b, F32x2 x, F32x2 y) {
+    const __m128 signs = _mm_andnot_ps(_mm_cmplt_ps(a.lanes, b.lanes), _mm_set1_ps(-0.0f));
+    return {add(x.lanes, _mm_xor_ps(y.lanes, signs))};
+}
+
+inline float firstLane(F32x2 v) {
+    return _mm_cvtss_f32(v.lanes);
+}
+
 /** Two vectors that take turns in memory, lane by lane. */
 struct F32x2Zipped {
     F32x2 a, b;

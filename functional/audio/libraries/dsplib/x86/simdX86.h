@@ -16,8 +16,12 @@
 #define SP_SIMD_WIDEST 4
 #endif
 
-// Define SP_SIMD_UNFUSED where a compiler takes fused multiply-add for part of the vectors asked
-// for.
+// The build defines SP_SIMD_UNFUSED for the objects with wider vectors than the program's baseline.
+// They do not fuse, whatever their vectors come with: every width gives the baseline's bits.
+#if !defined(__AVX__) || defined(SP_SIMD_UNFUSED)
+#define SP_SIMD_SEVERAL_WIDTHS
+#endif
+
 #if defined(__FMA__) && !defined(SP_SIMD_UNFUSED)
 #define SP_SIMD_FUSED
 #endif

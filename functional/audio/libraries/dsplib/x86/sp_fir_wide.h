@@ -14,6 +14,7 @@
 #include "dsplib/arm/sp_fir_neon_blocks.h"
 
 namespace sp_fir {
+inline namespace SP_SIMD_TARGET {
 
 struct SseLanes : FourLanes {
     static constexpr int Fronts = 1;
@@ -189,6 +190,7 @@ inline int filterWideBlocks(const float* x, const float* h, float* y, int nh, in
     return made;
 }
 
+}  // namespace SP_SIMD_TARGET
 }  // namespace sp_fir
 
 #endif

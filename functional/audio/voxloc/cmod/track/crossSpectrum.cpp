@@ -1,7 +1,6 @@
 #include "crossSpectrum.h"
 
-#include <algorithm>
-#include <type_traits>
+#include <cstring>
 
 #include "dsplib/simd/simdLanes.h"
 #include "grids.h"
@@ -18,9 +17,15 @@ constexpr float WeightGain = 1.25f;
 constexpr float LargestWeight = 0.5f;
 constexpr float SmallestWeight = 1e-7f;  // below it a frame does not update the bin
 
+/** Zeroes the complex bins from `begin` up to `end`. */
+inline void clear(float* bins, int begin, int end) {
+    std::memset(bins + 2 * begin, 0, static_cast<std::size_t>(end - begin) * 2 * sizeof *bins);
+}
+
 }  // namespace
 
-void updateFrequencyWeights(const float* spectrum, int count, float* noisePower, float* weight) {
+void SP_SIMD_HERE::updateFrequencyWeights(const float* spectrum, int count, float* noisePower,
+                                          float* weight) {
     simd::forLanes(0, count, [=](int j, auto width) {
         using Lanes = simd::Lanes<width>;
         const auto zero = Lanes::splat(0.0f);
@@ -40,12 +45,13 @@ void updateFrequencyWeights(const float* spectrum, int count, float* noisePower,
     });
 }
 
-void smoothCrossSpectrum(const MicrophonePair& pair, SmoothingGate gate,
-                         const MicrophoneSpectrum& first, const MicrophoneSpectrum& second,
-                         const float* previous, float* current, std::uint8_t* counter) {
+void SP_SIMD_HERE::smoothCrossSpectrum(const MicrophonePair& pair, SmoothingGate gate,
+                                       const MicrophoneSpectrum& first,
+                                       const MicrophoneSpectrum& second, const float* previous,
+                                       float* current, std::uint8_t* counter) {
     const int begin = pair.lowerBin, end = pair.upperBin + 1;
-    std::fill_n(current, 2 * begin, 0.0f);
-    std::fill(current + 2 * end, current + SpectrumFloats, 0.0f);
+    clear(current, 0, begin);
+    clear(current, end, SpectrumBins);
     const auto smooth = [=](int k, auto width, auto re, auto im) {
         using Lanes = simd::Lanes<width>;
         const auto zero = Lanes::splat(0.0f), one = Lanes::splat(1.0f);

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 
+#include "dsplib/simd/simdKernel.h"
 #include "microphonePair.h"
 
 namespace voxloc {
@@ -15,7 +16,8 @@ namespace voxloc {
  * Follows the noise power of `count` bins (it falls fast and rises slowly) and sets each bin's
  * weight, 0 to 0.5, by how far the bin's power stands above it. spectrum: count complex bins.
  */
-void updateFrequencyWeights(const float* spectrum, int count, float* noisePower, float* weight);
+SP_SIMD_KERNEL(updateFrequencyWeights,
+               void(const float* spectrum, int count, float* noisePower, float* weight));
 
 /** What one pair's smoothing reads besides the spectra. */
 struct SmoothingGate {
@@ -42,9 +44,10 @@ struct MicrophoneSpectrum {
  * @param current   out, the smoothed cross-spectrum, SpectrumBins complex values
  * @param counter   in and out, frames without update, one per bin
  */
-void smoothCrossSpectrum(const MicrophonePair& pair, SmoothingGate gate,
-                         const MicrophoneSpectrum& first, const MicrophoneSpectrum& second,
-                         const float* previous, float* current, std::uint8_t* counter);
+SP_SIMD_KERNEL(smoothCrossSpectrum,
+               void(const MicrophonePair& pair, SmoothingGate gate, const MicrophoneSpectrum& first,
+                    const MicrophoneSpectrum& second, const float* previous, float* current,
+                    std::uint8_t* counter));
 
 }  // namespace voxloc
 

@@ -4,8 +4,9 @@
 #include <cstdint>
 
 #include "assertion/assertion.h"
-#include "dsplib/simd/simdLanes.h"
+#include "dsplib/simd/simd.h"
 #include "flushToZero.h"
+#include "frameKernels.h"
 #include "grids.h"
 #include "voxloc.h"
 
@@ -51,29 +52,16 @@ void voxloc_calculateSignalEnergy(const float* frame, uint32_t bits, int32_t nch
 }
 
 void voxloc_normalizeInput(const float* frame, float* out, uint32_t bits, int32_t nchannels) {
-    const float scale = fullScaleReciprocal(bits);
-    simd::forLanes(0, nchannels * FRAME_SAMPLES, [=](int i, auto width) {
-        using Lanes = simd::Lanes<width>;
-        Lanes::store(out + i, simd::mul(Lanes::load(frame + i), Lanes::splat(scale)));
-    });
+    voxloc::scale(frame, fullScaleReciprocal(bits), out, nchannels * FRAME_SAMPLES);
 }
 
 void voxloc_vectorMultiply(const float* a, const float* b, float* out, int32_t count) {
-    simd::forLanes(0, count, [=](int i, auto width) {
-        using Lanes = simd::Lanes<width>;
-        Lanes::store(out + i, simd::mul(Lanes::load(a + i), Lanes::load(b + i)));
-    });
+    voxloc::multiply(a, b, out, count);
 }
 
 void voxloc_multiplyWithComplexConjugate(const float* a, const float* b, float* out,
                                          int32_t count) {
-    simd::forLanes(0, count / 2, [=](int k, auto width) {
-        using Lanes = simd::Lanes<width>;
-        const auto x = Lanes::loadPairs(a + 2 * k), y = Lanes::loadPairs(b + 2 * k);
-        simd::storePairs(out + 2 * k,
-                         simd::add(simd::mul(x.first, y.first), simd::mul(x.second, y.second)),
-                         simd::sub(simd::mul(x.second, y.first), simd::mul(x.first, y.second)));
-    });
+    voxloc::multiplyByConjugate(a, b, out, count / 2);
 }
 
 void voxloc_overlapInputChannels(float* block, const float* previous, const float* current,

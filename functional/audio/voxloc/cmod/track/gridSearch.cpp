@@ -53,8 +53,8 @@ float sumPairs(const PairContribution* pairs, int points, float* sum, float* lar
 
 }  // namespace
 
-float sumCorrelations(const PairContribution* pairs, int count, int points, float* sum,
-                      float* largest) {
+float SP_SIMD_HERE::sumCorrelations(const PairContribution* pairs, int count, int points,
+                                    float* sum, float* largest) {
     static_assert(MaxPairsPerMap == 8, "one case for each count");
     switch (count) {
         case 1:
@@ -78,7 +78,7 @@ float sumCorrelations(const PairContribution* pairs, int count, int points, floa
     }
 }
 
-float largestOf(const float* sum, int points) {
+float SP_SIMD_HERE::largestOf(const float* sum, int points) {
     // Four maxima at a time, since each has to wait for the one before.
     Vector best[4];
     for (Vector& v : best) v = Lanes::splat(LowestFloat);
@@ -96,7 +96,7 @@ float largestOf(const float* sum, int points) {
     return largest;
 }
 
-int firstMaximum(const float* sum, int points, float largest) {
+int SP_SIMD_HERE::firstMaximum(const float* sum, int points, float largest) {
     if (!(largest > LowestFloat)) return 0;
     constexpr int block = 512;  // points looked at together until the right ones are found
     int index = 0;
@@ -105,7 +105,7 @@ int firstMaximum(const float* sum, int points, float largest) {
     return index;
 }
 
-RangeRows flatRangeRows(const float* azimuthRangeSum, int peak) {
+RangeRows SP_SIMD_HERE::flatRangeRows(const float* azimuthRangeSum, int peak) {
     RangeRows rows = {rowOf(peak), rowOf(peak)};
     for (int j = peak + AzimuthCount; j < AzimuthRangePoints; j += AzimuthCount) {
         if (std::fabs(azimuthRangeSum[j] - azimuthRangeSum[peak]) > FlatTolerance) break;

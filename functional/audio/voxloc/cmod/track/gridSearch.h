@@ -7,6 +7,7 @@
 
 #include <cstdint>
 
+#include "dsplib/simd/simdKernel.h"
 #include "voxloc.h"
 
 namespace voxloc {
@@ -35,23 +36,23 @@ struct PairContribution {
  * @param largest  out, the largest value read of each pair
  * @return the largest sum
  */
-float sumCorrelations(const PairContribution* pairs, int count, int points, float* sum,
-                      float* largest);
+SP_SIMD_KERNEL(sumCorrelations, float(const PairContribution* pairs, int count, int points,
+                                      float* sum, float* largest));
 
 /** The largest of `points` sums; the lowest float when none is larger. */
-float largestOf(const float* sum, int points);
+SP_SIMD_KERNEL(largestOf, float(const float* sum, int points));
 
 /**
  * Index of the first of `points` sums that equals their maximum `largest`; 0 when that is the
  * lowest float.
  */
-int firstMaximum(const float* sum, int points, float largest);
+SP_SIMD_KERNEL(firstMaximum, int(const float* sum, int points, float largest));
 
 /** Grid rows where the sum stays as high as at `peak`, down the same azimuth column. */
 struct RangeRows {
     int first, last;
 };
-RangeRows flatRangeRows(const float* azimuthRangeSum, int peak);
+SP_SIMD_KERNEL(flatRangeRows, RangeRows(const float* azimuthRangeSum, int peak));
 
 }  // namespace voxloc
 

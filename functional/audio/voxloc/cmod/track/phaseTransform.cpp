@@ -1,6 +1,6 @@
 #include "phaseTransform.h"
 
-#include <algorithm>
+#include <cstring>
 
 #include "dsplib/simd/simdLanes.h"
 #include "voxlocParts.h"
@@ -14,8 +14,9 @@ constexpr int Points = CorrelationLags / 2;   // of the complex spectrum
 
 static_assert(Points == FFT_MAX, "the library's transform of the ends has one size");
 
-void clear(float* out, int begin, int end) {
-    std::fill(out + 2 * begin, out + 2 * end, 0.0f);
+inline void clear(float* out, int begin, int end) {
+    if (begin >= end) return;
+    std::memset(out + 2 * begin, 0, static_cast<std::size_t>(end - begin) * 2 * sizeof *out);
 }
 
 /** The whitened values of as many bins as Lanes has lanes. */
@@ -32,8 +33,8 @@ inline typename Lanes::Pairs phaseAt(const float* bins) {
 
 }  // namespace
 
-void whitenAndSplit(const float* crossSpectrum, int begin, int end, const float* aTable,
-                    const float* bTable, float* out) {
+void SP_SIMD_HERE::whitenAndSplit(const float* crossSpectrum, int begin, int end,
+                                  const float* aTable, const float* bTable, float* out) {
     clear(out, 0, begin);
     clear(out, end, MaxBinsInUse);
     clear(out, Points - MaxBinsInUse, Points - end + 1);
@@ -58,8 +59,9 @@ void whitenAndSplit(const float* crossSpectrum, int begin, int end, const float*
     });
 }
 
-void correlate(const float* crossSpectrum, int begin, int end, int lags, const float* aTable,
-               const float* bTable, float* scratch, float* correlation) {
+void SP_SIMD_HERE::correlate(const float* crossSpectrum, int begin, int end, int lags,
+                             const float* aTable, const float* bTable, float* scratch,
+                             float* correlation) {
     whitenAndSplit(crossSpectrum, begin, end, aTable, bTable, scratch);
     if (lags <= NearLags) {
         sp_ifft_ends(scratch, correlation, lags / 2);  // two lags an element

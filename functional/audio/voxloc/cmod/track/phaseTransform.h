@@ -6,6 +6,7 @@
 #define VOXLOC_PHASE_TRANSFORM_H
 
 #include "dsplib/cfft_pow2_conjpair_splitrad_c89_neon.h"
+#include "dsplib/simd/simdKernel.h"
 #include "grids.h"
 #include "pairGeometry.h"
 
@@ -33,8 +34,8 @@ static_assert(HighestBin + 2 <= MaxBinsInUse, "pairs use more bins than the tran
  * @param out            out, CorrelationLags/2 complex values; those that are zero for every `end`
  *                       are not written
  */
-void whitenAndSplit(const float* crossSpectrum, int begin, int end, const float* aTable,
-                    const float* bTable, float* out);
+SP_SIMD_KERNEL(whitenAndSplit, void(const float* crossSpectrum, int begin, int end,
+                                    const float* aTable, const float* bTable, float* out));
 
 /**
  * The correlation at its first and last `lags` lags; what the lags between hold means nothing.
@@ -47,8 +48,9 @@ void whitenAndSplit(const float* crossSpectrum, int begin, int end, const float*
  * @param scratch      CorrelationLags floats, overwritten
  * @param correlation  out, CorrelationLags floats
  */
-void correlate(const float* crossSpectrum, int begin, int end, int lags, const float* aTable,
-               const float* bTable, float* scratch, float* correlation);
+SP_SIMD_KERNEL(correlate,
+               void(const float* crossSpectrum, int begin, int end, int lags, const float* aTable,
+                    const float* bTable, float* scratch, float* correlation));
 
 }  // namespace voxloc
 

@@ -1,7 +1,4 @@
-/**
- * The split passes between a real transform and the complex transform of half its size. The
- * transforms themselves are in voxloc.h. No state; tables are handed in.
- */
+/** A table of the real transforms. They themselves are in voxlocParts.h. */
 #ifndef VOXLOC_REAL_FFT_H
 #define VOXLOC_REAL_FFT_H
 
@@ -9,15 +6,6 @@ namespace voxloc {
 
 /** 6-bit bit reversals, handed to the library with each transform. */
 extern const unsigned char BitReverseTable[64];
-
-/**
- * Forward split: turns a complex spectrum x of n points into the n+1 bins of the real spectrum out.
- * x has room for n+1 points: element n is written. x and out do not overlap.
- */
-void splitFft(int n, float* x, const float* aTable, const float* bTable, float* out);
-
-/** Inverse split: turns n+1 bins x into n complex points out. x and out do not overlap. */
-void splitIfft(int n, const float* x, const float* aTable, const float* bTable, float* out);
 
 }  // namespace voxloc
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "dsplib/simd/simdLanes.h"
+#include "timeDomainKernels.h"
 
 namespace voxloc {
 
@@ -36,10 +36,7 @@ constexpr int HighPassOutputs = LowPassOutputs - 24 + 1 - 1;  // 2080: one more 
 constexpr int FirstHistorySample = 2005;  // 43 samples before the frame that is analysed
 static_assert(LowPassOutputs == EnvelopeSamples, "the low-pass fills the envelope buffer");
 
-constexpr float SmallestStep = 1e-12f;
-constexpr float StepShare = 0.005f;      // of the median, per sample
-constexpr float SmallestMedian = 1e-7f;  // samples below it say nothing about clicks
-constexpr float ClickExcess = 1.7f;      // of the envelope over its median, relative
+constexpr float ClickExcess = 1.7f;  // of the envelope over its median, relative
 
 void appendToHistory(const float* channel, float* history) {
     std::copy_n(history + FRAME_SAMPLES, 2 * FRAME_SAMPLES, history);
@@ -54,42 +51,8 @@ void followEnvelope(TimeDomainVad& detector) {
     voxloc_firFilter(input, LowPassFilterCoefficients, output, 32, LowPassOutputs);
     std::copy_n(output, LowPassOutputs, input);
     voxloc_firFilter(input, HighPassFilterCoefficients, output, 24, HighPassOutputs);
-    simd::forLanes(0, HighPassOutputs, [=](int i, auto width) {
-        using Lanes = simd::Lanes<width>;
-        const auto sample = Lanes::load(output + i);
-        Lanes::store(input + i, simd::larger(sample, simd::sub(Lanes::splat(0.0f), sample)));
-    });
+    rectify(output, HighPassOutputs, input);
     voxloc_firFilter(input, EnvelopeFilterCoefficients, output, 32, FRAME_SAMPLES);
-}
-
-/** The tracker goes on from the previous frame's last median; the first sample only carries it. */
-void followMedian(TimeDomainVad& detector) {
-    const float* envelope = detector.EnvelopeOutput;
-    float* medians = detector.MedianOutput;
-    float median = medians[FRAME_SAMPLES - 1];
-    float step = detector.CurrentMedianFilterDifference;
-    medians[0] = median;
-    for (int i = 1; i < FRAME_SAMPLES; ++i) {
-        median = envelope[i] > median ? median + step : median - step;
-        const float share = StepShare * median;
-        step = share >= SmallestStep ? share : SmallestStep;
-        medians[i] = median;
-    }
-    detector.CurrentMedianFilterDifference = step;
-}
-
-float largestRelativeExcess(const float* envelope, const float* medians) {
-    constexpr int lanesInUse = simd::StreamLanes;
-    static_assert(FRAME_SAMPLES % lanesInUse == 0, "whole vectors");
-    using Lanes = simd::Lanes<lanesInUse>;
-    const auto zero = Lanes::splat(0.0f), smallest = Lanes::splat(SmallestMedian);
-    auto largest = zero;
-    for (int i = 0; i < FRAME_SAMPLES; i += lanesInUse) {
-        const auto median = Lanes::load(medians + i);
-        const auto excess = simd::div(simd::sub(Lanes::load(envelope + i), median), median);
-        largest = simd::larger(simd::selectLess(smallest, median, excess, zero), largest);
-    }
-    return simd::largestLane(largest);
 }
 
 }  // namespace
@@ -111,7 +74,8 @@ void detectTimeDomainActivity(TimeDomainVad& detector, const float* frame, std::
     *result = 0;
     appendToHistory(frame + detector.ChannelOffset, detector.AudioData);
     followEnvelope(detector);
-    followMedian(detector);
+    trackMedian(detector.EnvelopeOutput, &detector.CurrentMedianFilterDifference,
+                detector.MedianOutput);
     if (largestRelativeExcess(detector.EnvelopeOutput, detector.MedianOutput) > ClickExcess) {
         detector.PreviousResult = false;
     } else {

@@ -9,6 +9,7 @@
 
 #include "crossSpectrum.h"
 #include "flushToZero.h"
+#include "frameKernels.h"
 #include "gridSearch.h"
 #include "loudspeakerZone.h"
 #include "phaseTransform.h"
@@ -35,12 +36,13 @@ struct Detections {
     std::uint8_t voice, tdVoice, sound, ultrasound;
 };
 
+/** Spectra of the analysis blocks, each of which then takes in the frame that has come. */
 void computeSpectra(Tracker& tracker) {
     const TransformTables& tables = tracker.Tables;
     for (int c = 0; c < tracker.NumberOfChannels; ++c) {
         float* spectrum = tracker.FftResult + c * SpectrumFloats;
-        voxloc_vectorMultiply(tracker.InputAudio + c * AnalysisSamples, tables.HammingWindow,
-                              tracker.FftInput, AnalysisSamples);
+        windowAndAdvance(tracker.InputAudio + c * AnalysisSamples, tables.HammingWindow,
+                         tracker.CurrentRawAudioInput + c * FRAME_SAMPLES, tracker.FftInput);
         voxloc_realFft(AnalysisSamples, tracker.FftInput, tables.TwiddleFactors, spectrum,
                        IgnoredRadix, tables.ATable, tables.BTable, tracker.FftOutput);
         std::fill_n(spectrum, 2 * SilencedBins, 0.0f);
@@ -198,8 +200,6 @@ void calculate(Tracker& tracker, const float* frame, std::uint32_t bits, std::ui
     correlatePairs(tracker);
     const LargestSums largest = sumMaps(tracker);
     pickPosition(tracker, largest, result);
-    voxloc_overlapInputChannels(tracker.InputAudio, tracker.PreviousRawAudioInput,
-                                tracker.CurrentRawAudioInput, channels);
     const bool valid = isPositionValid(tracker, found.voice == 1);
     result.flags = outputFlags(found, in, valid);
     swapBuffers(tracker);
