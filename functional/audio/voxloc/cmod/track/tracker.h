@@ -115,7 +115,8 @@ struct Tracker {
     VOXLOC_TRACKER_BUFFERS(VOXLOC_DECLARE_BUFFER)
 #undef VOXLOC_DECLARE_BUFFER
 
-    // Work of a frame, and which buffers take turns
+    // Work of a frame, and which buffers take turns. The raw input of the frame before is kept for
+    // who looks at it: what a frame needs of it stands in InputAudio.
     alignas(64) float FftInput[CorrelationBufferFloats];
     alignas(64) float FftOutput[CorrelationBufferFloats];
     float* CurrentRawAudioInput;
