@@ -100,6 +100,9 @@ TEST(SetCutoffCoefficients, StartsWhereHalfAWavelengthEqualsTheSpacing) {
         {1.03f, 14},     // 14.416
         {0.01f, 1485},   // 1484.8: above the upper bin, nothing in use
         {0.0f, 65535},   // of no product: defined all the same
+        {1e-30f, 65535},
+        {Infinity, 0},
+        {NAN, 0},
         {voxloc::SmallestSpacing, voxloc::HighestBin - 1},  // 1449.6
         {voxloc::LargestSpacing, 1},
     };

@@ -61,7 +61,8 @@ int16_t voxloc_distanceToSampleDelay(float pathDifference);
 
 /**
  * The spectrum bins (11.71875 Hz each) that a pair of microphones uses: from where half a
- * wavelength equals their spacing up to about 17 kHz.
+ * wavelength equals their spacing up to about 17 kHz. Closer than 1.03 cm there are none: the lower
+ * bin is above the upper one, 65,535 at most and where the microphones coincide.
  */
 void voxloc_setCutoffCoefficients(const Position* a, const Position* b, uint16_t* upperBin,
                                   uint16_t* lowerBin);
