@@ -38,7 +38,7 @@ int decimatingPassesOf(const float* x, const float* h, float* y, int nh, int out
                        int m) {
     // Up to three samples behind a window are samples all the same, of windows that follow.
     const int whole = nh / 4 * 4, last = nh - whole;
-    if (last > 0) {
+    if (Outputs > 1 && last > 0) {
         const F32x4 padded = loadPadded(h + whole, last, 0.0f);
         for (; outputs - m >= Outputs + 3; m += Outputs) {
             const float* const from = x + std::ptrdiff_t{m} * step;
