@@ -61,8 +61,9 @@ void sp_fir_gen(const float* x, const float* h, float* y, int nh, int ny);
  * After a call dl, read circularly from the returned position, holds the nh-1 most recent samples,
  * oldest first, and the slot before the position the sample before those.
  *
- * Cost: nh·n multiply-adds and block copies of at most nh samples (and, when the window fits, of
- * the history into 8 KiB of stack).
+ * Cost: nh·n multiply-adds and block copies of at most nh samples, and for more than one sample of
+ * the history into 8 KiB of stack, piece by piece where it is longer. A single sample costs the
+ * call and nh/4 additions that wait for each other: blocks are many times faster a sample.
  *
  * @param x    in, n samples
  * @param h    in, nh coefficients; may overlap x

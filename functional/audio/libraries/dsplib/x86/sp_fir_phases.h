@@ -1,6 +1,6 @@
 /**
- * Decimation by 2, 3 and 4 on vectors of sixteen lanes, in the order of additions that
- * sp_fir_neon_kernels.h states.
+ * Decimation by 3 on vectors of sixteen lanes, in the order of additions that
+ * sp_fir_neon_kernels.h states. Steps of 2 and 4 work, too, and sp_fir_groups.h is faster for them.
  *
  * The outputs 4m, 4m+1, 4m+2 and 4m+3 are the four phases; a vector holds sixteen outputs of one
  * phase, whose windows lie Row = 4·Step samples apart. So the input is laid out anew first: sample
