@@ -11,6 +11,7 @@ import pathlib
 import re
 import resource
 import shutil
+import signal
 import subprocess
 import sys
 import threading
@@ -122,19 +123,36 @@ def limited():
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
 
+RUNNING = set()
+
+
+def end_at(number, _):
+    """For a signal: ends what runs, which has sessions of its own, and this program."""
+    for process in list(RUNNING):
+        os.killpg(process.pid, signal.SIGKILL)
+    os._exit(128 + number)
+
+
+def end_with_what_runs():
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+        signal.signal(number, end_at)
+
+
 def run(command, folder, seconds, limits=None, lanes=None):
     """Output and status; a status of None when the time was up."""
     process = subprocess.Popen(command, cwd=folder, stdin=subprocess.DEVNULL, text=True,
                                errors="replace", stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                                start_new_session=True, preexec_fn=limits,
                                env={**os.environ, "SP_SIMD_LANES": str(lanes or "")})
+    RUNNING.add(process)
     try:
         return process.communicate(timeout=seconds)[0], process.returncode
     except subprocess.TimeoutExpired:
         return "", None
     finally:
+        RUNNING.discard(process)
         if process.poll() is None:  # and what it started, for instance for a test of a crash
-            os.killpg(process.pid, 9)
+            os.killpg(process.pid, signal.SIGKILL)
             process.communicate()
 
 
@@ -360,4 +378,5 @@ def judge_all(mutants, workers, report):
 
 
 def make_workers(folder, files, count):
+    end_with_what_runs()
     return [Worker(folder / str(k), files) for k in range(count)]
