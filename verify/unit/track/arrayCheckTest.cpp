@@ -89,6 +89,7 @@ const Case Refused[] = {
     {"minimumAzimuth: nan is no sine", [](VoxlocArray& a) { a.minimumAzimuth = NAN; }},
     {"minimumAzimuth: -1.01 is no sine", [](VoxlocArray& a) { a.minimumAzimuth = -1.01f; }},
     {"minimumAzimuth: 1.01 is no sine", [](VoxlocArray& a) { a.minimumAzimuth = 1.01f; }},
+    {"minimumElevation: nan is no sine", [](VoxlocArray& a) { a.minimumElevation = NAN; }},
     {"minimumElevation: 1.01 is no sine", [](VoxlocArray& a) { a.minimumElevation = 1.01f; }},
     {"minimumElevation: 1.5 is no sine", [](VoxlocArray& a) { a.minimumElevation = 1.5f; }},
     {"angleInterval: 0 is not a positive step", [](VoxlocArray& a) { a.angleInterval = 0.0f; }},
