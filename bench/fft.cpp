@@ -52,6 +52,7 @@ void fillWithNoise(const Buffer& buffer) {
 /** One transform of each library on buffers that all three share. */
 struct Contest {
     std::string name;
+    int points;
     std::function<void()> ours, fftw, kiss;
 };
 
@@ -75,7 +76,7 @@ Contest complexContest(int n, Direction direction) {
     const KissState kiss(kiss_fft_alloc(n, inverse, nullptr, nullptr), kiss_fft_free);
     fillWithNoise(*in);
     const auto entry = inverse ? sp_ifftSPxSP : sp_fftSPxSP;
-    return {"complex " + std::to_string(n) + (inverse ? " inverse" : " forward"),
+    return {"complex " + std::to_string(n) + (inverse ? " inverse" : " forward"), n,
             [=] { entry(n, in->get(), nullptr, out->get(), nullptr, 2, 0, n); },
             [=] { fftwf_execute(plan.get()); },
             [=] { kiss_fft(static_cast<kiss_fft_cfg>(kiss.get()), in->kiss(), out->kiss()); }};
@@ -95,7 +96,7 @@ Contest realForward(int n) {
     const FftwPlan plan = owned(fftwf_plan_dft_r2c_1d(n, in->get(), out->fftw(), FFTW_MEASURE));
     const KissState kiss(kiss_fftr_alloc(n, 0, nullptr, nullptr), kiss_fftr_free);
     fillWithNoise(*in);
-    return {"real " + std::to_string(n) + " forward",
+    return {"real " + std::to_string(n) + " forward", n,
             [=] {
                 voxloc_realFft(n, in->get(), nullptr, out->get(), 2, tables->a.get(),
                                tables->b.get(), work->get());
@@ -116,7 +117,7 @@ Contest realInverse(int n) {
     const KissState kiss(kiss_fftr_alloc(n, 1, nullptr, nullptr), kiss_fftr_free);
     std::fill_n(spectrum->get(), spectrum->size, 0.0f);
     return {
-        "real " + std::to_string(n) + " inverse",
+        "real " + std::to_string(n) + " inverse", n,
         [=] {
             voxloc_realIfft(n, spectrum->get(), nullptr, out->get(), 2, tables->a.get(),
                             tables->b.get());
@@ -145,15 +146,15 @@ void registerContest(const Contest& contest) {
 }
 
 void printTable(const Medians& medians, const std::vector<Contest>& contests) {
-    std::printf("%-22s %10s %10s %10s %10s %10s\n", "median ns", "ours", "FFTW", "KissFFT",
-                "x FFTW", "x KissFFT");
+    std::printf("%-22s %10s %10s %10s %10s %10s %10s\n", "median ns", "ours", "a point", "FFTW",
+                "KissFFT", "x FFTW", "x KissFFT");
     for (const Contest& contest : contests) {
         const auto found = medians.find(nameOf(contest, 0));
         if (found == medians.end()) continue;  // filtered out
         const double ours = found->second.at(ProcessorTime);
-        std::printf("%-22s %10.0f", contest.name.c_str(), ours);
+        std::printf("%-22s %10.1f %10.3f", contest.name.c_str(), ours, ours / contest.points);
         for (std::size_t peer : {1u, 2u}) {
-            printFigure(medians, nameOf(contest, peer), ProcessorTime, 10, 0);
+            printFigure(medians, nameOf(contest, peer), ProcessorTime, 10, 1);
         }
         for (std::size_t peer : {1u, 2u}) {
             std::printf(" %10.2f", medians.at(nameOf(contest, peer)).at(ProcessorTime) / ours);
@@ -193,7 +194,7 @@ void printErrors(int n, Direction direction) {
 int main(int argc, char* argv[]) {
     using namespace voxloc_bench;
     std::vector<Contest> contests;
-    for (int n = 64; n <= FFT_MAX; n *= 2) {
+    for (int n = 4; n <= FFT_MAX; n *= 2) {
         contests.push_back(complexContest(n, Direction::Forward));
         contests.push_back(complexContest(n, Direction::Inverse));
     }

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "dsplib/sp_fir_neon.h"
+#include "dsplib/sp_simd.h"
 #include "firPeers.h"
 #include "medians.h"
 
@@ -99,13 +100,15 @@ void addRows() {
         addRow("block/taps:" + std::to_string(nh), nh, Outputs,
                [nh](benchmark::State& state, Peer peer) { blockFilter(state, peer, nh, 1); });
     }
+    const auto addStream = [](int n, int nh) {
+        addRow("stream:" + std::to_string(n) + "/taps:" + std::to_string(nh), nh, n,
+               [nh, n](benchmark::State& state, Peer peer) { streamFilter(state, peer, nh, n); });
+    };
+    for (const int nh : {4, 32, 256}) addStream(1, nh);
     for (const int n : {64, 2048}) {
-        for (const int nh : {1, 4, 8, 16, 24, 32, 64, 128, 256}) {
-            addRow(
-                "stream:" + std::to_string(n) + "/taps:" + std::to_string(nh), nh, n,
-                [nh, n](benchmark::State& state, Peer peer) { streamFilter(state, peer, nh, n); });
-        }
+        for (const int nh : {1, 4, 8, 16, 24, 32, 64, 128, 256}) addStream(n, nh);
     }
+    for (const int nh : {1800, 2048, 3000}) addStream(512, nh);
     for (const int step : {2, 3, 4}) {
         for (const int nh : {4, 16, 32, 64, 256}) {
             addRow("decimate:" + std::to_string(step) + "/taps:" + std::to_string(nh), nh, Outputs,
@@ -117,7 +120,7 @@ void addRows() {
 }
 
 void printTable(const Medians& medians, double peak) {
-    std::printf("multiply-add peak, %d lanes: %.1f a ns\n", peakLanes(), peak);
+    std::printf("multiply-add peak, %d lanes: %.1f a ns\n", sp_simd_lanes(), peak);
     std::printf("%-24s %14s %10s %10s %10s\n", "", "ns/tap/output", "of peak", "x plain",
                 "x loop32");
     for (const Row& row : Rows) {

@@ -17,10 +17,10 @@ void loopOf32(const float* x, const float* h, float* y, int nh, int outputs, int
 void linearStream(BlockFilter filter, const float* x, const float* h, float* line, float* y, int nh,
                   int n);
 
-/** The core's multiply-adds a nanosecond, on the widest vectors that the engine was built for. */
+/**
+ * The core's multiply-adds a nanosecond at the width that the engine runs at: a product and a sum
+ * apart from each other, or fused in a build that fuses them.
+ */
 double measuredPeak();
-
-/** Lanes of those vectors. */
-int peakLanes();
 
 #endif

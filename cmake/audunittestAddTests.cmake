@@ -1,5 +1,5 @@
 # Run by ctest when it starts: adds each test that `program` lists, see audunittestDiscoverTests.
-# In: target, program, emulator (a list, may be empty).
+# In: target, program, emulator (a list, may be empty), cmake and runner (audunittestRun.cmake).
 cmake_minimum_required(VERSION 3.25)
 
 # Splits what --list prints, a name a line and then the count, into add_test calls.
@@ -27,7 +27,8 @@ function(audunittest_add_listed_tests listing)
       message(FATAL_ERROR "${target} has two tests named ${name}: only one can run by name.")
     endif()
     set("seen ${name}" TRUE)
-    add_test("${name}" ${emulator} "${program}" --run "${name}")
+    add_test("${name}" "${cmake}" -D "PROGRAM=${program}" -D "EMULATOR=${emulator}"
+      -P "${runner}" --run "${name}")
     math(EXPR found "${found} + 1")
   endwhile()
   if(NOT found EQUAL announced)

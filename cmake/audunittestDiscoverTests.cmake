@@ -6,8 +6,8 @@
 # starts, so nothing is run while building; a target with a CROSSCOMPILING_EMULATOR is listed and
 # run through it.
 #
-# A test passes if and only if the program exits with 0 when it runs that test by name. A program
-# that cannot list its tests, or lists none, stops ctest with an error; a program that is not built
+# A test passes if and only if the program, running it by name, reports its success and exits with 0;
+# a test that ends the program before has failed. A program that cannot list its tests, or lists none, stops ctest with an error; a program that is not built
 # is the failing test <target>_NOT_BUILT. With a generator of several configurations ctest must be
 # told which (-C), otherwise the failing test is <target>_NEEDS_A_CONFIGURATION.
 function(audunittest_discover_tests target)
@@ -16,6 +16,8 @@ function(audunittest_discover_tests target)
 "set(target [==[${target}]==])
 set(program [==[$<TARGET_FILE:${target}>]==])
 set(emulator [==[$<TARGET_PROPERTY:${target},CROSSCOMPILING_EMULATOR>]==])
+set(cmake [==[${CMAKE_COMMAND}]==])
+set(runner [==[${CMAKE_CURRENT_FUNCTION_LIST_DIR}/audunittestRun.cmake]==])
 include([==[${CMAKE_CURRENT_FUNCTION_LIST_DIR}/audunittestAddTests.cmake]==])
 ")
 
@@ -39,13 +41,12 @@ endfunction()
 # audunittest_add_test(<name> <target> [<search>])
 #
 # Registers one test of ctest that runs, in one process, every test of <target> whose name contains
-# <search> in any case, or every test. Unlike the program's own exit status it demands a match: a
-# run of no test fails.
+# <search> in any case, or every test. It passes if and only if the program reports success in its
+# summary and exits with 0. Unlike the program's own exit status it demands a match: a run of no test
+# fails.
 function(audunittest_add_test name target)
   add_test(NAME "${name}"
-    COMMAND $<TARGET_PROPERTY:${target},CROSSCOMPILING_EMULATOR> $<TARGET_FILE:${target}>
-            --runall ${ARGN}
-    COMMAND_EXPAND_LISTS)
-  set_tests_properties("${name}" PROPERTIES
-    FAIL_REGULAR_EXPRESSION "Test success: 0 tests with 0 assertions")
+    COMMAND "${CMAKE_COMMAND}" -D "PROGRAM=$<TARGET_FILE:${target}>"
+      -D "EMULATOR=$<TARGET_PROPERTY:${target},CROSSCOMPILING_EMULATOR>"
+      -P "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/audunittestRun.cmake" --runall ${ARGN})
 endfunction()

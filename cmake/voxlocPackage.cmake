@@ -77,5 +77,6 @@ function(voxloc_install_package)
     "${PROJECT_BINARY_DIR}/voxlocConfigVersion.cmake"
     "${PROJECT_SOURCE_DIR}/cmake/audunittestDiscoverTests.cmake"
     "${PROJECT_SOURCE_DIR}/cmake/audunittestAddTests.cmake"
+    "${PROJECT_SOURCE_DIR}/cmake/audunittestRun.cmake"
     DESTINATION ${packageDir})
 endfunction()

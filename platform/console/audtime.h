@@ -13,7 +13,7 @@ extern "C" {
 
 /** A moment of the monotonic clock. */
 typedef struct NYRA_time {
-    uint32_t seconds;
+    uint32_t seconds;     /**< wraps after 136 years */
     uint32_t nanoseconds; /**< 0 to 999,999,999 */
 } NYRA_time;
 

@@ -113,7 +113,8 @@ int con_write(con* console, const void* buffer, size_t length) {
 int con_hexdump(con* console, const void* data, size_t length, unsigned int bytes_per_line) {
     PLATFORM_ASSERT(bytes_per_line);
     const std::size_t width = std::min<std::size_t>(bytes_per_line, max_bytes_per_line);
-    const std::size_t lines = (length + width - 1) / width;
+    const std::size_t lines = length / width + (length % width != 0 ? 1 : 0);
+    if (console == nullptr && lines > 0) return -1;
     const auto* bytes = static_cast<const unsigned char*>(data);
 
     for (std::size_t i = 0; i < lines; i++) {

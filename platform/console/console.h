@@ -76,7 +76,7 @@ int con_puts(con* console, const char* text);
 
 /**
  * Writes length bytes of buffer. Where write is missing they go through vout as text, which ends
- * at the first zero byte.
+ * at the first zero byte or after INT_MAX bytes.
  */
 int con_write(con* console, const void* buffer, size_t length);
 
@@ -87,7 +87,7 @@ int con_write(con* console, const void* buffer, size_t length);
  *
  * bytes_per_line: capped at 32; zero fails an assertion.
  * Returns 0 when every line was written (also when length is 0), or -1 at the first line that was
- * refused; the dump stops there.
+ * refused; the dump stops there. A null console refuses the first, and data is not looked at.
  */
 int con_hexdump(con* console, const void* data, size_t length, unsigned int bytes_per_line);
 

@@ -3,9 +3,21 @@
 #include <cstdio>
 #include <cstdlib>
 
+namespace {
+
+/**
+ * The flush's result, or EOF: standard error has no buffer of its own as a rule, and then only the
+ * write knows that nothing arrived.
+ */
+int flushed(bool is_written) {
+    const int result = std::fflush(stderr);
+    return is_written ? result : EOF;
+}
+
+}  // namespace
+
 int veventlog(const char* format, va_list args) {
-    std::vfprintf(stderr, format, args);
-    return std::fflush(stderr);
+    return flushed(std::vfprintf(stderr, format, args) >= 0);
 }
 
 int eventlog(const char* format, ...) {
@@ -17,13 +29,11 @@ int eventlog(const char* format, ...) {
 }
 
 int eventlogputs(const char* text) {
-    std::fputs(text, stderr);
-    return std::fflush(stderr);
+    return flushed(std::fputs(text, stderr) >= 0);
 }
 
 int eventlogwrite(const void* buffer, size_t length) {
-    std::fwrite(buffer, 1, length, stderr);
-    return std::fflush(stderr);
+    return flushed(std::fwrite(buffer, 1, length, stderr) == length);
 }
 
 void eventlog_die(const char* format, ...) {

@@ -20,16 +20,21 @@
 extern "C" {
 #endif
 
-/** Prints as vprintf does. Returns the result of the flush: 0, or EOF on error. */
+/*
+ * Each returns 0, or EOF when not everything arrived: standard error is closed or full. That ends
+ * nothing; a pipe whose reader has left raises SIGPIPE as for every writer.
+ */
+
+/** Prints as vprintf does. */
 int veventlog(const char* format, va_list args) EVENTLOG_FORMAT(1, 0);
 
-/** Prints as printf does. Returns the result of the flush: 0, or EOF on error. */
+/** Prints as printf does. */
 int eventlog(const char* format, ...) EVENTLOG_FORMAT(1, 2);
 
-/** Prints text as it is, with no line end added. Returns the result of the flush. */
+/** Prints text as it is, with no line end added. */
 int eventlogputs(const char* text);
 
-/** Writes length bytes of buffer. Returns the result of the flush. */
+/** Writes length bytes of buffer. */
 int eventlogwrite(const void* buffer, size_t length);
 
 /** Prints as eventlog does, then aborts. */

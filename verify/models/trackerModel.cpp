@@ -239,8 +239,9 @@ ModelResult TrackerModel::calculate(const float* frame, std::uint32_t bits, std:
     std::vector<std::vector<double>> fresh(channels_.size(), std::vector<double>(2048));
     for (std::size_t c = 0; c < fresh.size(); ++c) {
         for (std::size_t i = 0; i < 2048; ++i) {
-            fresh[c][i] =
+            const double sample =
                 std::ldexp(static_cast<double>(frame[c * 2048 + i]), 1 - static_cast<int>(bits));
+            fresh[c][i] = std::abs(sample) <= 64.0 ? sample : 0.0;  // no converter gives more
         }
     }
     const bool timeVoice =

@@ -1,5 +1,8 @@
 #include "audunittest.h"
 
+#include <unistd.h>
+
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -24,6 +27,16 @@ constexpr char SourcePath[] = "platform/audio/audtest/audunittest";
 
 constexpr result empty_result = {0, 0};
 
+/**
+ * Everything counted since the program began. Tests and runs are judged by what they added to it:
+ * it is not theirs to reset.
+ */
+result tally = empty_result;
+
+/** Runs that have begun and not ended, one within another, and the process that they began in. */
+unsigned int unfinished_runs = 0;
+pid_t running_process = 0;
+
 constexpr char dashes[] = "--------------------------------\n";
 
 const char* plural_mark(unsigned long count) {
@@ -40,9 +53,38 @@ const char* context_text() {
     return current_context != nullptr ? current_context : "";
 }
 
-void count_failure() {
+void count_assertion() {
     total_result.assertions++;
+    tally.assertions++;
+}
+
+void count_failure() {
+    count_assertion();
     total_result.failed++;
+    tally.failed++;
+}
+
+// ---- begin and end of a run --------------------------------------------------------------------
+
+/** A test that ends the program has not passed, whatever status it ends it with. */
+void fail_if_unfinished() {
+    if (unfinished_runs == 0 || running_process != getpid()) return;  // a child may end as it likes
+    std::fflush(nullptr);
+    std::_Exit(1);
+}
+
+/** Returns the tally that the run's end is compared with. */
+result begin_run() {
+    if (running_process == 0) std::atexit(fail_if_unfinished);
+    if (unfinished_runs++ == 0) running_process = getpid();
+    current_context = nullptr;  // of a test that was left by a jump
+    audunittest_reset();
+    return tally;
+}
+
+result end_run(const result& at_begin) {
+    unfinished_runs--;
+    return {tally.assertions - at_begin.assertions, tally.failed - at_begin.failed};
 }
 
 // ---- time --------------------------------------------------------------------------------------
@@ -76,9 +118,9 @@ const test_entry* find_test(const char* name) {
     return entry;
 }
 
-void print_summary(unsigned long tests_run, double seconds) {
-    const unsigned long assertions = total_result.assertions;
-    const unsigned long failed = total_result.failed;
+void print_summary(const result& counts, unsigned long tests_run, double seconds) {
+    const unsigned long assertions = counts.assertions;
+    const unsigned long failed = counts.failed;
 
     custom_printf("%s", dashes);
     if (failed != 0) {
@@ -99,7 +141,7 @@ void print_summary(unsigned long tests_run, double seconds) {
 
 void print_usage(const char* program) {
     custom_printf("Usage: %s [--run name] | [--runall [search]] | [--list [search]] | [--help]\n",
-                  program);
+                  program != nullptr ? program : "");
 }
 
 unsigned int run_named(const char* name) {
@@ -145,7 +187,7 @@ void audunittest_register_test(audunittest_function function, const char* name) 
 // ---- assertions of a test ----------------------------------------------------------------------
 
 void audunittest_succeed_test(const char*, int) {
-    total_result.assertions++;
+    count_assertion();
 }
 
 void audunittest_fail_test(const char* file, int line) {
@@ -202,7 +244,7 @@ uint32_t audunittest_num_failed(void) {
 // ---- running -----------------------------------------------------------------------------------
 
 void audunittest::run_test(const test_entry* entry) {
-    const std::uint32_t failed_before = total_result.failed;
+    const std::uint32_t failed_before = tally.failed;
     custom_printf_color(CONSOLE_YELLOW, "Running %s...", entry->name);
 
     current_context = entry->name;
@@ -211,12 +253,12 @@ void audunittest::run_test(const test_entry* entry) {
     const timespec end = read_clock();
     current_context = nullptr;
 
-    if (total_result.failed == failed_before) custom_printf_color(CONSOLE_GREEN, " Success");
+    if (tally.failed == failed_before) custom_printf_color(CONSOLE_GREEN, " Success");
     custom_printf(" [%.3f ms]\n", static_cast<double>(elapsed_milliseconds(begin, end)));
 }
 
 unsigned int audunittest::run_all_tests_matching_name(const char* search) {
-    audunittest_reset();
+    const result at_begin = begin_run();
     unsigned long tests_run = 0;
 
     const timespec begin = read_clock();
@@ -228,8 +270,9 @@ unsigned int audunittest::run_all_tests_matching_name(const char* search) {
     const timespec end = read_clock();
 
     const float seconds = elapsed_milliseconds(begin, end) * 0.001f;
-    print_summary(tests_run, static_cast<double>(seconds));
-    return total_result.failed == 0 ? 1 : 0;
+    const result counts = end_run(at_begin);
+    print_summary(counts, tests_run, static_cast<double>(seconds));
+    return counts.failed == 0 ? 1 : 0;
 }
 
 unsigned int audunittest::run_test_with_name(const char* name) {
@@ -240,9 +283,9 @@ unsigned int audunittest::run_test_with_name(const char* name) {
         custom_printf_color(CONSOLE_RED, "Could not find unit test '%s'\n", name);
         return 1;
     }
-    audunittest_reset();
+    const result at_begin = begin_run();
     run_test(entry);
-    return total_result.failed != 0 ? 1 : 0;
+    return end_run(at_begin).failed != 0 ? 1 : 0;
 }
 
 // ---- command line ------------------------------------------------------------------------------

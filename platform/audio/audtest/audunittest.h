@@ -28,6 +28,11 @@
  * The report goes to standard error (see console.h), nothing goes to standard output. A failed
  * assertion never stops a test or a run; it shows in the report and in the exit status. The harness
  * is single-threaded.
+ *
+ * A run that a test does not let come to its end has failed: a program that a test ends by exit, or
+ * that goes on after leaving a test by longjmp or an exception, has the exit status 1. (_exit and
+ * its like end it as they say; ctest demands the report of success as well.) What was left shows in
+ * no later run. A run within a test resets the counters, too; its failures are the test's.
  */
 #ifndef PLATFORM_AUDIO_AUDTEST_AUDUNITTEST_H
 #define PLATFORM_AUDIO_AUDTEST_AUDUNITTEST_H
@@ -87,7 +92,10 @@ void audunittest_fail_equals_double(const char* file, int line, double left, dou
  */
 void audunittest_set_context(const char* context);
 
-/** Sets both counters to zero. Every run begins with it. */
+/**
+ * Sets both counters to zero. Every run begins with it. A run's summary and exit status tell all
+ * that was counted in the run, whatever its tests reset.
+ */
 void audunittest_reset(void);
 
 /** Assertions recorded since the last reset, passed and failed. */

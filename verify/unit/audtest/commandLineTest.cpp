@@ -33,6 +33,12 @@ TEST_F(CommandLine, PrintsTheUsageWithoutArgumentsAndOnRequest) {
     expect({"-h"}, 0, Usage);
 }
 
+TEST_F(CommandLine, WithoutEvenTheProgramsNameIsTheUsage) {
+    const char* const none[] = {nullptr};
+    EXPECT_EQ(audunittest_commandline(0, none), 0u);
+    EXPECT_EQ(output(), Usage.substr(0, 7) + Usage.substr(14));
+}
+
 TEST_F(CommandLine, RunsATestByName) {
     for (const char* option : {"--run", "--rununittest"}) {
         expect({option, "test__one"}, 0, success("test__one"));

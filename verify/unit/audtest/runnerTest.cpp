@@ -1,5 +1,10 @@
-#include <cerrno>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <csetjmp>
+
+#include "audunittest/audunittest_checks.h"
 #include "harnessFixture.h"
 
 namespace {
@@ -67,6 +72,25 @@ TEST_F(RunOneTest, PrintsMillisecondsWithThreeDecimalsAndCarriesNanoseconds) {
         run(body::passOnce);
         EXPECT_EQ(output(), "Running a_test... Success [" + row.milliseconds + " ms]\n");
     }
+}
+
+TEST_F(RunOneTest, ThatResetsTheCountersAfterAFailureDoesNotSucceed) {
+    run([] {
+        body::failTwice();
+        audunittest_reset();
+    });
+    EXPECT_EQ(output(), twoFailures("a_test"));
+    expectCounts(0, 0);
+    // A failure more and a failure forgotten do not cancel each other.
+    body::failOnce();
+    output();
+    run([] {
+        audunittest_reset();
+        body::failTwice();
+        audunittest_reset();
+        body::failOnce();
+    });
+    EXPECT_EQ(output().find("Success"), std::string::npos);
 }
 
 // ---- all tests that match ----------------------------------------------------------------------
@@ -140,6 +164,43 @@ TEST_F(RunAll, DoesNotTake256FailuresForNone) {
               std::string::npos);
 }
 
+TEST_F(RunAll, TellsAllThatWasCountedInIt) {
+    audunittest_register_test(body::failTwice, "a");
+    audunittest_register_test(audunittest_reset, "b");
+    audunittest_register_test(body::passOnce, "c");
+    EXPECT_EQ(run_all_tests_matching_name(nullptr), 0u);
+    EXPECT_EQ(output(), twoFailures("a") + success("b") + success("c") +
+                            summary("Test failure: 2 failed assertions in 3 tests with 3 "
+                                    "assertions [0.000 s]."));
+    expectCounts(1, 0);
+}
+
+TEST_F(RunAll, WithinATestTakesNothingFromIt) {
+    audunittest_register_test(
+        [] {
+            body::failOnce();
+            EXPECT_EQ(run_all_tests_matching_name("inner"), 1u);
+            EXPECT_EQ(run_test_with_name("inner"), 0u);
+        },
+        "outer");
+    audunittest_register_test(body::passOnce, "inner");
+    const std::string inside = "Running outer...\nFailed: file:6 in outer\n" + success("inner") +
+                               summary("Test success: 1 test with 1 assertion [0.000 s].") +
+                               success("inner");
+    EXPECT_EQ(run_all_tests_matching_name("outer"), 0u);
+    EXPECT_EQ(output(), inside + " [0.000 ms]\n" +
+                            summary("Test failure: 1 failed assertion in 1 test with 3 assertions "
+                                    "[0.000 s]."));
+    EXPECT_EQ(run_test_with_name("outer"), 1u);
+}
+
+TEST_F(RunAll, WithinATestFailsThatTest) {
+    audunittest_register_test([] { run_test_with_name("inner"); }, "outer");
+    audunittest_register_test(body::failOnce, "inner");
+    EXPECT_EQ(run_test_with_name("outer"), 1u);
+    EXPECT_EQ(output().find("Success"), std::string::npos);
+}
+
 TEST_F(RunAll, IsTimedAsAWholeInSeconds) {
     audunittest_register_test(body::passOnce, "a");
     fakeClock::script({{10, 900000000}, {11, 0}, {11, 2000000}, {13, 134000000}});
@@ -195,6 +256,56 @@ TEST_F(RunDeathTest, AbortsWithoutAWordWhenTheClockFails) {
     fakeClock::script({{0, 0}, {0, 0, EINVAL}});
     EXPECT_EXIT(run_test(&entry), Aborted, lastWords(""));
     EXPECT_EXIT(run_all_tests_matching_name("none"), Aborted, lastWords(""));
+}
+
+TEST_F(RunDeathTest, ThatIsNotThroughGivesTheProgramTheStatus1) {
+    const ::testing::ExitedWithCode failed(1);
+    audunittest_register_test([] { std::exit(0); }, "exits");
+    EXPECT_EXIT(run_test_with_name("exits"), failed, "");
+    EXPECT_EXIT(run_all_tests_matching_name("exits"), failed, "");
+    audunittest_register_test(
+        [] {
+            run_test_with_name("test__passes");
+            std::exit(0);
+        },
+        "exits_later");
+    EXPECT_EXIT(run_test_with_name("exits_later"), failed, "");
+    const auto exitBehind = [] {
+        run_test_with_name("test__passes");
+        std::exit(0);
+    };
+    EXPECT_EXIT(exitBehind(), ::testing::ExitedWithCode(0), "");
+}
+
+// The process that began the run has a run to finish, its children have none.
+TEST_F(RunDeathTest, LeavesAChildsStatusAlone) {
+    audunittest_register_test(
+        [] {
+            const pid_t child = fork();
+            if (child == 0) std::exit(0);
+            int status = -1;
+            AUDUNITTEST_INT(waitpid(child, &status, 0), ==, child);
+            AUDUNITTEST_INT(status, ==, 0);
+        },
+        "forks");
+    const auto exitWithStatus = [] { std::exit(static_cast<int>(run_test_with_name("forks"))); };
+    EXPECT_EXIT(exitWithStatus(), ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(RunDeathTest, ThatIsLeftByAJumpLeavesNoContextToTheNext) {
+    static jmp_buf outside;
+    audunittest_register_test([] { longjmp(outside, 1); }, "jumps");
+    const auto jumpAndRun = [] {
+        if (setjmp(outside) == 0) run_test_with_name("jumps");
+        run_all_tests_matching_name("no test");
+        std::_Exit(audunittest::current_context == nullptr ? 0 : 1);
+    };
+    EXPECT_EXIT(jumpAndRun(), ::testing::ExitedWithCode(0), "");
+    const auto jumpAndExit = [] {
+        if (setjmp(outside) == 0) run_test_with_name("jumps");
+        std::exit(static_cast<int>(run_test_with_name("test__passes")));
+    };
+    EXPECT_EXIT(jumpAndExit(), ::testing::ExitedWithCode(1), "");
 }
 
 TEST_F(RunDeathTest, NeedsAName) {

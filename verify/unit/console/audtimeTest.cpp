@@ -44,6 +44,20 @@ TEST_F(Time, IsWholeMicrosecondsOrTheirLow32BitsAsTicks) {
     }
 }
 
+// Differences of ticks are right as long as they are taken in 32 bits.
+TEST_F(Time, TicksGoOnAcrossTheirWrap) {
+    fakeClock::script({{4294, 967294000}, {4294, 967295999}, {4294, 967296000}, {4294, 967300000}});
+    const uint32_t first = audtime_getTicks();
+    for (const uint32_t since : {1u, 2u, 6u}) EXPECT_EQ(audtime_getTicks() - first, since);
+}
+
+// The seconds of a record have 32 bits as well: 136 years.
+TEST_F(Time, SecondsWrapAfterTheirLargest) {
+    fakeClock::script({{4294967295, 999999000}, {4294967296, 0}});
+    EXPECT_EQ(NYRA_now64(), 4294967295999999u);
+    EXPECT_EQ(NYRA_now64(), 0u);
+}
+
 TEST_F(Time, OfTheRealClockNeverRunsBackwards) {
     const uint64_t before = NYRA_now64();
     EXPECT_LE(before, NYRA_now64());

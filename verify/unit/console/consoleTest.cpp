@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -124,12 +125,25 @@ TEST(Console, WorksThroughVoutAlone) {
     EXPECT_EQ(console.text, "5%%s;%def");
 }
 
+// No more than a precision can say, rather than a negative one, which would mean all.
+TEST(Console, IsWrittenToWithALengthThatVoutCanTake) {
+    static int precision;
+    con vout{[](con*, const char*, va_list args) { return precision = va_arg(args, int); }, nullptr,
+             nullptr};
+    for (const std::size_t beyond : {std::size_t{0}, std::size_t{1}, std::size_t{INT_MAX}}) {
+        con_write(&vout, "text", INT_MAX + beyond);
+        EXPECT_EQ(precision, INT_MAX) << beyond;
+    }
+}
+
 TEST(Console, ThatIsNullRefusesEverything) {
     EXPECT_EQ(voutWithArguments(nullptr, "%d", 1), -1);
     EXPECT_EQ(con_out(nullptr, "%d", 1), -1);
     EXPECT_EQ(con_puts(nullptr, "a"), -1);
     EXPECT_EQ(con_write(nullptr, "a", 1), -1);
     EXPECT_EQ(con_hexdump(nullptr, "a", 1, 16), -1);
+    EXPECT_EQ(con_hexdump(nullptr, nullptr, SIZE_MAX, 16), -1);
+    EXPECT_EQ(con_hexdump(nullptr, nullptr, 0, 16), 0);
 }
 
 // ---- hexadecimal dump --------------------------------------------------------------------------
@@ -202,6 +216,17 @@ TEST(Hexdump, StopsAtTheFirstLineThatIsRefused) {
     lines = 0;
     EXPECT_EQ(con_hexdump(&refusing, "abc", 3, 1), -1);
     EXPECT_EQ(lines, 2);
+}
+
+TEST(Hexdump, BeginsWhateverTheLength) {
+    static std::string first;
+    con refusing{nullptr, [](con*, const char* text) { return first = text, -1; }, nullptr};
+    const std::string line = addressOf("A\n") + "41 0a A.\n";
+    for (const std::size_t length : {std::size_t{INT_MAX} + 1, SIZE_MAX - 1, SIZE_MAX}) {
+        first.clear();
+        EXPECT_EQ(con_hexdump(&refusing, "A\n", length, 2), -1) << length;
+        EXPECT_EQ(first.substr(first.find(' ')), line.substr(line.find(' '))) << length;
+    }
 }
 
 TEST(HexdumpDeathTest, NeedsAWidth) {

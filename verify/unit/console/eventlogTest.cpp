@@ -44,16 +44,47 @@ TEST_F(EventLog, PrintsFlushesAndReturnsTheFlushesResultNotTheCount) {
     EXPECT_EQ(standardError.text(), "3 of seven,level=-31.5\n100 %s" + std::string(bytes, 3));
 }
 
-TEST_F(EventLog, ReturnsTheFlushesErrors) {
-    RedirectedStandardError standardError(Output::file);
+void expectErrors() {
+    EXPECT_EQ(eventlog("text"), EOF);
+    EXPECT_EQ(logThroughArguments("text"), EOF);
+    EXPECT_EQ(eventlogputs("text"), EOF);
+    EXPECT_EQ(eventlogwrite("text", 4), EOF);
+    std::clearerr(stderr);
+}
+
+void fillStandardError() {
     const int full = open("/dev/full", O_WRONLY);
     ASSERT_GE(full, 0);
     dup2(full, STDERR_FILENO);
     close(full);
-    EXPECT_EQ(eventlog("text"), EOF);
-    EXPECT_EQ(eventlogputs("text"), EOF);
-    EXPECT_EQ(eventlogwrite("text", 4), EOF);
-    std::clearerr(stderr);
+}
+
+TEST_F(EventLog, ReturnsTheFlushesErrors) {
+    RedirectedStandardError standardError(Output::file);
+    fillStandardError();
+    expectErrors();
+}
+
+// As standard error is by itself: the flush has nothing left to do.
+TEST(EventLogWithoutABuffer, ReturnsTheWritesErrors) {
+    {
+        RedirectedStandardError standardError(Output::file);
+        fillStandardError();
+        expectErrors();
+    }
+    RedirectedStandardError standardError(Output::file);
+    close(STDERR_FILENO);
+    expectErrors();
+}
+
+TEST(EventLogWithoutABuffer, SucceedsWithNothingToSay) {
+    RedirectedStandardError standardError(Output::file);
+    EXPECT_EQ(eventlog("%s", ""), 0);
+    EXPECT_EQ(eventlogputs(""), 0);
+    EXPECT_EQ(eventlogwrite(nullptr, 0), 0);
+    EXPECT_EQ(eventlogputs("text"), 0);
+    EXPECT_EQ(eventlogwrite("text", 4), 0);
+    EXPECT_EQ(standardError.text(), "texttext");
 }
 
 TEST_F(EventLog, IgnoresTheConsole) {

@@ -282,11 +282,14 @@ TEST_F(SmoothCrossSpectrum, ZeroesABinForOneFrameAtTheTimeoutAndStartsAgain) {
 }
 
 TEST_F(SmoothCrossSpectrum, ZeroesAtOnceWhenTheLimitFallsBelowTheCount) {
-    counter_[200] = 20;
-    smooth(0.0f, 2);
-    EXPECT_EQ(current_[400], 0.0f);
-    EXPECT_EQ(counter_[200], 0);
-    EXPECT_EQ(current_[402], previous_[402]);
+    for (const std::uint8_t count : {std::uint8_t{20}, std::uint8_t{254}, std::uint8_t{255}}) {
+        counter_[200] = count;  // the last ones come from no frame; they do not turn
+        counter_[201] = 0;
+        smooth(0.0f, 2);
+        EXPECT_EQ(current_[400], 0.0f);
+        EXPECT_EQ(counter_[200], 0);
+        EXPECT_EQ(current_[402], previous_[402]);
+    }
 }
 
 TEST_F(SmoothCrossSpectrum, TakesTheSmallestWeightForAnUpdate) {

@@ -267,6 +267,28 @@ TEST_F(FrequencyDomainVadTest, OneFrameMovesTheCounters) {
     }
 }
 
+// Speech without any pause, through both ends of the 16 bits: 23 minutes of voice, the hangover,
+// nothing for 23 minutes, and voice again. A pause anywhere between ends the drought.
+TEST_F(FrequencyDomainVadTest, SpeechWithoutAPauseDropsOutWhileItsCounterIsNegative) {
+    makeSpeech();
+    setCounters(32760, 32754, 34);
+    EXPECT_EQ(detect(7), 7);
+    expectCounters(32767, 32761, 34);
+    EXPECT_EQ(detect(34), 34);
+    expectCounters(-32735, 0, 0);
+    EXPECT_EQ(detect(2), 0);
+    setCounters(-3, 0, 0);
+    EXPECT_EQ(detect(9), 0);
+    expectCounters(6, 0, 0);
+    EXPECT_EQ(detect(), 1);
+    setCounters(-20000, 0, 0);
+    spectra.clear();
+    EXPECT_EQ(detect(), 0);
+    makeSpeech();
+    EXPECT_EQ(detect(6), 0);
+    EXPECT_EQ(detect(), 1);
+}
+
 // --- Against the model
 
 TEST_F(FrequencyDomainVadTest, AgreesWithTheModelOverALongRun) {

@@ -190,6 +190,17 @@ TEST_F(GeneratorTest, PositionRunsOverTheEndOfTheClip) {
     EXPECT_EQ(generator->position, 1152u);
 }
 
+// Nothing but a program that writes to it puts the position there.
+TEST_F(GeneratorTest, PositionWrapsAt2ToThe32) {
+    generator->position = UINT32_MAX - 999;
+    const float* frame = nextSpeech();
+    for (std::uint32_t k = 0; k < Frame; k++) {
+        const std::uint32_t index = k < 1000 ? (UINT32_MAX - 999 + k) % Clip : k - 1000;
+        ASSERT_EQ(bitsOf(frame[k]), bitsOf(femaleSpeech[index])) << "sample " << k;
+    }
+    EXPECT_EQ(generator->position, 1048u);
+}
+
 TEST_F(GeneratorTest, SourceMayMoveFromFrameToFrame) {
     nextSpeech();
     source = {0.3f, 0.1f, 5};

@@ -1,17 +1,10 @@
 #include "heap.h"
 
-#include <cerrno>
 #include <cstdlib>
 
 Heap heap;
 
 namespace {
-
-bool fails() {
-    ++heap.failable;
-    if (heap.failing == 0) return false;
-    return heap.failsOnwards ? heap.failable >= heap.failing : heap.failable == heap.failing;
-}
 
 void* counted(void* block) {
     if (heap.isWatched) ++heap.allocations;
@@ -53,7 +46,7 @@ void* __wrap_calloc(std::size_t count, std::size_t size) {
     if (heap.isWatched && heap.bytes.size() < heap.bytes.capacity()) {
         heap.bytes.push_back(count * size);
     }
-    return counted(heap.isWatched && fails() ? nullptr : __real_calloc(count, size));
+    return counted(__real_calloc(count, size));
 }
 
 void* __wrap_realloc(void* old, std::size_t size) {
@@ -62,8 +55,7 @@ void* __wrap_realloc(void* old, std::size_t size) {
 }
 
 int __wrap_posix_memalign(void** out, std::size_t alignment, std::size_t size) {
-    const int error =
-        heap.isWatched && fails() ? ENOMEM : __real_posix_memalign(out, alignment, size);
+    const int error = __real_posix_memalign(out, alignment, size);
     counted(error == 0 ? *out : nullptr);
     return error;
 }

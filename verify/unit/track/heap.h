@@ -1,6 +1,6 @@
 /**
  * The heap as the tracker sees it: the linker hands every allocation of the program's own objects
- * to heap.cpp, which counts them and lets chosen ones fail.
+ * to heap.cpp, which counts them.
  */
 #ifndef VERIFY_TRACK_HEAP_H
 #define VERIFY_TRACK_HEAP_H
@@ -10,11 +10,8 @@
 
 struct Heap {
     bool isWatched = false;
-    int allocations = 0;        // of any kind, while watched
-    int failing = 0;            // which calloc or posix_memalign fails, from 1; 0 for none
-    bool failsOnwards = false;  // and all after it
-    int failable = 0;           // calls of these two, while watched
-    int open = 0;               // of their blocks and all others: not freed yet
+    int allocations = 0;                  // of any kind, while watched
+    int open = 0;                         // blocks that are not freed yet
     std::vector<std::size_t> bytes = {};  // asked of calloc
 };
 extern Heap heap;
@@ -22,11 +19,9 @@ extern Heap heap;
 /** Watches the heap from here to the end of the scope; the figures stay until the next one. */
 class HeapWatch {
   public:
-    explicit HeapWatch(int failing = 0, bool failsOnwards = false) {
+    HeapWatch() {
         heap = Heap{};
         heap.bytes.reserve(64);
-        heap.failing = failing;
-        heap.failsOnwards = failsOnwards;
         heap.isWatched = true;
     }
     ~HeapWatch() { heap.isWatched = false; }

@@ -252,8 +252,9 @@ TEST_F(NoiseLevelTest, FollowsFastFromTheFrameInWhichTheCounterReachesTheLimit) 
         float estimate, fast;  // 50 and 0: limit 20; 1 and 3: limit 27
         int after;
         bool adaptsFast;
-    } rows[] = {{18, 50, 0, 19, false}, {19, 50, 0, 20, true}, {20, 50, 0, 20, true},
-                {31, 50, 0, 20, true},  {20, 1, 3, 21, false}, {26, 1, 3, 27, true}};
+    } rows[] = {{18, 50, 0, 19, false},  {19, 50, 0, 20, true}, {20, 50, 0, 20, true},
+                {31, 50, 0, 20, true},   {20, 1, 3, 21, false}, {26, 1, 3, 27, true},
+                {32767, 50, 0, 20, true}};  // no frame makes it turn
     for (const auto& row : rows) {
         SCOPED_TRACE(row.before);
         restart();

@@ -1,4 +1,4 @@
-// What trackers of one's own ask of the heap, and what they do when it is exhausted.
+// What trackers of one's own ask of the heap.
 
 #include <gtest/gtest.h>
 
@@ -6,12 +6,6 @@
 #include "trackerRuns.h"
 
 namespace {
-
-VoxlocTracker* createWithFailing(std::int32_t product, int failing, bool failsOnwards,
-                                 char* reason) {
-    const HeapWatch watch(failing, failsOnwards);
-    return voxloc_createProductTracker(product, reason);
-}
 
 class TrackerHeap : public ::testing::TestWithParam<const VoxlocProduct*> {};
 
@@ -23,32 +17,6 @@ TEST_P(TrackerHeap, IsGivenEverythingBack) {
     ASSERT_NE(tracker, nullptr);
     EXPECT_GT(heap.open, 0);
     voxloc_destroyTracker(tracker);
-    EXPECT_EQ(heap.open, 0);
-}
-
-TEST_P(TrackerHeap, ThatIsExhaustedAtAnyPointIsSaidAndNothingLeaks) {
-    voxloc_destroyTracker(createWithFailing(GetParam()->type, 0, false, nullptr));
-    const int allocations = heap.failable;
-    EXPECT_EQ(allocations, 1 + 18 + 2);  // the tracker, its buffers, the ultrasound levels
-    for (int k = 1; k <= allocations; ++k) {
-        for (const bool onwards : {false, true}) {
-            SCOPED_TRACE(k);
-            char reason[VOXLOC_REASON_SIZE] = "none";
-            VoxlocTracker* tracker = createWithFailing(GetParam()->type, k, onwards, reason);
-            EXPECT_EQ(tracker, nullptr);
-            EXPECT_STREQ(reason, "out of memory");
-            EXPECT_EQ(heap.open, 0);
-        }
-    }
-}
-
-TEST(ArrayTrackerHeap, ThatIsExhaustedIsSaidForAnArrayToo) {
-    const VoxlocArray array = fiveMicrophones();
-    const HeapWatch watch(3, true);
-    char reason[VOXLOC_REASON_SIZE] = "none";
-    EXPECT_EQ(voxloc_createTracker(&array, reason), nullptr);
-    EXPECT_STREQ(reason, "out of memory");
-    EXPECT_EQ(voxloc_createTracker(&array, nullptr), nullptr);
     EXPECT_EQ(heap.open, 0);
 }
 

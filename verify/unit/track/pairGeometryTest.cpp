@@ -54,13 +54,15 @@ TEST(DistanceToSampleDelay, ConvertsMetresToLags) {
     } const cases[] = {
         {0.1f, 55},
         {1.0f, 552},
-        {10.0f, 5517},   // 5517.241; 551.72 or 551.73 differ at 29
+        {10.0f, 5517},   // 5517.241; 551.72 or 551.73 differ
+                         // at 29
         {29.0f, 16000},  // 15999.9989
         {0.0f, 0},
         {-0.1f, 16329},  // negative ones wrap to the end
         {-1.0f, 15832},
         {-0.0f, 0},
-        {-0.0005f, 16384},  // one past the last lag just below zero
+        {-0.0005f, 16384},  // one past the last lag just
+                            // below zero
         {-0.0009f, 16384},  // -0.4966 lags
         {-0.0010f, 16383},  // -0.5517 lags
         {-1e-30f, 16384},
@@ -69,7 +71,16 @@ TEST(DistanceToSampleDelay, ConvertsMetresToLags) {
         {0.0027f, 1},   // 1.4897 lags
         {0.00272f, 2},  // 1.5007 lags
         {NAN, 0},
-        {1e30f, 32767},  // no table comes near these; the conversion is defined all the same
+        {29.5f, 16276},  // the last one of each side and what lies beyond
+        {29.8f, 16441},
+        {59.3f, 32717},
+        {59.4f, 32767},
+        {-29.6f, 53},
+        {-29.8f, -57},
+        {-89.0f, -32719},
+        {-89.1f, -32768},
+        {1e30f, 32767},  // no table comes near these; the
+                         // conversion is defined all the same
         {-1e30f, -32768},
         {Infinity, 32767},
     };
@@ -89,6 +100,9 @@ TEST(SetCutoffCoefficients, StartsWhereHalfAWavelengthEqualsTheSpacing) {
         {1.03f, 14},     // 14.416
         {0.01f, 1485},   // 1484.8: above the upper bin, nothing in use
         {0.0f, 65535},   // of no product: defined all the same
+        {1e-30f, 65535},
+        {Infinity, 0},
+        {NAN, 0},
         {voxloc::SmallestSpacing, voxloc::HighestBin - 1},  // 1449.6
         {voxloc::LargestSpacing, 1},
     };

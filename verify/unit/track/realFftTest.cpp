@@ -169,7 +169,7 @@ TEST(FirFilter, AppliesItsCoefficientsInCorrelationOrder) {
 
 // In front of the buffers stand guards.
 TEST(RealTransforms, OfNegativeSizesDoNothing) {
-    for (const int size : {-2, -3, -16, -4096, INT_MIN}) {
+    for (const int size : {-1, -2, -3, -16, -4096, INT_MIN}) {
         GuardedFloats input(64, 0, 1.0f), result(64, 0, 2.0f), work(64, 0, 3.0f);
         const SplitTables tables(32);
         voxloc_realFft(size, input.data(), nullptr, result.data(), 2, tables.a.data(),

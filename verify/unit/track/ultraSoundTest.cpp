@@ -158,6 +158,10 @@ TEST_F(UltraSoundTest, OnlyTheCountOf20Evaluates) {
     detect();
     EXPECT_EQ(AccCount, 21);
     EXPECT_EQ(MaxUltraSoundLevel_dB, -100.0f);
+    AccCount = 32767;  // the count of 20 keeps it from here; it would turn and come back
+    detect();
+    EXPECT_EQ(AccCount, -32768);
+    EXPECT_EQ(MaxUltraSoundLevel_dB, -100.0f);
 }
 
 TEST_F(UltraSoundTest, LevelIsTheSmoothedBandPowerInDecibels) {
@@ -223,6 +227,21 @@ TEST_F(UltraSoundTest, BroadbandSoundNeitherWarnsNorIsKept) {
               }),
               "");
     EXPECT_EQ(MaxUltraSoundLevel_dB, -100.0f);
+}
+
+// A beacon, then a noise in whose place the beacon's level is kept: as long as that stands above
+// the noise's neighbour band, the byte stays.
+TEST_F(UltraSoundTest, KeptLevelOfABeaconStaysTooHighAboveTheNoiseThatFollows) {
+    logAt(-20, -60);
+    EXPECT_EQ(distorted, 1);
+    for (int again = 0; again < 3; ++again) {
+        EXPECT_EQ(logAt(-40, -40), "");
+        EXPECT_EQ(distorted, 1);
+        EXPECT_EQ(MaxUltraSoundLevel_dB, -20.0f);
+    }
+    EXPECT_NE(logAt(-30, -30), "");  // 10 dB below the kept level
+    EXPECT_EQ(distorted, 0);
+    EXPECT_EQ(MaxUltraSoundLevel_dB, -20.0f);
 }
 
 // --- Log

@@ -21,15 +21,28 @@ struct Scene {
     float source[3];  // azimuth, elevation (radians), range (metres)
     std::uint32_t flags;
     std::uint32_t bits;
+    bool isSpoilt = false;
 };
 
 // Room noise at two bits less is four times as loud, which the ultrasound detector hears.
 const Scene Scenes[] = {
-    {14, 0, {0.30f, 0.10f, 2.0f}, 0, 24},  {12, 0, {-0.45f, -0.15f, 4.0f}, 0, 24},
-    {5, 0, {-0.45f, -0.15f, 4.0f}, 1, 24}, {6, 0, {-0.45f, -0.15f, 4.0f}, 2, 24},
-    {24, 1, {0.10f, 0.05f, 3.0f}, 0, 22},  {3, -1, {0.0f, 0.0f, 1.0f}, 0, 24},
-    {6, 0, {0.05f, 0.2f, 1.0f}, 3, 24},    {6, 0, {0.05f, 0.2f, 1.0f}, 0, 24},
+    {14, 0, {0.30f, 0.10f, 2.0f}, 0, 24},     {12, 0, {-0.45f, -0.15f, 4.0f}, 0, 24},
+    {5, 0, {-0.45f, -0.15f, 4.0f}, 1, 24},    {6, 0, {-0.45f, -0.15f, 4.0f}, 2, 24},
+    {24, 1, {0.10f, 0.05f, 3.0f}, 0, 22},     {3, -1, {0.0f, 0.0f, 1.0f}, 0, 24},
+    {6, 0, {0.05f, 0.2f, 1.0f}, 3, 24},       {6, 0, {0.05f, 0.2f, 1.0f}, 0, 24},
+    {6, 0, {0.05f, 0.2f, 1.0f}, 0, 24, true},
 };
+
+// What no converter gives, at both ends of a frame and within; the last value is just let through.
+void spoil(std::vector<float>& frame) {
+    constexpr float bad[] = {NAN,     INFINITY, -INFINITY, 3.4028235e38f, -1e15f,
+                             5.37e8f, -5.37e8f, 1e20f,     5.36e8f};
+    std::size_t at = 0;
+    for (const float value : bad) {
+        frame[at] = value;
+        at = (at + 2047) % frame.size();
+    }
+}
 
 class AgainstModel : public ::testing::TestWithParam<const VoxlocProduct*> {
   protected:
@@ -68,6 +81,12 @@ TEST_P(AgainstModel, GivesTheSameResultsFrameByFrame) {
             SCOPED_TRACE(frame);
             const float* audio =
                 scene.clip < 0 ? silence.data() : clips.next(scene.source, scene.clip);
+            std::vector<float> spoilt;
+            if (scene.isSpoilt) {
+                spoilt.assign(audio, audio + voxloc_getNumberOfChannels() * 2048);
+                spoil(spoilt);
+                audio = spoilt.data();
+            }
             const ModelResult expected = model_.calculate(audio, scene.bits, scene.flags);
             TrackerResult result{NAN, NAN, NAN, NAN, 0xffffffffU};
             voxloc_calculate(audio, scene.bits, scene.flags, &result);

@@ -1,5 +1,7 @@
 // sp_ifft_ends against the whole inverse transform: the values that are wanted, bit for bit.
 
+#include <string>
+
 #include "cfftTesting.h"
 
 namespace {
@@ -68,6 +70,17 @@ TEST(FftEndsDeathTest, OfMisalignedBuffersDie) {
                  "sp_ifft_ends: Assertion `\\(uintptr_t\\)x % 8 == 0'");
     EXPECT_DEATH(sp_ifft_ends(x.data(), y.data() + 1, 1),
                  "sp_ifft_ends: Assertion `\\(uintptr_t\\)y % 8 == 0'");
+}
+
+TEST(FftEndsDeathTest, OfOverlappingBuffersDie) {
+    GuardedFloats both(floatsOf(2 * FFT_MAX));
+    float* const x = both.data();
+    const std::string report = "sp_ifft_ends: Assertion `areApart\\(x, y, 2 \\* FFT_MAX\\)'";
+    EXPECT_DEATH(sp_ifft_ends(x, x, 1), report);
+    EXPECT_DEATH(sp_ifft_ends(x, x + floatsOf(FFT_MAX) - 2, 1), report);
+    EXPECT_DEATH(sp_ifft_ends(x + floatsOf(FFT_MAX) - 2, x, 1), report);
+    sp_ifft_ends(x, x + floatsOf(FFT_MAX), 1);
+    sp_ifft_ends(x + floatsOf(FFT_MAX), x, 1);
 }
 
 }  // namespace

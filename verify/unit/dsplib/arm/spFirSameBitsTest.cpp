@@ -6,6 +6,7 @@
 #include <random>
 
 #include "dsplib/arm/sp_fir_neon_internal.h"
+#include "dsplib/simd/simd.h"
 #include "spFirTesting.h"
 
 namespace {
@@ -33,6 +34,77 @@ TEST(SameBits, WhereverAWindowLiesInABlock) {
             float alone = 0.0f;
             sp_fir_gen(x.data() + i, h.data(), &alone, nh, 1);
             ASSERT_TRUE(sameValue(y[sizeOf(i)], alone)) << "taps " << nh << ", output " << i;
+        }
+    }
+}
+
+/** The order of additions that the engine promises, one float at a time. */
+float plainOutput(const float* x, const std::vector<float>& h) {
+    std::array<float, 4> sum = {-0.0f, -0.0f, -0.0f, -0.0f};
+    for (std::size_t j = 0; j < h.size(); ++j) sum[j % 4] += h[j] * x[j];
+    return (sum[0] + sum[1]) + (sum[2] + sum[3]);
+}
+
+std::vector<float> plainOutputs(const std::vector<float>& x, const std::vector<float>& h, int step,
+                                std::size_t count) {
+    std::vector<float> y;
+    for (std::size_t m = 0; m < count; ++m) {
+        y.push_back(plainOutput(x.data() + m * sizeOf(step), h));
+    }
+    return y;
+}
+
+// Outputs enough for blocks of every kernel, with some left over; NaN and infinity here and there;
+// inputs of exactly their size; into an array of its own, in place, and to before the input.
+TEST(SameBits, AsAPlainLoopInTheStatedOrder) {
+#ifdef SP_SIMD_FUSED
+    GTEST_SKIP() << "this build fuses products and sums";
+#endif
+    std::mt19937 random(31415);
+    for (int step = 1; step <= 5; ++step) {
+        for (const int nh : {1,  2,  3,  4,  7,  8,  11, 12, 13, 14, 15, 16, 17,  19, 23,
+                             28, 31, 32, 33, 34, 35, 36, 47, 61, 64, 66, 99, 128, 255}) {
+            const int count = 64 + static_cast<int>(random() % 500), n = (count - 1) * step + 1;
+            const std::size_t before = random() % 6;
+            const std::vector<float> h = noise(sizeOf(nh), static_cast<unsigned>(nh));
+            std::vector<float> x = noise(sizeOf(n + nh - 1), static_cast<unsigned>(n));
+            for (int i = 0; i < 4; ++i) x[random() % x.size()] = i < 2 ? NaN : -0.0f;
+            const std::vector<float> expected = plainOutputs(x, h, step, sizeOf(count));
+
+            GuardedFloats y(sizeOf(count), random() % 4, NaN);
+            sp_fir_gen_downsample(x.data(), h.data(), y.data(), nh, n, step);
+            const std::vector<float> found(y.data(), y.data() + count);
+            ASSERT_EQ(firstDifference(found, expected), -1) << nh << " taps, step " << step;
+            ASSERT_TRUE(y.intact()) << nh << " taps, step " << step;
+
+            std::vector<float> shared(before, 0.0f);
+            shared.insert(shared.end(), x.begin(), x.end());
+            sp_fir_gen_downsample(shared.data() + before, h.data(), shared.data(), nh, n, step);
+            shared.resize(sizeOf(count));
+            ASSERT_EQ(firstDifference(shared, expected), -1)
+                << nh << " taps, step " << step << ", " << before << " before x";
+        }
+    }
+}
+
+TEST(SameBits, WhenTapsAreAddedPieceByPiece) {
+#ifdef SP_SIMD_FUSED
+    GTEST_SKIP() << "this build fuses products and sums";
+#endif
+    constexpr int Outputs = sp_fir::SummedOutputs;
+    for (const int taps : {4, 8, 12, 36, 100}) {
+        for (const int more : {0, 1, 2, 3, 4, 5, 7, 30, 33}) {
+            const std::vector<float> x = noise(sizeOf(taps + more + Outputs - 1), 33u);
+            const std::vector<float> h = noise(sizeOf(taps + more), 34u);
+            GuardedFloats sums(4 * sizeOf(Outputs), 1, -0.0f);
+            sp_fir::sp_fir_add_taps(x.data(), h.data(), sums.data(), taps);
+            sp_fir::sp_fir_add_taps(x.data() + taps, h.data() + taps, sums.data(), more);
+            ASSERT_TRUE(sums.intact());
+            for (std::size_t i = 0; i < sizeOf(Outputs); ++i) {
+                const auto s = [&](std::size_t r) { return sums[r * sizeOf(Outputs) + i]; };
+                ASSERT_TRUE(sameValue((s(0) + s(1)) + (s(2) + s(3)), plainOutput(&x[i], h)))
+                    << taps << " and " << more << " taps, output " << i;
+            }
         }
     }
 }

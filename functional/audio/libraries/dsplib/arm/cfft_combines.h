@@ -149,19 +149,27 @@ inline void combine8(int M, float* data) {
     }
 }
 
-/** A node of size 32 from its leaves: the 16-point unit in front, two bare leaves behind. */
+/** Part of a node of size 32, from float k of its leaves on: the unit in front, two bare leaves. */
+template <Direction D, Orientation O, Layout Out, class Z>
+inline void combineLeaves32At(float* data, int k, Z x0, Z x1, Z x2, Z x3) {
+    using At = Memory<Z>;
+    float* const p = data + k;
+    joinLeaves<D, O>(x0, x1, At::loadTwiddle(w_nl.data() + k));
+    butterfly4<D>(x0, x1, x2, x3, At::loadTwiddle(twiddlesOf(32) + k));
+    store<Out>(p, x0);
+    store<Out>(p + 16, x1);
+    store<Out>(p + 32, x2);
+    store<Out>(p + 48, x3);
+}
+
+/** A node of size 32 from its leaves. */
 template <Direction D, Orientation O, Layout Out, class Z>
 inline void combineLeaves32(float* data) {
     using At = Memory<Z>;
     for (int k = 0; k < 16; k += 2 * Z::Elements) {  // in floats
         float* const p = data + k;
-        Z x0 = At::load(p), x1 = At::load(p + 16), x2 = At::load(p + 32), x3 = At::load(p + 48);
-        joinLeaves<D, O>(x0, x1, At::loadTwiddle(w_nl.data() + k));
-        butterfly4<D>(x0, x1, x2, x3, At::loadTwiddle(twiddlesOf(32) + k));
-        store<Out>(p, x0);
-        store<Out>(p + 16, x1);
-        store<Out>(p + 32, x2);
-        store<Out>(p + 48, x3);
+        combineLeaves32At<D, O, Out, Z>(data, k, At::load(p), At::load(p + 16), At::load(p + 32),
+                                        At::load(p + 48));
     }
 }
 

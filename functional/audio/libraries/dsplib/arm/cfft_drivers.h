@@ -4,6 +4,9 @@
 
 #include "cfft_combines.h"
 #include "cfft_leaves.h"
+#if SP_SIMD_WIDEST > 4
+#include "dsplib/x86/cfft_wide32.h"
+#endif
 
 namespace cfft {
 inline namespace SP_SIMD_TARGET {
@@ -67,6 +70,11 @@ inline void finishBy8(int N, float* y) {
 /** The transform of N = 32 to FFT_MAX elements on vectors of up to L lanes. */
 template <Direction D, int L>
 void transform(int N, int log2N, const float* x, float* y) {
+#if SP_SIMD_WIDEST > 4
+    if constexpr (L > 4) {
+        if (N == 32) return transform32<D, L>(x, y);
+    }
+#endif
     leafPass<D, L>(N, log2N, x, y);
     if (N == 32) {
         combineLeaves32<D, Orientation::Positive, Layout::Interleaved, Arranged<L>>(y);

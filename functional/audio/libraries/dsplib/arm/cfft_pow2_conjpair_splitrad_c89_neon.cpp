@@ -31,6 +31,12 @@ bool isPowerOfTwo(int value, int logarithm) {
     return logarithm >= 0 && logarithm <= 30 && value == 1 << logarithm;
 }
 
+bool areApart(const float* x, const float* y, int floats) {
+    const auto bytes = static_cast<uintptr_t>(floats) * sizeof(float);
+    const auto xAt = (uintptr_t)x, yAt = (uintptr_t)y;
+    return xAt <= yAt ? yAt - xAt >= bytes : xAt - yAt >= bytes;
+}
+
 }  // namespace
 
 void cfft_pow2_conjpair_splitrad_c89(int N, int log2_N, const float* x, float* y) {
@@ -65,5 +71,6 @@ void sp_ifft_ends(const float* x, float* y, int wanted) {
     PLATFORM_ASSERT(wanted > 0 && wanted <= SP_IFFT_ENDS_MOST_WANTED);
     PLATFORM_ASSERT((uintptr_t)x % 8 == 0);
     PLATFORM_ASSERT((uintptr_t)y % 8 == 0);
+    PLATFORM_ASSERT(areApart(x, y, 2 * FFT_MAX));
     cfft::inverseTransformEnds(x, y, cfft::wholeEndSteps(wanted));
 }

@@ -2,8 +2,15 @@
  * Complex FFT of single-precision data for the power-of-two sizes 1 to 8192.
  *
  * Data are interleaved: element n is the float pair (real, imaginary) at floats 2n and 2n+1. Both
- * buffers are 8-byte aligned and owned by the caller. The transforms keep no state: calls on
- * distinct buffers may run at the same time.
+ * buffers are owned by the caller. The transforms keep no state: calls on distinct buffers may run
+ * at the same time.
+ *
+ * Alignment: both buffers must begin at a multiple of 8 bytes, the size of an element. Every call
+ * asserts that, also one with N <= 0, and nothing beyond it: malloc gives more on every platform,
+ * an array of float may have less. A multiple of 64 bytes is the fastest on x86-64.
+ *
+ * Broken preconditions that are called assertions below end the process with the expression, the
+ * source path and the function name on standard error.
  */
 #ifndef DSPLIB_CFFT_POW2_CONJPAIR_SPLITRAD_C89_NEON_H
 #define DSPLIB_CFFT_POW2_CONJPAIR_SPLITRAD_C89_NEON_H
@@ -23,7 +30,8 @@ extern "C" {
  * @param x       in, 2N floats, 8-byte aligned, not modified
  * @param y       out, 2N floats, 8-byte aligned; must not overlap x
  *
- * A size, a logarithm or an alignment outside these bounds is an assertion.
+ * A size, a logarithm or an alignment outside these bounds is an assertion. Buffers that overlap
+ * are not looked for, and their results mean nothing.
  */
 void cfft_pow2_conjpair_splitrad_c89(int N, int log2_N, const float* x, float* y);
 
@@ -64,7 +72,8 @@ void sp_ifftSPxSP(int N, float* x, const float* twiddles, float* y, const unsign
  *                the other sign); all others are overwritten with values of no meaning
  * @param wanted  1 to SP_IFFT_ENDS_MOST_WANTED; the fewer, the faster
  *
- * An alignment or a number outside these bounds is an assertion.
+ * An alignment or a number outside these bounds is an assertion, and so are buffers of which any of
+ * the 2·FFT_MAX floats overlap.
  */
 void sp_ifft_ends(const float* x, float* y, int wanted);
 

@@ -23,8 +23,8 @@ constexpr char SourcePath[] = "functional/audio/libraries/dsplib/arm/sp_fir_neon
 /** Samples of history and new ones laid end to end for the block filters: 8 KiB of stack. */
 constexpr int StageLength = 2048;
 
-/** Fewer outputs than this are not worth the copy of their history. */
-constexpr int FewestStagedOutputs = 8;
+/** A single output is not worth the copy of its history. */
+constexpr int FewestStagedOutputs = 2;
 
 /** Outputs of the widest block kernel; leading outputs are rounded up to whole blocks. */
 constexpr int WidestBlock = 64;
@@ -103,6 +103,48 @@ void oneOutput(const Window& window, const float* h, float* y, int nh, int first
     storeOutputs(y, sums);
 }
 
+/** Fewer outputs than this are not worth a whole block of sums. */
+constexpr int FewestSummedOutputs = 32;
+
+/**
+ * Up to SummedOutputs outputs of a filter that no stage can hold: as many taps as it can, and then
+ * the next. Outputs behind the last are made of zeros and left out.
+ */
+void summedOutputs(const Window& window, const float* h, float* y, int nh, int first, int count) {
+    constexpr int MostTaps = (StageLength - SummedOutputs) / 4 * 4;
+    alignas(64) float stage[StageLength];
+    alignas(64) float sums[4][SummedOutputs];
+    std::fill_n(sums[0], 4 * SummedOutputs, -0.0f);
+    for (int tap = 0; tap < nh; tap += MostTaps) {
+        const int taps = std::min(MostTaps, nh - tap), length = taps + SummedOutputs - 1;
+        const int copied = copyWindow(stage, window, first + tap, length);
+        zeroFill(stage + copied, length - copied);
+        sp_fir_add_taps(stage, h + tap, sums[0], taps);
+    }
+    for (int i = 0; i < count; ++i) {
+        y[i] = (sums[0][i] + sums[1][i]) + (sums[2][i] + sums[3][i]);
+    }
+}
+
+/** Whether a stage has room for eight decimated outputs, and enough taps of them to pay. */
+bool isSpanStaged(int step) {
+    constexpr int EnoughTaps = 256;
+    return step <= (StageLength - EnoughTaps) / 7;
+}
+
+/** Eight decimated outputs of such a filter in the same way. */
+void eightOutputs(const Window& window, const float* h, float* y, int nh, int first, int step) {
+    const int span = 7 * step, mostTaps = (StageLength - span) / 4 * 4;
+    alignas(64) float stage[StageLength];
+    SumsInLanes<8> sums = emptyLanes<8>();
+    for (int tap = 0; tap < nh; tap += mostTaps) {
+        const int taps = std::min(mostTaps, nh - tap);
+        copyWindow(stage, window, first + tap, span + taps);
+        addTaps(sums, stage, step, h + tap, taps);
+    }
+    storeOutputs(y, sums);
+}
+
 /** Outputs a stage can hold, in whole blocks where there are that many. */
 int outputsPerStage(int nh, int step) {
     if (nh > StageLength) return 0;
@@ -111,16 +153,36 @@ int outputsPerStage(int nh, int step) {
 }
 
 /**
+ * The outputs of filterWindow() that are not staged: filters too long for the stage, and what is
+ * left over.
+ */
+void filterInPlace(const Window& window, const float* h, float* y, int nh, int first, int count,
+                   int step) {
+    int m = 0;
+    if (step == 1) {
+        while (count - m >= FewestSummedOutputs) {
+            const int outputs = std::min(SummedOutputs, count - m);
+            summedOutputs(window, h, y + m, nh, first + m, outputs);
+            m += outputs;
+        }
+        for (; count - m >= 4; m += 4) fourOutputs(window, h, y + m, nh, first + m);
+    } else if (isSpanStaged(step)) {
+        for (; count - m >= 8; m += 8) eightOutputs(window, h, y + m, nh, first + m * step, step);
+    }
+    for (; m < count; ++m) oneOutput(window, h, y + m, nh, first + m * step);
+}
+
+/**
  * Computes `count` outputs whose windows begin at samples first, first+step, ... The window is laid
- * end to end for the block filters where that is worth it; the rest, and filters too long for the
- * stage, walk the three runs of memory as they are.
+ * end to end for the block filters where that is worth it: in whole blocks, or all that there are.
  */
 void filterWindow(const Window& window, const float* h, float* y, int nh, int first, int count,
                   int step) {
     const int perStage = outputsPerStage(nh, step);
+    const int worthIt = step == 1 ? WidestBlock : 8;
     int m = 0;
-    while (std::min(perStage, count - m) >= FewestStagedOutputs) {
-        alignas(16) float stage[StageLength];
+    while (count - m >= FewestStagedOutputs && perStage >= std::min(worthIt, count - m)) {
+        alignas(64) float stage[StageLength];
         const int outputs = std::min(perStage, count - m);
         const int span = (outputs - 1) * step + 1;
         copyWindow(stage, window, first + m * step, span + nh - 1);
@@ -131,10 +193,7 @@ void filterWindow(const Window& window, const float* h, float* y, int nh, int fi
         }
         m += outputs;
     }
-    if (step == 1) {
-        for (; count - m >= 4; m += 4) fourOutputs(window, h, y + m, nh, first + m);
-    }
-    for (; m < count; ++m) oneOutput(window, h, y + m, nh, first + m * step);
+    filterInPlace(window, h, y + m, nh, first + m * step, count - m, step);
 }
 
 /** pos modulo nh, taken non-negative. */
@@ -165,6 +224,58 @@ void decimateBlock(const float* x, const float* h, const float* dl, int pos, flo
     sp_fir_gen_downsample_(x + 1 - nh + k, h, y + leading, nh, n - k, step);
 }
 
+/**
+ * A line in order is kept in order while the move is short (at most 2048 samples) or pays (a block
+ * of about half the taps, nh rounded down to a multiple of 8); otherwise it becomes circular. The
+ * bound and the rounding are deliberate: they decide where pos goes.
+ */
+bool isShifted(int pos, int nh, int n) {
+    return pos == 0 && nh <= 2048 && 4 * (nh / 8) <= n;
+}
+
+/** From so many taps on a line takes a single sample in circles, wherever its position is. */
+constexpr int FewestTapsInCircles = 8;
+
+/**
+ * The stream filter for one sample and at least FewestTapsInCircles taps, without a copy of the
+ * window. The sample takes the place of the oldest in the line, which no output needs any more:
+ * from pos on the line then is the window, with one seam where the array ends.
+ */
+int filterOneSample(float x, const float* h, float* dl, int pos, float* y, int nh) {
+    dl[pos > 0 ? pos - 1 : nh - 1] = x;
+    const int untilEnd = nh - pos, split = untilEnd % 4;
+    // The group of four across the seam, asked for long before it is needed.
+    alignas(16) float seam[8];
+    simd::store4(seam, simd::load4(dl + nh - 4));
+    simd::store4(seam + 4, simd::load4(dl));
+    const int seamTap = split > 0 ? untilEnd - split : -1;
+    const int lastBefore = untilEnd - 4;
+    // One loop over all groups, whose length no change of the position makes hard to foresee.
+    const auto samplesAt = [=, &seam](int tap) {
+        const float* const samples = dl + (pos + tap - (tap <= lastBefore ? 0 : nh));
+        return tap == seamTap ? seam + 4 - split : samples;
+    };
+    SumsInLanes<1> sums = emptyLanes<1>();
+    int tap = 0;
+    for (; nh - tap >= 4; tap += 4) addTaps(sums, samplesAt(tap), 0, h + tap, 4);
+    addTaps(sums, samplesAt(tap), 0, h + tap, nh - tap);
+    storeOutputs(y, sums);
+    return pos + 1 == nh ? 0 : pos + 1;
+}
+
+/** The same for few taps: the whole window is copied. */
+void filterOneOfFewTaps(float x, const float* h, const float* dl, int pos, float* y, int nh) {
+    alignas(16) float window[FewestTapsInCircles] = {};
+    for (int j = 0, at = pos; j < nh - 1; ++j) {
+        window[j] = dl[at];
+        at = at + 1 < nh ? at + 1 : 0;
+    }
+    window[nh - 1] = x;
+    SumsInLanes<1> sums = emptyLanes<1>();
+    addTaps(sums, window, 0, h, nh);
+    storeOutputs(y, sums);
+}
+
 }  // namespace
 
 Window windowOf(const float* x, const float* dl, int pos, int nh, int n) {
@@ -184,10 +295,7 @@ int update_delay_line(const float* x, float* dl, int pos, int nh, int n) {
         dl[nh - 1] = x[n - nh];
         return 0;
     }
-    // A line in order is kept in order while the move is short (at most 2048 samples) or pays (a
-    // block of about half the taps, nh rounded down to a multiple of 8); otherwise it becomes
-    // circular. The bound and the rounding are deliberate: they decide where pos goes.
-    if (pos == 0 && nh <= 2048 && 4 * (nh / 8) <= n) {
+    if (isShifted(pos, nh, n)) {
         const int kept = nh - 1 - n;
         const float beforeKept = dl[n - 1];
         std::memmove(dl, dl + n, static_cast<std::size_t>(kept) * sizeof(float));
@@ -195,7 +303,8 @@ int update_delay_line(const float* x, float* dl, int pos, int nh, int n) {
         dl[nh - 1] = beforeKept;
         return 0;
     }
-    const int end = (pos + n - 1) % nh;
+    const int last = pos + n - 1;  // below 2·nh: no division
+    const int end = last < nh ? last : last - nh;
     const int head = std::min(n, end);
     const int tail = n - head;
     copySamples(dl + nh - tail, x, tail);
@@ -239,6 +348,11 @@ int sp_fir_filter(const float* x, const float* h, float* dl, int pos, float* y, 
     }
     PLATFORM_ASSERT(n <= INT_MAX - (nh - 1));
     pos = normalised(pos, nh);
+    if (n == 1 && nh >= FewestTapsInCircles) return filterOneSample(x[0], h, dl, pos, y, nh);
+    if (n == 1) {
+        filterOneOfFewTaps(x[0], h, dl, pos, y, nh);
+        return update_delay_line(x, dl, pos, nh, 1);
+    }
     const int leading = n < nh ? n : std::min(n, wholeBlocks(nh - 1));
     if (leading > 0) filterWindow(windowOf(x, dl, pos, nh, n), h, y, nh, 0, leading, 1);
     if (leading < n) sp_fir_gen_(x + leading + 1 - nh, h, y + leading, nh, n - leading);

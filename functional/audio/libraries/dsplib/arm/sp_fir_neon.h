@@ -11,8 +11,10 @@
  * so a filter with impulse response g is passed as h[j] = g[nh-1-j]; a symmetric one as it is.
  *
  * Ownership: all arrays are the caller's; nothing is allocated, and nothing is kept between calls
- * but what the caller keeps in the delay line, the position and the phase. No alignment is needed
- * beyond that of float. Exactly the samples that are named here are read, none beyond.
+ * but what the caller keeps in the delay line, the position and the phase. Exactly the samples that
+ * are named here are read, none beyond.
+ *
+ * Alignment: none is asserted, and none is needed beyond that of float.
  *
  * Rounding: the order in which the products of an output are added depends on nh alone. The same
  * window gives the same bits wherever it lies in a block, however a stream is cut into blocks, and

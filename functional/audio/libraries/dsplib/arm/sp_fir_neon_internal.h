@@ -22,6 +22,16 @@ SP_SIMD_KERNEL(sp_fir_gen_downsample_,
 /** Block filter for any number of taps, 12 outputs a pass; nh >= 1, ny >= 0. */
 SP_SIMD_KERNEL(pipelined_unroll12x, void(const float* x, const float* h, float* y, int nh, int ny));
 
+/** Outputs whose sums sp_fir_add_taps adds to. */
+constexpr int SummedOutputs = 64;
+
+/**
+ * Adds taps 0 to taps-1 to the sums of SummedOutputs successive outputs: sums[r·SummedOutputs + i]
+ * is s_r of output i. More taps may follow if `taps` is a multiple of four. Reads h[0 .. taps-1]
+ * and x[0 .. taps+SummedOutputs-2]. For stream filters of more than about 2000 taps.
+ */
+SP_SIMD_KERNEL(sp_fir_add_taps, void(const float* x, const float* h, float* sums, int taps));
+
 /**
  * Stores n new samples in a delay line of nh and returns its new position; nh >= 1, n >= 1 and
  * 0 <= pos < nh. Reading circularly from the new position gives the nh-1 most recent samples,

@@ -49,6 +49,13 @@ inline F32x4 loadPadded(const float* from, int count, float padding) {
     return simd::load4(padded);
 }
 
+/** Four values of which the first `count` are kept; a vector's work where four may be read. */
+inline F32x4 loadMasked(const float* from, int count, float padding) {
+    alignas(16) static constexpr float Places[4] = {0.0f, 1.0f, 2.0f, 3.0f};
+    return simd::selectLess(simd::load4(Places), simd::splat4(static_cast<float>(count)),
+                            simd::load4(from), simd::splat4(padding));
+}
+
 // --- Outputs side by side -----------------------------------------------------------------------
 
 /** The four sums of 4·Vectors successive outputs. */
@@ -64,6 +71,26 @@ inline SumsOfOutputs<Vectors> emptySums() {
         unrolled<Vectors>([&](auto v) SP_FIR_INLINED { sums.sum[r][v] = simd::splat4(-0.0f); });
     });
     return sums;
+}
+
+/** Sums kept in memory, those of one r after those of another at a stride in floats. */
+template <int Vectors>
+inline SumsOfOutputs<Vectors> loadSums(const float* from, int stride) {
+    SumsOfOutputs<Vectors> sums;
+    unrolled<4>([&](auto r) SP_FIR_INLINED {
+        unrolled<Vectors>([&](auto v) SP_FIR_INLINED {
+            sums.sum[r][v] = simd::load4(from + r * stride + 4 * v);
+        });
+    });
+    return sums;
+}
+
+template <int Vectors>
+inline void storeSums(float* to, int stride, const SumsOfOutputs<Vectors>& sums) {
+    unrolled<4>([&](auto r) SP_FIR_INLINED {
+        unrolled<Vectors>(
+            [&](auto v) SP_FIR_INLINED { simd::store4(to + r * stride + 4 * v, sums.sum[r][v]); });
+    });
 }
 
 /** Adds tap r of a group of four, for r < 4, to every output. */
@@ -147,6 +174,15 @@ inline void addTaps(SumsInLanes<Outputs>& sums, const float* x, std::ptrdiff_t s
     unrolled<Outputs>([&](auto m) SP_FIR_INLINED {
         sums.sum[m] =
             simd::mulAdd(sums.sum[m], coefficients, loadPadded(x + m * step, taps, -0.0f));
+    });
+}
+
+/** Adds a last group of fewer than four taps where four samples may be read: many times faster. */
+template <int Outputs>
+inline void addMaskedTaps(SumsInLanes<Outputs>& sums, const float* x, std::ptrdiff_t step,
+                          F32x4 padded, int taps) {
+    unrolled<Outputs>([&](auto m) SP_FIR_INLINED {
+        sums.sum[m] = simd::mulAdd(sums.sum[m], padded, loadMasked(x + m * step, taps, -0.0f));
     });
 }
 

@@ -139,6 +139,16 @@ inline F32x8 gather8(const float* table, const std::int16_t* index) {
     return joined(gather4(table, index), gather4(table, index + 4));
 }
 
+/** (a0, a2, b0, b2) in each group */
+inline F32x8 evenLanes(F32x8 a, F32x8 b) {
+    return _mm256_shuffle_ps(a, b, _MM_SHUFFLE(2, 0, 2, 0));
+}
+
+/** (a1, a3, b1, b3) in each group */
+inline F32x8 oddLanes(F32x8 a, F32x8 b) {
+    return _mm256_shuffle_ps(a, b, _MM_SHUFFLE(3, 1, 3, 1));
+}
+
 /** (a0, a1, b0, b1) in each group */
 inline F32x8 lowHalves(F32x8 a, F32x8 b) {
     return _mm256_shuffle_ps(a, b, _MM_SHUFFLE(1, 0, 1, 0));
@@ -214,6 +224,12 @@ inline F32x8 mulAddLane(F32x8 accumulator, F32x8 v, F32x8 c) {
     return mulAdd(accumulator, v, _mm256_permute_ps(c, _MM_SHUFFLE(Lane, Lane, Lane, Lane)));
 }
 
+/** The lanes by columns: lane 0 of every group, then lane 1 of every group, ... */
+inline F32x8 columnsOfGroups(F32x8 v) {
+    const F32x4 low = _mm256_castps256_ps128(v), high = _mm256_extractf128_ps(v, 1);
+    return joined(zipLow(low, high), zipHigh(low, high));
+}
+
 /** Four values, the same in both groups */
 inline F32x8 load4Twice(const float* from) {
     return joined(load4(from), load4(from));
@@ -225,7 +241,11 @@ inline F32x8 load4Twice(const float* from) {
  * cross a cache line, then happens at every use.
  */
 inline F32x8 inRegister(F32x8 v) {
+#ifdef __AVX512VL__
+    __asm__("" : "+v"(v));  // one of 32
+#else
     __asm__("" : "+x"(v));
+#endif
     return v;
 }
 

@@ -13,6 +13,7 @@
 
 #include <immintrin.h>
 
+#include <cstddef>
 #include <cstdint>
 
 namespace simd {
@@ -36,6 +37,12 @@ inline void store16(float* to, F32x16 v) {
 
 inline F32x16 splat16(float value) {
     return _mm512_set1_ps(value);
+}
+
+/** As of eight lanes: of sixteen unaligned ones, fifteen in sixteen loads cross a cache line. */
+inline F32x16 inRegister(F32x16 v) {
+    __asm__("" : "+v"(v));
+    return v;
 }
 
 inline F32x16 add(F32x16 a, F32x16 b) {
@@ -177,6 +184,16 @@ inline F32x16 gather16(const float* table, const std::int16_t* index) {
     return joined(gather8(table, index), gather8(table, index + 8));
 }
 
+/** (a0, a2, b0, b2) in each group */
+inline F32x16 evenLanes(F32x16 a, F32x16 b) {
+    return _mm512_maskz_shuffle_ps(AllLanes, a, b, _MM_SHUFFLE(2, 0, 2, 0));
+}
+
+/** (a1, a3, b1, b3) in each group */
+inline F32x16 oddLanes(F32x16 a, F32x16 b) {
+    return _mm512_maskz_shuffle_ps(AllLanes, a, b, _MM_SHUFFLE(3, 1, 3, 1));
+}
+
 /** (a0, a1, b0, b1) in each group */
 inline F32x16 lowHalves(F32x16 a, F32x16 b) {
     return _mm512_maskz_shuffle_ps(AllLanes, a, b, _MM_SHUFFLE(1, 0, 1, 0));
@@ -252,6 +269,54 @@ inline F32x16 evenGroups(F32x16 a, F32x16 b) {
 /** (groups 1 and 3 of a, groups 1 and 3 of b) */
 inline F32x16 oddGroups(F32x16 a, F32x16 b) {
     return _mm512_maskz_shuffle_f32x4(AllLanes, a, b, _MM_SHUFFLE(3, 1, 3, 1));
+}
+
+/** The lanes by columns: lane 0 of every group, then lane 1 of every group, ... */
+inline F32x16 columnsOfGroups(F32x16 v) {
+    const __m512i lanes = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+    return _mm512_maskz_permutexvar_ps(AllLanes, lanes, v);
+}
+
+/** Four values, the same in all groups */
+inline F32x16 load4FourTimes(const float* from) {
+    return _mm512_maskz_broadcast_f32x4(AllLanes, load4(from));
+}
+
+struct F32x16Four {
+    F32x16 a, b, c, d;
+};
+
+/** Lane i of the k-th argument to lane k of the i-th result, in each group */
+inline F32x16Four transposedGroups(const F32x16Four& v) {
+    const F32x16 low0 = zipLow(v.a, v.c), high0 = zipHigh(v.a, v.c);
+    const F32x16 low1 = zipLow(v.b, v.d), high1 = zipHigh(v.b, v.d);
+    return {zipLow(low0, low1), zipHigh(low0, low1), zipLow(high0, high1), zipHigh(high0, high1)};
+}
+
+/** Four floats from each of four places, `stride` floats apart */
+inline F32x16 loadGroups(const float* from, std::ptrdiff_t stride) {
+    const F32x16 first = _mm512_castps128_ps512(load4(from));
+    const F32x16 second = _mm512_maskz_insertf32x4(AllLanes, first, load4(from + stride), 1);
+    const F32x16 third = _mm512_maskz_insertf32x4(AllLanes, second, load4(from + 2 * stride), 2);
+    return _mm512_maskz_insertf32x4(AllLanes, third, load4(from + 3 * stride), 3);
+}
+
+/** Columns 0 to 3 of sixteen rows, `row` floats apart */
+inline F32x16Four loadColumns(const float* from, std::ptrdiff_t row) {
+    return transposedGroups({loadGroups(from, 4 * row), loadGroups(from + row, 4 * row),
+                             loadGroups(from + 2 * row, 4 * row),
+                             loadGroups(from + 3 * row, 4 * row)});
+}
+
+/** What loadColumns loads from rows of four */
+inline void storeColumns(float* to, const F32x16Four& columns) {
+    const F32x16Four rows = transposedGroups(columns);  // group g of the k-th: row 4g + k
+    const F32x16 low0 = lowGroups(rows.a, rows.b), low1 = lowGroups(rows.c, rows.d);
+    const F32x16 high0 = highGroups(rows.a, rows.b), high1 = highGroups(rows.c, rows.d);
+    store16(to, evenGroups(low0, low1));
+    store16(to + 16, oddGroups(low0, low1));
+    store16(to + 32, evenGroups(high0, high1));
+    store16(to + 48, oddGroups(high0, high1));
 }
 
 template <int L>

@@ -9,31 +9,54 @@
 #ifndef DSPLIB_X86_SP_FIR_WIDE_H
 #define DSPLIB_X86_SP_FIR_WIDE_H
 
-#include <algorithm>
-
 #include "dsplib/arm/sp_fir_neon_blocks.h"
+#include "dsplib/arm/sp_fir_neon_internal.h"
 
 namespace sp_fir {
 inline namespace SP_SIMD_TARGET {
 
 struct SseLanes : FourLanes {
+    static constexpr int Vectors = BlockVectors;  // of outputs in a wide block
     static constexpr int Fronts = 1;
+    static constexpr int MostTerms = 4;          // of one sum at a time
     static constexpr int MostTapsAtOnce = 12;    // a register each, of 16
     static constexpr int MostTapsUnrolled = 24;  // in halves
+    static Type coefficient(const float* from) { return splat(*from); }
 };
 
 #if SP_SIMD_WIDEST >= 8
 struct AvxLanes : simd::Lanes<8> {
     static constexpr int Count = 8;
+    static constexpr int Vectors = BlockVectors;
     static constexpr int Fronts = 2;
+    static constexpr int MostTerms = 4;
     static constexpr int MostTapsAtOnce = 16;
     static constexpr int MostTapsUnrolled = 16;
     static Type load(const float* from) { return simd::inRegister(simd::load8(from)); }
+    static Type coefficient(const float* from) { return splat(*from); }
     static Type loadCoefficients(const float* four) { return simd::load4Twice(four); }
 };
 using BlockWidth = AvxLanes;
 #else
 using BlockWidth = SseLanes;
+#endif
+
+#if SP_SIMD_WIDEST >= 16
+/** With AVX-512 there are 32 registers, of eight lanes, too. */
+struct AvxLanesInMore : AvxLanes {
+    static constexpr int Vectors = 16;
+    static constexpr int Fronts = 1;
+};
+
+struct Avx512Lanes : simd::Lanes<16> {
+    static constexpr int Count = 16;
+    static constexpr int Vectors = 16;
+    static constexpr int Fronts = 1;
+    static constexpr int MostTerms = 8;
+    static Type load(const float* from) { return simd::inRegister(simd::load16(from)); }
+    static Type coefficient(const float* from) { return splat(*from); }
+    static Type loadCoefficients(const float* four) { return simd::load4FourTimes(four); }
+};
 #endif
 
 /**
@@ -50,8 +73,10 @@ template <class Width, int Vectors, int Taps, bool Start>
                                             typename Width::Type (&sum)[Vectors]) {
     constexpr int Stride = Width::Count / 4;
     constexpr int PerFront = Vectors / Width::Fronts;
+    // Nothing known of x: loads of the terms before would be kept for these, and spilled for it.
+    __asm__("" : "+r"(x));
     typename Width::Type coefficient[Taps];
-    unrolled<Taps>([&](auto k) SP_FIR_INLINED { coefficient[k] = Width::splat(h[4 * k]); });
+    unrolled<Taps>([&](auto k) SP_FIR_INLINED { coefficient[k] = Width::coefficient(h + 4 * k); });
     unrolled<Stride*(PerFront - 1) + Taps>([&](auto at) SP_FIR_INLINED {
         unrolled<Width::Fronts>([&](auto front) SP_FIR_INLINED {
             const auto samples = Width::load(x + 4 * at + Width::Count * PerFront * front);
@@ -68,13 +93,20 @@ template <class Width, int Vectors, int Taps, bool Start>
     });
 }
 
-/** All `terms` >= 4 terms of one of the four sums. */
+/** Adds `terms` terms to one of the four sums. */
 template <class Width, int Vectors>
-[[gnu::always_inline]] inline void sumTerms(const float* x, const float* h, int terms,
-                                            typename Width::Type (&sum)[Vectors]) {
-    addTerms<Width, Vectors, 4, true>(x, h, sum);
-    for (terms -= 4, x += 16, h += 16; terms >= 4; terms -= 4, x += 16, h += 16) {
-        addTerms<Width, Vectors, 4, false>(x, h, sum);
+[[gnu::always_inline]] inline void addAllTerms(const float* x, const float* h, int terms,
+                                               typename Width::Type (&sum)[Vectors]) {
+    constexpr int Most = Width::MostTerms;
+    for (; terms >= Most; terms -= Most, x += 4 * Most, h += 4 * Most) {
+        addTerms<Width, Vectors, Most, false>(x, h, sum);
+    }
+    if constexpr (Most > 4) {
+        if ((terms & 4) != 0) {
+            addTerms<Width, Vectors, 4, false>(x, h, sum);
+            x += 16;
+            h += 16;
+        }
     }
     if ((terms & 2) != 0) {
         addTerms<Width, Vectors, 2, false>(x, h, sum);
@@ -84,35 +116,71 @@ template <class Width, int Vectors>
     if ((terms & 1) != 0) addTerms<Width, Vectors, 1, false>(x, h, sum);
 }
 
+/** All `terms` >= MostTerms terms of one of the four sums. */
+template <class Width, int Vectors>
+[[gnu::always_inline]] inline void sumTerms(const float* x, const float* h, int terms,
+                                            typename Width::Type (&sum)[Vectors]) {
+    constexpr int Most = Width::MostTerms;
+    addTerms<Width, Vectors, Most, true>(x, h, sum);
+    addAllTerms<Width, Vectors>(x + 4 * Most, h + 4 * Most, terms - Most, sum);
+}
+
 /**
- * BlockVectors vectors of outputs, nh >= 16 taps, one of the four sums at a time. Reads
+ * Width::Vectors vectors of outputs, nh >= 4·MostTerms taps, one of the four sums at a time. Reads
  * x[0 .. outputs+nh-2] before it writes.
  */
 template <class Width>
 [[gnu::always_inline]] inline void wideBlock(const float* x, const float* h, float* y, int nh) {
-    typename Width::Type pair[2][BlockVectors];
-    for (int p = 0; p < 2; ++p) {
-        typename Width::Type even[BlockVectors];
-        typename Width::Type odd[BlockVectors];
-        const int first = 2 * p;  // s0 + s1, then s2 + s3
-        sumTerms<Width>(x + first, h + first, (nh - first + 3) / 4, even);
-        unrolled<BlockVectors>([&](auto v) SP_FIR_INLINED { pair[p][v] = even[v]; });
-        sumTerms<Width>(x + first + 1, h + first + 1, (nh - first + 2) / 4, odd);
-        unrolled<BlockVectors>([&](auto v)
-                                   SP_FIR_INLINED { pair[p][v] = simd::add(pair[p][v], odd[v]); });
+    constexpr int Vectors = Width::Vectors;
+    alignas(64) float front[Width::Count * Vectors], back[Width::Count * Vectors];
+    for (int r = 0; r < 4; ++r) {
+        typename Width::Type sum[Vectors];
+        sumTerms<Width>(x + r, h + r, (nh - r + 3) / 4, sum);
+        const auto withEach = [&](auto join) SP_FIR_INLINED {
+            unrolled<Vectors>([&](auto v) SP_FIR_INLINED { join(Width::Count * v, sum[v]); });
+        };
+        if (r == 0) {
+            withEach([&](int at, auto s) SP_FIR_INLINED { Width::store(front + at, s); });
+        } else if (r == 1) {
+            withEach([&](int at, auto s) SP_FIR_INLINED {
+                Width::store(front + at, simd::add(Width::load(front + at), s));
+            });
+        } else if (r == 2) {
+            withEach([&](int at, auto s) SP_FIR_INLINED { Width::store(back + at, s); });
+        } else {
+            withEach([&](int at, auto s) SP_FIR_INLINED {
+                const auto secondPair = simd::add(Width::load(back + at), s);
+                Width::store(y + at, simd::add(Width::load(front + at), secondPair));
+            });
+        }
     }
-    unrolled<BlockVectors>([&](auto v) SP_FIR_INLINED {
-        Width::store(y + Width::Count * v, simd::add(pair[0][v], pair[1][v]));
-    });
 }
 
 /** Whole wide blocks of a filter of nh >= 16 taps. Returns how many outputs it made. */
 template <class Width>
 inline int wideFilter(const float* x, const float* h, float* y, int nh, int ny) {
-    constexpr int Outputs = Width::Count * BlockVectors;
+    constexpr int Outputs = Width::Count * Width::Vectors;
     int i = 0;
     for (; ny - i >= Outputs; i += Outputs) wideBlock<Width>(x + i, h, y + i, nh);
     return i;
+}
+
+/** sp_fir_add_taps on the widest vectors */
+inline void addTapsWide(const float* x, const float* h, float* sums, int taps) {
+    using Width = BlockWidth;
+    constexpr int Outputs = Width::Count * BlockVectors;
+    static_assert(SummedOutputs % Outputs == 0);
+    for (int r = 0; r < 4; ++r) {
+        for (int i = 0; i < SummedOutputs; i += Outputs) {
+            float* const at = sums + r * SummedOutputs + i;
+            typename Width::Type sum[BlockVectors];
+            unrolled<BlockVectors>(
+                [&](auto v) SP_FIR_INLINED { sum[v] = Width::load(at + Width::Count * v); });
+            addAllTerms<Width>(x + i + r, h + r, (taps - r + 3) / 4, sum);
+            unrolled<BlockVectors>(
+                [&](auto v) SP_FIR_INLINED { Width::store(at + Width::Count * v, sum[v]); });
+        }
+    }
 }
 
 /** Adds the two sums 2·Pair and 2·Pair+1 of one vector of outputs. */
@@ -145,7 +213,7 @@ template <class Width, int Taps>
     constexpr int RunVectors = 32;
     int i = 0;
     while (ny - i >= Width::Count) {
-        const int vectors = std::min(RunVectors, (ny - i) / Width::Count);
+        const int left = (ny - i) / Width::Count, vectors = left < RunVectors ? left : RunVectors;
         typename Width::Type front[RunVectors];
         for (int v = 0; v < vectors; ++v) {
             front[v] = pairOfSums<Width, Taps, 0>(x + i + Width::Count * v, taps);
@@ -159,6 +227,17 @@ template <class Width, int Taps>
     return i;
 }
 
+/** The wide blocks that suit nh >= 16 taps; returns how many outputs they made. */
+inline int wideBlocks(const float* x, const float* h, float* y, int nh, int ny) {
+    int made = 0;
+#if SP_SIMD_WIDEST >= 16
+    made = nh >= 4 * Avx512Lanes::MostTerms ? wideFilter<Avx512Lanes>(x, h, y, nh, ny)
+                                            : wideFilter<AvxLanesInMore>(x, h, y, nh, ny);
+#endif
+    made += wideFilter<BlockWidth>(x + made, h, y + made, nh, ny - made);
+    return made;
+}
+
 /** A filter of Taps taps; returns how many outputs it made. Fewer than a half block is left. */
 template <class Width, int Taps>
 inline int filterOfTaps(const float* x, const float* h, float* y, int ny) {
@@ -169,7 +248,7 @@ inline int filterOfTaps(const float* x, const float* h, float* y, int ny) {
         constexpr int Half = Width::Count * BlockVectors / 2;
         const int first = ny / Half % 2 * Half;
         if (first > 0) unrolledFilter<Width, Taps>(x, h, y, first);
-        return first + wideFilter<Width>(x + first, h, y + first, Taps, ny - first);
+        return first + wideBlocks(x + first, h, y + first, Taps, ny - first);
     } else {
         return unrolledFilter<Width, Taps>(x, h, y, ny);
     }
@@ -183,7 +262,7 @@ inline int filterWideBlocks(const float* x, const float* h, float* y, int nh, in
             nh, [=](auto taps) { return filterOfTaps<BlockWidth, taps>(x, h, y, ny); },
             std::make_integer_sequence<int, MostUnrolled>{});
     }
-    int made = wideFilter<BlockWidth>(x, h, y, nh, ny);
+    int made = wideBlocks(x, h, y, nh, ny);
     if constexpr (BlockWidth::Count > 4) {
         made += wideFilter<SseLanes>(x + made, h, y + made, nh, ny - made);
     }

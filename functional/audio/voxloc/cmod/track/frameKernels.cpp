@@ -12,6 +12,29 @@ void SP_SIMD_HERE::scale(const float* in, float factor, float* out, int count) {
     });
 }
 
+float SP_SIMD_HERE::scaleAndSquare(const float* in, float factor, float refused, float* out,
+                                   int count) {
+    constexpr int width = simd::StreamLanes;
+    constexpr int together = 4;  // maxima, since each has to wait for the one before
+    using Lanes = simd::Lanes<width>;
+    const auto factors = Lanes::splat(factor), limit = Lanes::splat(refused);
+    simd::F32<width> largest[together];
+    for (auto& largestSquare : largest) largestSquare = Lanes::splat(0.0f);
+    for (int i = 0; i < count; i += together * width) {
+        int at = i;
+        for (auto& largestSquare : largest) {
+            const auto value = simd::mul(Lanes::load(in + at), factors);
+            Lanes::store(out + at, value);
+            // In this order what is no number gives the limit.
+            const auto square = simd::smaller(simd::mul(value, value), limit);
+            largestSquare = simd::larger(square, largestSquare);
+            at += width;
+        }
+    }
+    return simd::largestLane(
+        simd::larger(simd::larger(largest[0], largest[1]), simd::larger(largest[2], largest[3])));
+}
+
 void SP_SIMD_HERE::multiply(const float* a, const float* b, float* out, int count) {
     simd::forLanes(0, count, [=](int i, auto width) {
         using Lanes = simd::Lanes<width>;

@@ -9,6 +9,16 @@ namespace voxloc {
 /** out[i] = in[i]·factor; out may be in. */
 SP_SIMD_KERNEL(scale, void(const float* in, float factor, float* out, int count));
 
+/**
+ * out[i] = in[i]·factor, and the largest square of these: `refused` when one reaches that or is no
+ * number.
+ *
+ * @param out    may be in
+ * @param count  a multiple of 64
+ */
+SP_SIMD_KERNEL(scaleAndSquare,
+               float(const float* in, float factor, float refused, float* out, int count));
+
 /** out[i] = a[i]·b[i]; out may be a or b. */
 SP_SIMD_KERNEL(multiply, void(const float* a, const float* b, float* out, int count));
 

@@ -7,18 +7,13 @@
 #include "dsplib/simd/simd.h"
 #include "flushToZero.h"
 #include "frameKernels.h"
+#include "frameScaling.h"
 #include "grids.h"
 #include "voxloc.h"
 
 namespace {
 
 constexpr char SourcePath[] = "functional/audio/voxloc/cmod/track/voxloc";
-
-/** 1 / 2^(bits-1) */
-float fullScaleReciprocal(std::uint32_t bits) {
-    constexpr std::uint32_t beyondAnyExponent = 1024;
-    return std::ldexp(1.0f, 1 - static_cast<int>(std::min(bits, beyondAnyExponent)));
-}
 
 /** Four interleaved partial sums, added at the end. */
 float channelEnergy(const float* samples, float scale) {
@@ -34,7 +29,7 @@ float channelEnergy(const float* samples, float scale) {
 /** A function of its own, so that none of its operations moves to where exceptions trap. */
 [[gnu::noinline]] void sumEnergies(const float* frame, std::uint32_t bits, std::int32_t nchannels,
                                    float* energies) {
-    const float scale = fullScaleReciprocal(bits);
+    const float scale = voxloc::fullScaleReciprocal(bits);
     for (std::int32_t c = 0; c < nchannels; ++c) {
         energies[c] = channelEnergy(frame + c * FRAME_SAMPLES, scale);
     }
@@ -52,7 +47,7 @@ void voxloc_calculateSignalEnergy(const float* frame, uint32_t bits, int32_t nch
 }
 
 void voxloc_normalizeInput(const float* frame, float* out, uint32_t bits, int32_t nchannels) {
-    voxloc::scale(frame, fullScaleReciprocal(bits), out, nchannels * FRAME_SAMPLES);
+    voxloc::scale(frame, voxloc::fullScaleReciprocal(bits), out, nchannels * FRAME_SAMPLES);
 }
 
 void voxloc_vectorMultiply(const float* a, const float* b, float* out, int32_t count) {

@@ -41,7 +41,7 @@ bool judgeStationarity(NoiseLevelEstimator& estimator, const BandLevels& band) {
         const std::int16_t limit = durationLimit(band);
         estimator.CurrentNoiseDurationLimit = limit;
         estimator.NoiseDetectionCounter =
-            std::min(static_cast<std::int16_t>(estimator.NoiseDetectionCounter + 1), limit);
+            static_cast<std::int16_t>(std::min(estimator.NoiseDetectionCounter + 1, int{limit}));
         fast = limit <= estimator.NoiseDetectionCounter;
     } else {
         estimator.NoiseDetectionCounter = 0;

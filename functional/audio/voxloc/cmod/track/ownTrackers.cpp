@@ -173,6 +173,10 @@ float voxloc_getTrackerUltraSoundLevel(const VoxlocTracker* tracker) {
     return tracker->tracker.UltraSound.MaxUltraSoundLevel_dB;
 }
 
+uint64_t voxloc_getTrackerSilencedSamples(const VoxlocTracker* tracker) {
+    return tracker->tracker.Silenced.count;
+}
+
 void voxloc_setLog(VoxlocTracker* tracker, VoxlocLog log, void* context) {
     tracker->tracker.log = {log, context};
 }

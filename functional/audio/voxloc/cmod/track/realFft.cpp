@@ -58,6 +58,7 @@ void voxloc_ifft(int n, float* input, const float* twiddles, float* output, int 
 
 void voxloc_realFft(int size, float* input, const float* twiddles, float* result, int radix,
                     const float* aTable, const float* bTable, float* work) {
+    if (size < 0) return;
     const int half = size / 2;
     voxloc_fft(half, input, twiddles, work, radix);
     voxloc::splitFft(half, work, aTable, bTable, result);
@@ -65,6 +66,7 @@ void voxloc_realFft(int size, float* input, const float* twiddles, float* result
 
 void voxloc_realIfft(int size, float* spectrum, const float* twiddles, float* scratch, int radix,
                      const float* aTable, const float* bTable) {
+    if (size < 0) return;
     const int half = size / 2;
     voxloc::splitIfft(half, spectrum, aTable, bTable, scratch);
     voxloc_ifft(half, scratch, twiddles, spectrum, radix);

@@ -62,7 +62,6 @@ void split(int n, const float* x, const float* aTable, const float* bTable, floa
 // spectrum that the split reads, so that the split has to be through before.
 
 void SP_SIMD_HERE::splitFft(int n, float* x, const float* aTable, const float* bTable, float* out) {
-    if (n < 0) return;
     x[2 * n] = x[0];
     x[2 * n + 1] = x[1];
     split<Direction::Forward>(n, x, aTable, bTable, out);

@@ -202,9 +202,17 @@ void loseFrame(Recording& recording, const Log& log, int error) {
     if (recording.lostFrames < UINT32_MAX) ++recording.lostFrames;
 }
 
-bool looksLikeFile(int descriptor) {
+/**
+ * Finds out whether it is a file; if not, it needs memory. False when either is not to be had: what
+ * is not known to be a file could not be kept whole.
+ */
+bool prepare(Recording& recording, int descriptor) {
     struct stat status;
-    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    if (fstat(descriptor, &status) != 0) return false;
+    recording.isFile = S_ISREG(status.st_mode);
+    if (recording.isFile) return true;
+    recording.rest = static_cast<unsigned char*>(std::malloc(LongestRecord));
+    return recording.rest != nullptr;
 }
 
 }  // namespace
@@ -215,13 +223,9 @@ int startRecording(Recording& recording, const char* path, std::int32_t product,
     recording = {};
     const int descriptor = path != nullptr ? openForWriting(path) : -1;
     if (descriptor < 0) return 0;
-    recording.isFile = looksLikeFile(descriptor);
-    if (!recording.isFile) {
-        recording.rest = static_cast<unsigned char*>(std::malloc(LongestRecord));
-        if (recording.rest == nullptr) {
-            close(descriptor);
-            return 0;
-        }
+    if (!prepare(recording, descriptor)) {
+        close(descriptor);
+        return 0;
     }
     recording.descriptor = descriptor;
     const unsigned char header[] = {FileMark, FormatVersion, static_cast<unsigned char>(product),
@@ -245,6 +249,7 @@ void recordFrame(Recording& recording, const Log& log, const float* frame, int s
     errno = EPIPE;  // of a recording that is abandoned
     if (append(recording, record)) {
         recording.isHeaderOwed = false;
+        recording.isRestOfFrame = true;
     } else {
         loseFrame(recording, log, errno);
     }
@@ -257,7 +262,8 @@ void stopRecording(Recording& recording) {
         const Attempt attempt;
         cutTornRecord(recording);
         // The reader sees the last record's start alone and knows that it is not whole.
-        if (!writeRest(recording, attempt)) ++recording.lostFrames;
+        const bool isWhole = writeRest(recording, attempt);
+        if (!isWhole && recording.isRestOfFrame) ++recording.lostFrames;
     }
     close(recording.descriptor);
     std::free(recording.rest);

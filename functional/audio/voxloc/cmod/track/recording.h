@@ -16,12 +16,13 @@ namespace voxloc {
 
 /** Zero-filled, it is a recording that was never started. */
 struct Recording {
-    int descriptor;     // above 2; 0 while none is open
-    bool isFile;        // can be cut back; else a pipe or a device
-    bool isTorn;        // part of a record stands behind the file's `length`
-    bool isStalled;     // the reader let a frame wait for too long and has not caught up
-    bool isAbandoned;   // the reader has left: nothing more is written
-    bool isHeaderOwed;  // goes in front of the first record
+    int descriptor;      // above 2; 0 while none is open
+    bool isFile;         // can be cut back; else a pipe or a device
+    bool isTorn;         // part of a record stands behind the file's `length`
+    bool isStalled;      // the reader let a frame wait for too long and has not caught up
+    bool isAbandoned;    // the reader has left: nothing more is written
+    bool isHeaderOwed;   // goes in front of the first record
+    bool isRestOfFrame;  // not of the header
     unsigned char header[4];
     std::int64_t length;  // bytes that stand whole in the file
     unsigned char* rest;  // what a pipe did not take of a record that it has begun to take

@@ -11,6 +11,7 @@
 #include <cstdint>
 
 #include "UltraSoundDistortionDetection.h"
+#include "frameScaling.h"
 #include "frequencyDomainVad.h"
 #include "grids.h"
 #include "microphonePair.h"
@@ -115,7 +116,8 @@ struct Tracker {
     VOXLOC_TRACKER_BUFFERS(VOXLOC_DECLARE_BUFFER)
 #undef VOXLOC_DECLARE_BUFFER
 
-    // Work of a frame, and which buffers take turns
+    // Work of a frame, and which buffers take turns. The raw input of the frame before is kept for
+    // who looks at it: what a frame needs of it stands in InputAudio.
     alignas(64) float FftInput[CorrelationBufferFloats];
     alignas(64) float FftOutput[CorrelationBufferFloats];
     float* CurrentRawAudioInput;
@@ -128,6 +130,7 @@ struct Tracker {
     alignas(64) float AzimuthElevationResult[AzimuthElevationPoints];
     alignas(64) float AzimuthRangeResult[AzimuthRangePoints];
     std::int32_t BlockedCounter;  // frames judged as a panel mounted upside down
+    SilencedSamples Silenced;
 
     // Detectors
     TimeDomainVad TimeDomain;

@@ -41,8 +41,10 @@ AudioGenerator* createAudioGenerator(uint32_t (*getNumberOfChannels)(void),
                                      const Position* (*getMicrophoneCoordinates)(uint32_t channel),
                                      int offsetSpeech) {
     auto* generator = static_cast<AudioGenerator*>(std::malloc(sizeof(AudioGenerator)));
+    PLATFORM_ASSERT(generator != nullptr);
     generator->frame =
         static_cast<float*>(std::calloc(VOXLOC_MAX_CHANNELS * FRAME_SAMPLES, sizeof(float)));
+    PLATFORM_ASSERT(generator->frame != nullptr);
     generator->position = 0;
     generator->getNumberOfChannels = getNumberOfChannels;
     generator->getMicrophoneCoordinates = getMicrophoneCoordinates;

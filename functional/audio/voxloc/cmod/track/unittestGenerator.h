@@ -47,7 +47,7 @@ typedef struct AudioGenerator {
     int offsetSpeech; /**< non-zero: speech is raised by 2^23 and scaled by a tenth */
 } AudioGenerator;
 
-/** A new generator; the caller destroys it. Out of memory is not checked. */
+/** A new generator; the caller destroys it. Asserts that there was enough memory. */
 AudioGenerator* createAudioGenerator(uint32_t (*getNumberOfChannels)(void),
                                      const Position* (*getMicrophoneCoordinates)(uint32_t channel),
                                      int offsetSpeech);

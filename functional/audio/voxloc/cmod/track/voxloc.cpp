@@ -184,7 +184,7 @@ void calculate(Tracker& tracker, const float* frame, std::uint32_t bits, std::ui
                            voxloc_getFlag(VOXLOC_INPUT_NOISE_FLAG, flags)};
     Detections found = {0, 0, 0, 0};
     recordFrame(tracker.recording, tracker.log, frame, channels * FRAME_SAMPLES, bits, flags);
-    voxloc_normalizeInput(frame, tracker.CurrentRawAudioInput, bits, channels);
+    scaleFrame(tracker.Silenced, tracker.log, frame, bits, channels, tracker.CurrentRawAudioInput);
     detectTimeDomainActivity(tracker.TimeDomain, tracker.CurrentRawAudioInput, &found.tdVoice);
     computeSpectra(tracker);
     weighFrequencies(tracker);

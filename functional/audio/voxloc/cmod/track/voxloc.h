@@ -15,8 +15,10 @@
  * frame arithmetic, real transforms) are in voxlocParts.h.
  *
  * Floating-point exceptions that the host program lets trap do not trap inside these calls, and
- * what the unit remembers of exceptions is as before on return; the parts in voxlocParts.h run in
- * the caller's mode.
+ * what the unit remembers of exceptions is as before on return. While a frame is processed, numbers
+ * below the normal format count as zero. Rounding is the caller's: results are what they should be
+ * when it is to nearest, as in every program that does not change it. The parts in voxlocParts.h
+ * run in the caller's mode.
  *
  * Units: positions in metres, angles in radians inside the module and in degrees in the result,
  * 48,000 samples per second, lags of the correlations at 192,000 per second.
@@ -60,13 +62,18 @@ enum {
 
 /** Bits of the flag word that comes out with a result; all others are 0. */
 enum {
-    VOXLOC_FLAG_VOICE = 0,         /**< voice, frequency-domain detector */
-    VOXLOC_FLAG_TD_VOICE = 1,      /**< voice, time-domain detector */
+    VOXLOC_FLAG_VOICE = 0,         /**< voice, frequency-domain detector. Drops out when speech goes
+                                        on for 32,767 frames (23 minutes) without a pause of one
+                                        frame, until there is a pause, or after 23 minutes more */
+    VOXLOC_FLAG_TD_VOICE = 1,      /**< time-domain detector: 0 for a click and the frame after it;
+                                        1 for steady sound, speech, noise and digital silence */
     VOXLOC_FLAG_SOUND = 2,         /**< any sound above the noise level */
     VOXLOC_FLAG_FAR_END = 3,       /**< copy of VOXLOC_INPUT_FAR_END */
     VOXLOC_FLAG_NOISE_INPUT = 4,   /**< copy of VOXLOC_INPUT_NOISE_FLAG */
-    VOXLOC_FLAG_ULTRASOUND = 5,    /**< ultrasound distortion, on one frame in 20 at most */
-    VOXLOC_FLAG_POSITION_VALID = 7 /**< 0 when the panel seems to be mounted upside down */
+    VOXLOC_FLAG_ULTRASOUND = 5,    /**< ultrasound distortion, on one frame in 20 at most; judged by
+                                        voxloc_getUltraSoundLevel, the kept level included */
+    VOXLOC_FLAG_POSITION_VALID = 7 /**< 0 when the panel seems to be mounted upside down, which only
+                                        PRODUCT_ASTER can tell: 1 for all others */
 };
 
 /** What the tracker finds out about a frame. */
@@ -102,18 +109,26 @@ void voxloc_destroy(void);
  *
  * @param frame   in, channels·FRAME_SAMPLES samples, channel-major (channel c from c·FRAME_SAMPLES
  *                on), integer values as floats; not modified, not kept
- * @param bits    significant bits of the samples: 24 for a full scale of 2^23
+ * @param bits    significant bits of the samples: 24 for a full scale of 2^23, 1 for one of 1; 25
+ *                to 32 for integers of so many bits, whose lowest ones a float cannot hold; 0 for a
+ *                full scale of 1/2, and from 128 on everything counts as silence
  * @param flags   VOXLOC_INPUT_... by bit position
  * @param result  out, written last; must not overlap frame
  *
  * Asserts that the module is initialised and neither pointer is null. Nothing is allocated. Any
- * sample value is safe: the process is unharmed. A NaN, an infinity or a value whose square
- * overflows stays in the noise power of the bins that it reached, as a rule all bins of its
- * channel. They are not updated any more and drop out of the position: at once, or where they still
- * hold an earlier value after 35 frames at most. When the noise level takes it in, too, the sound
- * flag reads 0 from then on and the voice flag from the end of its hangover on (34 frames at most).
- * The other flags recover by themselves. voxloc_destroy followed by voxloc_initialize restores
- * everything.
+ * sample value and any number of bits is safe.
+ *
+ * Samples that no converter gives are taken as silence: what is no number, and what lies beyond 64
+ * times full scale (36 dB). They are counted (voxloc_getSilencedSamples), and a warning in the log
+ * tells of the first one of a spell; a spell ends after 24 frames without (a second). A recording
+ * holds them as they came. Bits that are too few for the samples show in this way, too.
+ *
+ * Once the room is known, which takes the 40 first frames with sound (1.7 s), results are right
+ * again 30 frames (1.3 s) after a frame of silenced samples, 40 (1.7 s) after a burst of one frame
+ * at full scale and 60 (2.6 s) after one at 64 times that: the same flags, angles within a step of
+ * the grid, quality within 0.001. Before, a burst counts as the noise of the room for a time: the
+ * voice flag, and with it the position in pauses, may be missing for 120 frames (5 s) after one at
+ * full scale, and for 210 (9 s) after the other.
  */
 void voxloc_calculate(const float* frame, uint32_t bits, uint32_t flags, TrackerResult* result);
 
@@ -139,8 +154,19 @@ const Position* voxloc_getMicrophoneCoordinates(uint32_t channel);
  * Level of the loudest microphone in the band from 20.25 to 21.6 kHz, in dB. Refreshed on every
  * 20th frame; -100 before the first time, minus infinity for digital silence. 0 before the first
  * voxloc_initialize, the last level after voxloc_destroy.
+ *
+ * A level above -60 dB that stands less than 15 dB above that of the band from 18 to 20 kHz is
+ * broadband noise, and the level found before is kept in its place: under such noise from the start
+ * it stays -100. When a beacon gives way to such noise its level stays, and VOXLOC_FLAG_ULTRASOUND
+ * is set as long as it lies above -25 dB and more than 15 dB above what that band has now.
  */
 float voxloc_getUltraSoundLevel(void);
+
+/**
+ * Samples that were taken as silence since voxloc_initialize, see voxloc_calculate; of a program
+ * that hands in what a converter gives, 0. Stays after voxloc_destroy.
+ */
+uint64_t voxloc_getSilencedSamples(void);
 
 /**
  * Energy of each channel of a frame: the sum over its samples of (sample / 2^(bits-1))². Needs no
@@ -149,7 +175,8 @@ float voxloc_getUltraSoundLevel(void);
  * @param frame      in, nchannels·FRAME_SAMPLES samples, layout as for voxloc_calculate
  * @param bits       significant bits of the samples
  * @param nchannels  1 to VOXLOC_MAX_CHANNELS, asserted
- * @param energies   out, VOXLOC_MAX_CHANNELS floats; those from nchannels on are set to 0
+ * @param energies   out, VOXLOC_MAX_CHANNELS floats; those from nchannels on are set to 0; what
+ *                   voxloc_calculate silences counts here, and may give infinity or NaN
  */
 void voxloc_calculateSignalEnergy(const float* frame, uint32_t bits, int32_t nchannels,
                                   float* energies);
@@ -332,6 +359,9 @@ const VoxlocArray* voxloc_getArray(const VoxlocTracker* tracker);
 
 /** As voxloc_getUltraSoundLevel. */
 float voxloc_getTrackerUltraSoundLevel(const VoxlocTracker* tracker);
+
+/** As voxloc_getSilencedSamples, since the tracker was made or reset. */
+uint64_t voxloc_getTrackerSilencedSamples(const VoxlocTracker* tracker);
 
 /**
  * Takes a text of the tracker's log, one line or more with their ends, on the tracker's thread and

@@ -78,6 +78,10 @@ float voxloc_getUltraSoundLevel(void) {
     return module.tracker.UltraSound.MaxUltraSoundLevel_dB;
 }
 
+uint64_t voxloc_getSilencedSamples(void) {
+    return module.tracker.Silenced.count;
+}
+
 int voxloc_record_start(const char* path) {
     Tracker& tracker = module.tracker;
     return voxloc::startRecording(tracker.recording, path, tracker.ProductType,

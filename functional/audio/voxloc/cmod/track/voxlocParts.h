@@ -53,19 +53,26 @@ float voxloc_calculateDistance(const Position* a, const Position* b);
  * Lag, 0 to 16384, at which the correlation of a microphone pair peaks when the sound's path to the
  * first microphone is longer by pathDifference metres; negative differences wrap to the end.
  * Differences just below 0 give 16384, one past the last lag. A NaN gives 0.
+ *
+ * Paths differ by less than 14.8 m in all that trackers take. Beyond 29.7 m either way the result
+ * is no lag: above 16384, and 32767 from 59.4 m on; below 0, and -32768 from -89.1 m on.
  */
 int16_t voxloc_distanceToSampleDelay(float pathDifference);
 
 /**
  * The spectrum bins (11.71875 Hz each) that a pair of microphones uses: from where half a
- * wavelength equals their spacing up to about 17 kHz.
+ * wavelength equals their spacing up to about 17 kHz. Closer than 1.03 cm there are none: the lower
+ * bin is above the upper one, 65,535 at most and where the microphones coincide.
  */
 void voxloc_setCutoffCoefficients(const Position* a, const Position* b, uint16_t* upperBin,
                                   uint16_t* lowerBin);
 
 /* --- Frame arithmetic ------------------------------------------------------------------------- */
 
-/** out[i] = frame[i] / 2^(bits-1) for nchannels·FRAME_SAMPLES samples; out may be frame. */
+/**
+ * out[i] = frame[i] / 2^(bits-1) for nchannels·FRAME_SAMPLES samples, whatever they are; out may be
+ * frame. What voxloc_calculate silences stays as it is here.
+ */
 void voxloc_normalizeInput(const float* frame, float* out, uint32_t bits, int32_t nchannels);
 
 /** out[i] = a[i]·b[i] for count floats; out may be a or b. */

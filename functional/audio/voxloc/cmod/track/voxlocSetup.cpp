@@ -227,6 +227,7 @@ void setUp(Tracker& tracker) {
     pointAtBuffers(tracker);
     generateTransformTables(tracker.Tables);
     buildGeometry(tracker);
+    tracker.Silenced = {};
     resetDetectors(tracker);
 }
 
@@ -299,6 +300,7 @@ void forgetFrames(Tracker& tracker) {
     clear(tracker.AzimuthElevationResult, AzimuthElevationPoints);
     clear(tracker.AzimuthRangeResult, AzimuthRangePoints);
     tracker.BlockedCounter = 0;
+    tracker.Silenced = {};
     pointAtBuffers(tracker);
     resetDetectors(tracker);
     resetUltraSoundDistortionDetector(tracker.UltraSound);
