@@ -1,9 +1,15 @@
 // Linked into every suite of the build that counts what is reached: a process that ends by abort()
-// writes its counts before.
+// or _exit() writes its counts before.
 
 #include <csignal>
 
 extern "C" void __gcov_dump();
+extern "C" [[noreturn]] void __real__exit(int status);
+
+extern "C" [[noreturn]] void __wrap__exit(int status) {
+    __gcov_dump();
+    __real__exit(status);
+}
 
 namespace {
 

@@ -19,7 +19,7 @@ using Lags = std::vector<std::int16_t>;
 
 class SumCorrelations : public ::testing::Test {
   protected:
-    static constexpr std::size_t MostPairs = 5;
+    static constexpr std::size_t MostPairs = 8;
 
     SumCorrelations() {
         std::mt19937 random(41);
@@ -114,6 +114,11 @@ TEST_F(SumCorrelations, StartsItsSearchAtTheLowestFloat) {
     correlations_[0][static_cast<std::size_t>(lags_[0][7])] = -3.0e38f;
     EXPECT_EQ(sum(1, 20), -3.0e38f);
     EXPECT_EQ(largest_[0], -3.0e38f);
+}
+
+TEST_F(SumCorrelations, OfNoPairIsTheLowestFloatAndWritesNothing) {
+    EXPECT_EQ(sum(0, 16), Lowest);
+    for (std::size_t i = 0; i < 16; ++i) EXPECT_TRUE(std::isnan(sum_[i])) << i;
 }
 
 int firstMaximum(const std::vector<float>& sum) {

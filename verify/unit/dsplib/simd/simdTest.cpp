@@ -432,4 +432,20 @@ TEST(SixteenLanes, GroupMovesKeepGroupsWhole) {
 }
 #endif
 
+#if SP_SIMD_WIDEST >= 16
+// The window of 64 floats, each of its quarters, and indices that do not fit it.
+TEST(SixteenLanes, AreGatheredFromIndicesHoweverFarApart) {
+    std::vector<float> table(200);
+    for (std::size_t i = 0; i < table.size(); ++i) table[i] = static_cast<float>(i) + 0.5f;
+    for (int reach = 0; reach < 100; ++reach) {
+        std::int16_t index[16];
+        for (int i = 0; i < 16; ++i) index[i] = static_cast<std::int16_t>(5 + i * reach / 15);
+        const Values<16> gathered = unload<16>(simd::gather16(table.data(), index));
+        for (std::size_t i = 0; i < 16; ++i) {
+            EXPECT_EQ(gathered[i], static_cast<float>(index[i]) + 0.5f) << reach << ", lane " << i;
+        }
+    }
+}
+#endif
+
 }  // namespace
