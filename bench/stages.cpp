@@ -7,6 +7,7 @@
 #include "track/UltraSoundDistortionDetection.h"
 #include "track/crossSpectrum.h"
 #include "track/frameKernels.h"
+#include "track/frameScaling.h"
 #include "track/frequencyDomainVad.h"
 #include "track/gridSearch.h"
 #include "track/loudspeakerZone.h"

@@ -331,6 +331,28 @@ TYPED_TEST(StreamWidth, GatherReadsWhatEachIndexNames) {
     }
 }
 
+// Wide gathers take indices that lie close together out of whole vectors.
+TYPED_TEST(StreamWidth, GatherReadsALaneThatLiesApartFromTheOthers) {
+    constexpr std::size_t L = TypeParam::Count;
+    std::vector<float> table(1000);
+    for (std::size_t i = 0; i < table.size(); ++i) table[i] = static_cast<float>(i) * 0.25f;
+    for (const int apart : {-70, -1, 31, 32, 40, 63, 64, 200}) {
+        for (std::size_t lane = 0; lane < L; ++lane) {
+            std::array<std::int16_t, L> index;
+            for (std::size_t i = 0; i < L; ++i) {
+                index[i] =
+                    static_cast<std::int16_t>(300 + (i == lane ? apart : static_cast<int>(i)));
+            }
+            const Values<TypeParam::Count> gathered = unload<TypeParam::Count>(
+                Lanes<TypeParam::Count>::gather(table.data(), index.data()));
+            for (std::size_t i = 0; i < L; ++i) {
+                ASSERT_EQ(gathered[i], table[static_cast<std::size_t>(index[i])])
+                    << "lane " << i << ", lane " << lane << " apart by " << apart;
+            }
+        }
+    }
+}
+
 TEST(ForLanes, VisitsEachElementOnceWithWholeStepsFirst) {
     for (const int begin : {0, 3}) {
         for (int count = 0; count <= 2 * simd::StreamLanes + 1; ++count) {
@@ -345,6 +367,19 @@ TEST(ForLanes, VisitsEachElementOnceWithWholeStepsFirst) {
             }
             EXPECT_EQ(single, count % simd::StreamLanes) << count;
         }
+    }
+}
+
+TEST(FourLanes, AnyLessLooksAtEveryLaneAndPassesOverNaN) {
+    const Values<4> limits = {1.0f, 2.0f, -3.0f, 4.0f};
+    EXPECT_FALSE(simd::anyLess(load<4>(limits), load<4>(limits)));
+    for (std::size_t i = 0; i < 4; ++i) {
+        Values<4> values = limits;
+        values[i] -= 0.5f;
+        EXPECT_TRUE(simd::anyLess(load<4>(values), load<4>(limits))) << "lane " << i;
+        EXPECT_FALSE(simd::anyLess(load<4>(limits), load<4>(values))) << "lane " << i;
+        values[i] = std::numeric_limits<float>::quiet_NaN();
+        EXPECT_FALSE(simd::anyLess(load<4>(values), load<4>(limits))) << "lane " << i;
     }
 }
 

@@ -44,7 +44,10 @@ inline F32x4 mulAdd(F32x4 accumulator, F32x4 a, F32x4 b) {
     return vmlaq_f32(accumulator, a, b);
 }
 
+/** Whether a division of vectors is one of each lane, and worth a look at whether it is needed. */
 #ifdef __aarch64__
+
+constexpr bool DividesByLane = false;
 
 inline F32x4 div(F32x4 a, F32x4 b) {
     return vdivq_f32(a, b);
@@ -55,6 +58,8 @@ inline F32x4 squareRoot(F32x4 v) {
 }
 
 #else
+
+constexpr bool DividesByLane = true;
 
 /** Lane by lane: the 32-bit unit has only estimates of a reciprocal, and results are exact here. */
 inline F32x4 div(F32x4 a, F32x4 b) {
@@ -96,6 +101,13 @@ inline uint32x2_t isLess(F32x2 a, F32x2 b) {
     asm("vcgt.f32 %P0, %P1, %P2" : "=w"(less) : "w"(b), "w"(a));
     return less;
 #endif
+}
+
+/** Whether a < b in any lane */
+inline bool anyLess(F32x4 a, F32x4 b) {
+    const uint32x4_t less = isLess(a, b);
+    const uint32x2_t half = vorr_u32(vget_low_u32(less), vget_high_u32(less));
+    return vget_lane_u64(vreinterpret_u64_u32(half), 0) != 0;
 }
 
 /** x where a < b, else y; y too where a or b is NaN */

@@ -56,6 +56,9 @@ inline F32x4 mulAdd(F32x4 accumulator, F32x4 a, F32x4 b) {
     return add(accumulator, mul(a, b));
 }
 
+/** Whether a division of vectors is one of each lane, and worth a look at whether it is needed. */
+constexpr bool DividesByLane = true;
+
 inline F32x4 div(F32x4 a, F32x4 b) {
     return lanewise(a, b, [](float x, float y) { return x / y; });
 }
@@ -72,6 +75,14 @@ inline F32x4 smaller(F32x4 a, F32x4 b) {
 /** a where a > b, else b; b too where one of them is NaN */
 inline F32x4 larger(F32x4 a, F32x4 b) {
     return lanewise(a, b, [](float x, float y) { return x > y ? x : y; });
+}
+
+/** Whether a < b in any lane */
+inline bool anyLess(F32x4 a, F32x4 b) {
+    for (std::size_t i = 0; i < 4; ++i) {
+        if (a.lane[i] < b.lane[i]) return true;
+    }
+    return false;
 }
 
 /** x where a < b, else y; y too where a or b is NaN */

@@ -45,6 +45,9 @@ inline F32x4 mulAdd(F32x4 accumulator, F32x4 a, F32x4 b) {
 #endif
 }
 
+/** Whether a division of vectors is one of each lane, and worth a look at whether it is needed. */
+constexpr bool DividesByLane = false;
+
 inline F32x4 div(F32x4 a, F32x4 b) {
     return _mm_div_ps(a, b);
 }
@@ -61,6 +64,11 @@ inline F32x4 smaller(F32x4 a, F32x4 b) {
 /** a where a > b, else b; b too where one of them is NaN */
 inline F32x4 larger(F32x4 a, F32x4 b) {
     return _mm_max_ps(a, b);
+}
+
+/** Whether a < b in any lane */
+inline bool anyLess(F32x4 a, F32x4 b) {
+    return _mm_movemask_ps(_mm_cmplt_ps(a, b)) != 0;
 }
 
 /** x where a < b, else y; y too where a or b is NaN */

@@ -38,6 +38,10 @@ void SP_SIMD_HERE::updateFrequencyWeights(const float* spectrum, int count, floa
         const auto estimate = simd::add(before, simd::mul(simd::sub(power, before), rate));
         Lanes::store(noisePower + j, estimate);
         const auto excess = simd::sub(power, simd::mul(Lanes::splat(NoiseMargin), estimate));
+        if constexpr (simd::DividesByLane && width == 4) {
+            // Most bins stand out at no time: no weight, and nothing to divide.
+            if (!simd::anyLess(zero, excess)) return Lanes::store(weight + j, zero);
+        }
         const auto share = simd::div(simd::mul(excess, Lanes::splat(WeightGain)), power);
         // In this order a NaN gives 0.
         const auto clamped = simd::smaller(simd::larger(share, zero), Lanes::splat(LargestWeight));
