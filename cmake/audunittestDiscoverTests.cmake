@@ -7,9 +7,10 @@
 # run through it.
 #
 # A test passes if and only if the program, running it by name, reports its success and exits with 0;
-# a test that ends the program before has failed. A program that cannot list its tests, or lists none, stops ctest with an error; a program that is not built
-# is the failing test <target>_NOT_BUILT. With a generator of several configurations ctest must be
-# told which (-C), otherwise the failing test is <target>_NEEDS_A_CONFIGURATION.
+# a test that ends the program before has failed. A program that cannot list its tests, or lists
+# none, stops ctest with an error; a program that is not built is the failing test
+# <target>_NOT_BUILT. With a generator of several configurations ctest must be told which (-C),
+# otherwise the failing test is <target>_NEEDS_A_CONFIGURATION.
 function(audunittest_discover_tests target)
   set(script "${CMAKE_CURRENT_BINARY_DIR}/${target}_tests")
   file(GENERATE OUTPUT "${script}-$<CONFIG>.cmake" CONTENT

@@ -24,14 +24,19 @@
 
 #include "simd.h"
 
+namespace simd {
+
+/** A function's type as one name, by which a function can be declared. */
+template <class Signature>
+using Function = Signature;
+
+}  // namespace simd
+
 #ifdef SP_SIMD_SEVERAL_WIDTHS
 
 #include "dsplib/sp_simd.h"
 
 namespace simd {
-
-template <class Signature>
-using Function = Signature;
 
 template <class Signature, Signature AtFour, Signature AtEight, Signature AtSixteen>
 struct Kernel;
@@ -71,13 +76,6 @@ struct Kernel<Result (*)(Arguments...), AtFour, AtEight, AtSixteen> {
 #endif
 
 #else
-
-namespace simd {
-
-template <class Signature>
-using Function = Signature;
-
-}  // namespace simd
 
 // clang-format off
 #define SP_SIMD_KERNEL(name, ...)                                  \

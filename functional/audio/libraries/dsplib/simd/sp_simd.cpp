@@ -13,8 +13,8 @@ namespace {
 std::atomic<int> lanesInUse(0);  // 0: nobody has asked yet
 
 /**
- * The processor's word for AVX-512 is taken for the four parts of it that the kernels are compiled
- * for; what the operating system does not save, the compiler's library counts as missing.
+ * AVX-512 counts where all four parts of it are that the kernels are compiled for. What the
+ * operating system does not save, the compiler's library takes for missing.
  */
 int widestOfMachine() {
     const bool avx512 = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
