@@ -105,6 +105,10 @@ function(voxloc_add_wider_kernels library)
     voxloc_compile_room(${target})
     target_compile_options(${target} PRIVATE ${VOXLOC_FLAGS_${width}} -fno-tree-vectorize
       -fno-semantic-interposition)
+    if(CMAKE_CXX_FLAGS MATCHES "-fsanitize=[a-z,]*undefined")
+      # The baseline's objects have these checks of the same source; here they cost minutes.
+      target_compile_options(${target} PRIVATE -fno-sanitize=undefined)
+    endif()
     target_sources(${library} PRIVATE $<TARGET_OBJECTS:${target}>)
   endforeach()
 endfunction()

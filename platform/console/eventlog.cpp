@@ -33,7 +33,8 @@ int eventlogputs(const char* text) {
 }
 
 int eventlogwrite(const void* buffer, size_t length) {
-    return flushed(std::fwrite(buffer, 1, length, stderr) == length);
+    // Nothing may come from nowhere, which fwrite does not allow.
+    return flushed(length == 0 || std::fwrite(buffer, 1, length, stderr) == length);
 }
 
 void eventlog_die(const char* format, ...) {
