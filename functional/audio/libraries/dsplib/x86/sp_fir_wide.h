@@ -25,10 +25,11 @@ struct SseLanes : FourLanes {
 };
 
 #if SP_SIMD_WIDEST >= 8
-struct AvxLanes : simd::Lanes<8> {
+template <int VectorsOfABlock, int FrontsAtOnce>
+struct EightLanes : simd::Lanes<8> {
     static constexpr int Count = 8;
-    static constexpr int Vectors = BlockVectors;
-    static constexpr int Fronts = 2;
+    static constexpr int Vectors = VectorsOfABlock;
+    static constexpr int Fronts = FrontsAtOnce;
     static constexpr int MostTerms = 4;
     static constexpr int MostTapsAtOnce = 16;
     static constexpr int MostTapsUnrolled = 16;
@@ -36,6 +37,7 @@ struct AvxLanes : simd::Lanes<8> {
     static Type coefficient(const float* from) { return splat(*from); }
     static Type loadCoefficients(const float* four) { return simd::load4Twice(four); }
 };
+using AvxLanes = EightLanes<BlockVectors, 2>;
 using BlockWidth = AvxLanes;
 #else
 using BlockWidth = SseLanes;
@@ -43,10 +45,7 @@ using BlockWidth = SseLanes;
 
 #if SP_SIMD_WIDEST >= 16
 /** With AVX-512 there are 32 registers, of eight lanes, too. */
-struct AvxLanesInMore : AvxLanes {
-    static constexpr int Vectors = 16;
-    static constexpr int Fronts = 1;
-};
+using AvxLanesInMore = EightLanes<16, 1>;
 
 struct Avx512Lanes : simd::Lanes<16> {
     static constexpr int Count = 16;
