@@ -1,7 +1,6 @@
 #include "crossSpectrum.h"
 
-#include <cstring>
-
+#include "clearBins.h"
 #include "dsplib/simd/simdLanes.h"
 #include "grids.h"
 
@@ -16,11 +15,6 @@ constexpr float NoiseMargin = 9.0f;  // a bin must exceed its noise power by tha
 constexpr float WeightGain = 1.25f;
 constexpr float LargestWeight = 0.5f;
 constexpr float SmallestWeight = 1e-7f;  // below it a frame does not update the bin
-
-/** Zeroes the complex bins from `begin` up to `end`. */
-inline void clear(float* bins, int begin, int end) {
-    std::memset(bins + 2 * begin, 0, static_cast<std::size_t>(end - begin) * 2 * sizeof *bins);
-}
 
 }  // namespace
 
@@ -54,8 +48,8 @@ void SP_SIMD_HERE::smoothCrossSpectrum(const MicrophonePair& pair, SmoothingGate
                                        const MicrophoneSpectrum& second, const float* previous,
                                        float* current, std::uint8_t* counter) {
     const int begin = pair.lowerBin, end = pair.upperBin + 1;
-    clear(current, 0, begin);
-    clear(current, end, SpectrumBins);
+    clearBins(current, 0, begin);
+    clearBins(current, end, SpectrumBins);
     const auto smooth = [=](int k, auto width, auto re, auto im) {
         using Lanes = simd::Lanes<width>;
         const auto zero = Lanes::splat(0.0f), one = Lanes::splat(1.0f);

@@ -1,7 +1,6 @@
 #include "phaseTransform.h"
 
-#include <cstring>
-
+#include "clearBins.h"
 #include "dsplib/simd/simdLanes.h"
 #include "voxlocParts.h"
 
@@ -13,11 +12,6 @@ constexpr float SmallestMagnitude2 = 1e-14f;  // squared; below it a bin has no 
 constexpr int Points = CorrelationLags / 2;   // of the complex spectrum
 
 static_assert(Points == FFT_MAX, "the library's transform of the ends has one size");
-
-inline void clear(float* out, int begin, int end) {
-    if (begin >= end) return;
-    std::memset(out + 2 * begin, 0, static_cast<std::size_t>(end - begin) * 2 * sizeof *out);
-}
 
 /** The whitened values of as many bins as Lanes has lanes. */
 template <class Lanes>
@@ -35,10 +29,10 @@ inline typename Lanes::Pairs phaseAt(const float* bins) {
 
 void SP_SIMD_HERE::whitenAndSplit(const float* crossSpectrum, int begin, int end,
                                   const float* aTable, const float* bTable, float* out) {
-    clear(out, 0, begin);
-    clear(out, end, MaxBinsInUse);
-    clear(out, Points - MaxBinsInUse, Points - end + 1);
-    clear(out, Points - begin + 1, Points);
+    clearBins(out, 0, begin);
+    clearBins(out, end, MaxBinsInUse);
+    clearBins(out, Points - MaxBinsInUse, Points - end + 1);
+    clearBins(out, Points - begin + 1, Points);
     // G(k) = X(k)·conj(A(k)) + conj(X(n-k))·conj(B(k)): of the two products one is always zero.
     simd::forLanes(begin, end, [=](int k, auto width) {
         using Lanes = simd::Lanes<width>;
@@ -66,7 +60,7 @@ void SP_SIMD_HERE::correlate(const float* crossSpectrum, int begin, int end, int
     if (lags <= NearLags) {
         sp_ifft_ends(scratch, correlation, lags / 2);  // two lags an element
     } else {
-        clear(scratch, MaxBinsInUse, Points - MaxBinsInUse);
+        clearBins(scratch, MaxBinsInUse, Points - MaxBinsInUse);
         voxloc_ifft(Points, scratch, nullptr, correlation, 0);
     }
 }
