@@ -15,6 +15,9 @@
 namespace cfft {
 inline namespace SP_SIMD_TARGET {
 
+/** Floats that a leaf of 8 points takes in the output buffer */
+constexpr int LeafFloats = 16;
+
 /** Whether the offset of a 16-point unit is that of its first leaf (>= 0) or of its second. */
 enum class Orientation { Positive, Negative };
 
@@ -67,6 +70,12 @@ inline void butterfly4(Block<L>& x0, Block<L>& x1, Block<L>& x2, Block<L>& x3,
     x1 = Sign < 0 ? x1 + turned : x1 - turned;
 }
 
+/** Values of a node a quarter apart. */
+template <class Z>
+struct Quarters {
+    Z x0, x1, x2, x3;
+};
+
 /** Values of a node an eighth apart. */
 template <class Z>
 struct Eighths {
@@ -84,7 +93,23 @@ inline void butterfly8(Eighths<Z>& x, Twiddle<Z> half, Twiddle<Z> whole, Twiddle
     butterfly4<D>(x.x1, x.x3, x.x5, x.x7, wholeLater);
 }
 
-/** `stride` in floats */
+// `stride` in floats
+
+template <class Z>
+inline Quarters<Z> loadQuarters(const float* from, std::ptrdiff_t stride) {
+    using At = Memory<Z>;
+    return {At::load(from), At::load(from + stride), At::load(from + 2 * stride),
+            At::load(from + 3 * stride)};
+}
+
+template <Layout Out, class Z>
+inline void storeQuarters(float* to, std::ptrdiff_t stride, const Quarters<Z>& x) {
+    store<Out>(to, x.x0);
+    store<Out>(to + stride, x.x1);
+    store<Out>(to + 2 * stride, x.x2);
+    store<Out>(to + 3 * stride, x.x3);
+}
+
 template <class Z>
 inline Eighths<Z> loadEighths(const float* from, std::ptrdiff_t stride) {
     using At = Memory<Z>;
@@ -117,14 +142,9 @@ inline void combine4Part(int M, float* data, std::ptrdiff_t begin, std::ptrdiff_
     const std::ptrdiff_t quarter = M / 2;  // in floats, as k is
     const float* const w = twiddlesOf(M);
     for (std::ptrdiff_t k = 2 * begin; k < 2 * end; k += 2 * Z::Elements) {
-        float* const p = data + k;
-        Z x0 = At::load(p), x1 = At::load(p + quarter);
-        Z x2 = At::load(p + 2 * quarter), x3 = At::load(p + 3 * quarter);
-        butterfly4<D>(x0, x1, x2, x3, At::loadTwiddle(w + k));
-        store<Out>(p, x0);
-        store<Out>(p + quarter, x1);
-        store<Out>(p + 2 * quarter, x2);
-        store<Out>(p + 3 * quarter, x3);
+        Quarters<Z> x = loadQuarters<Z>(data + k, quarter);
+        butterfly4<D>(x.x0, x.x1, x.x2, x.x3, At::loadTwiddle(w + k));
+        storeQuarters<Out>(data + k, quarter, x);
     }
 }
 
@@ -149,43 +169,43 @@ inline void combine8(int M, float* data) {
     }
 }
 
-/** Part of a node of size 32, from float k of its leaves on: the unit in front, two bare leaves. */
-template <Direction D, Orientation O, Layout Out, class Z>
-inline void combineLeaves32At(float* data, int k, Z x0, Z x1, Z x2, Z x3) {
+/** Values from float k of four leaves on become those of a node of size 32: a unit, two leaves. */
+template <Direction D, Orientation O, class Z>
+inline void nodeOf32(Quarters<Z>& x, int k) {
     using At = Memory<Z>;
-    float* const p = data + k;
-    joinLeaves<D, O>(x0, x1, At::loadTwiddle(w_nl.data() + k));
-    butterfly4<D>(x0, x1, x2, x3, At::loadTwiddle(twiddlesOf(32) + k));
-    store<Out>(p, x0);
-    store<Out>(p + 16, x1);
-    store<Out>(p + 32, x2);
-    store<Out>(p + 48, x3);
+    joinLeaves<D, O>(x.x0, x.x1, At::loadTwiddle(w_nl.data() + k));
+    butterfly4<D>(x.x0, x.x1, x.x2, x.x3, At::loadTwiddle(twiddlesOf(32) + k));
+}
+
+/** The same of eight leaves and a node of size 64: three units and two bare leaves, then 8-way. */
+template <Direction D, Orientation O, class Z>
+inline void nodeOf64(Eighths<Z>& x, int k) {
+    using At = Memory<Z>;
+    const Twiddle<Z> t = At::loadTwiddle(w_nl.data() + k);
+    joinLeaves<D, O>(x.x0, x.x1, t);
+    joinLeaves<D, Orientation::Positive>(x.x4, x.x5, t);
+    joinLeaves<D, Orientation::Negative>(x.x6, x.x7, t);
+    butterfly8<D>(x, At::loadTwiddle(twiddlesOf(32) + k), At::loadTwiddle(twiddlesOf(64) + k),
+                  At::loadTwiddle(twiddlesOf(64) + LeafFloats + k));
 }
 
 /** A node of size 32 from its leaves. */
 template <Direction D, Orientation O, Layout Out, class Z>
 inline void combineLeaves32(float* data) {
-    using At = Memory<Z>;
-    for (int k = 0; k < 16; k += 2 * Z::Elements) {  // in floats
-        float* const p = data + k;
-        combineLeaves32At<D, O, Out, Z>(data, k, At::load(p), At::load(p + 16), At::load(p + 32),
-                                        At::load(p + 48));
+    for (int k = 0; k < LeafFloats; k += 2 * Z::Elements) {
+        Quarters<Z> x = loadQuarters<Z>(data + k, LeafFloats);
+        nodeOf32<D, O>(x, k);
+        storeQuarters<Out>(data + k, LeafFloats, x);
     }
 }
 
-/** A node of size 64 from its leaves: three 16-point units and two bare leaves, then 8-way. */
+/** A node of size 64 from its leaves. */
 template <Direction D, Orientation O, Layout Out, class Z>
 inline void combineLeaves64(float* data) {
-    using At = Memory<Z>;
-    for (int k = 0; k < 16; k += 2 * Z::Elements) {  // in floats
-        Eighths<Z> x = loadEighths<Z>(data + k, 16);
-        const Twiddle<Z> t = At::loadTwiddle(w_nl.data() + k);
-        joinLeaves<D, O>(x.x0, x.x1, t);
-        joinLeaves<D, Orientation::Positive>(x.x4, x.x5, t);
-        joinLeaves<D, Orientation::Negative>(x.x6, x.x7, t);
-        butterfly8<D>(x, At::loadTwiddle(twiddlesOf(32) + k), At::loadTwiddle(twiddlesOf(64) + k),
-                      At::loadTwiddle(twiddlesOf(64) + 16 + k));
-        storeEighths<Out>(data + k, 16, x);
+    for (int k = 0; k < LeafFloats; k += 2 * Z::Elements) {
+        Eighths<Z> x = loadEighths<Z>(data + k, LeafFloats);
+        nodeOf64<D, O>(x, k);
+        storeEighths<Out>(data + k, LeafFloats, x);
     }
 }
 

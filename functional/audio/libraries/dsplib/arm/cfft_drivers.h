@@ -7,12 +7,32 @@
 #if SP_SIMD_WIDEST > 4
 #include "dsplib/x86/cfft_wide32.h"
 #endif
+#if SP_SIMD_WIDEST >= 16
+#include "dsplib/x86/cfft_wide128.h"
+#endif
 
 namespace cfft {
 inline namespace SP_SIMD_TARGET {
 
 template <int L>
 using Arranged = typename CombineArrangement<L>::Type;
+
+/** The front of a node of M > 32 elements as one node from its leaves; returns that one's size. */
+template <Direction D, Orientation O, int L>
+inline int firstNode([[maybe_unused]] int M, float* data) {
+#if SP_SIMD_WIDEST >= 16
+    // What makes the further levels come in twos.
+    if constexpr (L >= 16) {
+        constexpr unsigned OddPowers = 0xAAAAAAAA;
+        if ((static_cast<unsigned>(M) & OddPowers) != 0) {
+            combineLeaves128<D, O, Layout::Blocks>(data);
+            return 128;
+        }
+    }
+#endif
+    combineLeaves64<D, O, Layout::Blocks, Arranged<L>>(data);
+    return 64;
+}
 
 /**
  * A node of M = 32 to 4096 elements from its stored leaves, in blocks. O is the orientation of the
@@ -23,11 +43,10 @@ template <Direction D, Orientation O, int L>
 void noLeaves(int M, float* data) {
     constexpr Orientation Positive = Orientation::Positive, Negative = Orientation::Negative;
     if (M == 32) return combineLeaves32<D, O, Layout::Blocks, Arranged<L>>(data);
-    combineLeaves64<D, O, Layout::Blocks, Arranged<L>>(data);
 
     // In floats a node of size s that begins at data has its third quarter at s and its last at
     // 3s/2. Up to 1024 it grows by two levels a pass, above by one.
-    int s = 128;
+    int s = 2 * firstNode<D, O, L>(M, data);
     while (M > s && s <= 2047) {
         noLeaves<D, Positive, L>(s / 4, data + s);
         noLeaves<D, Negative, L>(s / 4, data + 3 * s / 2);
@@ -80,6 +99,10 @@ void transform(int N, int log2N, const float* x, float* y) {
         combineLeaves32<D, Orientation::Positive, Layout::Interleaved, Arranged<L>>(y);
     } else if (N == 64) {
         combineLeaves64<D, Orientation::Positive, Layout::Interleaved, Arranged<L>>(y);
+#if SP_SIMD_WIDEST >= 16
+    } else if (L >= 16 && N == 128) {
+        combineLeaves128<D, Orientation::Positive, Layout::Interleaved>(y);
+#endif
     } else if (N == 128 || N >= 4096) {
         finishBy4<D, L>(N, y);
     } else {

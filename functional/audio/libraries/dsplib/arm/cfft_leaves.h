@@ -96,9 +96,6 @@ struct LeafPlan {
     }
 };
 
-/** Floats that one leaf takes in the output buffer */
-constexpr int LeafFloats = 16;
-
 /** Where the eight elements of the adjacent leaves of one vector begin in the input. */
 struct LeafInput {
     const float* first;     // element 0

@@ -27,14 +27,17 @@ inline void combine32(float* y, const LeafBlocks (&even)[2], const LeafBlocks (&
         const auto whole = [](Block<8> low, Block<8> high) {
             return Block<16>{simd::joined(low.lanes, high.lanes)};
         };
-        return combineLeaves32At<D, Positive, Out, Block<16>>(
-            y, 0, whole(even[0].first, even[1].first), whole(even[0].second, even[1].second),
-            whole(odd[0].first, odd[1].first), whole(odd[0].second, odd[1].second));
+        Quarters<Block<16>> x = {
+            whole(even[0].first, even[1].first), whole(even[0].second, even[1].second),
+            whole(odd[0].first, odd[1].first), whole(odd[0].second, odd[1].second)};
+        nodeOf32<D, Positive>(x, 0);
+        return storeQuarters<Out>(y, LeafFloats, x);
     }
 #endif
     for (int i = 0; i < 2; ++i) {
-        combineLeaves32At<D, Positive, Out, Block<8>>(y, 8 * i, even[i].first, even[i].second,
-                                                      odd[i].first, odd[i].second);
+        Quarters<Block<8>> x = {even[i].first, even[i].second, odd[i].first, odd[i].second};
+        nodeOf32<D, Positive>(x, 8 * i);
+        storeQuarters<Out>(y + 8 * i, LeafFloats, x);
     }
 }
 
