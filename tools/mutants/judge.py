@@ -307,7 +307,8 @@ class Worker:
                     if not suite.changed() and target != "verify_voxloc_unittest":
                         continue
                     changed = changed or target != "verify_voxloc_unittest"
-                    for lanes in widths if len(targets) == 1 else widths[:1]:
+                    near = len(targets) == 1 or target in SUITES_OF_OTHERS
+                    for lanes in widths if near else widths[:1]:
                         failure = suite.failure(lanes)
                         if failure:
                             at = f" at {lanes} lanes" if lanes else ""

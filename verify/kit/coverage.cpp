@@ -1,5 +1,5 @@
-// Linked into every suite of the build that counts what is reached: a process that ends by abort()
-// or _exit() writes its counts before.
+// Linked into every suite of the build that counts what is reached: a process that ends by abort(),
+// _exit() or _Exit() writes its counts before.
 
 #include <csignal>
 
@@ -14,6 +14,10 @@ extern "C" [[noreturn]] void __real__exit(int status);
 extern "C" [[noreturn]] void __wrap__exit(int status) {
     __gcov_dump();
     __real__exit(status);
+}
+
+extern "C" [[noreturn]] void __wrap__Exit(int status) {
+    __wrap__exit(status);
 }
 
 namespace {

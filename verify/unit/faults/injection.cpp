@@ -60,6 +60,7 @@ Report* report = nullptr;
 Fault fault;
 bool isWatched = false;
 int calls = 0, open_ = 0, struckTotal = 0;
+std::function<void()> inTheWorld = [] {};
 
 /** 0 when the call goes to the system, else its way to fail. */
 int strike(Call call) {
@@ -180,7 +181,9 @@ off_t __wrap_lseek64(int descriptor, off_t offset, int from) {
 }
 
 int __wrap_ppoll(pollfd* polled, nfds_t count, const timespec* time, const sigset_t* mask) {
-    return strike(Poll) != 0 ? -1 : __real_ppoll(polled, count, time, mask);
+    if (strike(Poll) != 0) return -1;
+    inTheWorld();
+    return __real_ppoll(polled, count, time, mask);
 }
 
 // What was to be closed is closed all the same, as the system does it.
@@ -200,6 +203,7 @@ Outcome outcomeOf(const Fault& wanted, int status, const std::string& text) {
         const Kind& kind = Kinds[static_cast<std::size_t>(report->struck)];
         outcome.call = kind.name;
         outcome.ways = static_cast<int>(kind.ways.size());
+        if (report->hasFailed) outcome.error = kind.ways[static_cast<std::size_t>(wanted.way)];
     }
     outcome.hasFailed = report->hasFailed;
     outcome.status = status;
@@ -276,6 +280,10 @@ int count() {
 
 void countOne() {
     ++struckTotal;
+}
+
+void whileWaiting(const std::function<void()>& happens) {
+    inTheWorld = happens;
 }
 
 void watch(bool watched) {

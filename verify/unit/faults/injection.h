@@ -24,6 +24,7 @@ struct Outcome {
     int ways = 0;            // in which the call can fail; 0: there was no such call
     bool hasFailed = false;  // and it has
     std::string call;        // the function
+    int error = 0;           // that it failed with; negative: it did less than it should
     int status = 0;          // the exit status; minus the signal that ended it otherwise
     std::string text;        // its standard error
 
@@ -52,6 +53,9 @@ int count();
 
 /** Adds one that did not come from here. */
 void countOne();
+
+/** In a scenario: what happens in the world while ppoll waits. */
+void whileWaiting(const std::function<void()>& happens);
 
 /** In a scenario: from here on calls are counted, or not. It ends with not. */
 void watch(bool isWatched);

@@ -44,6 +44,13 @@ TEST(Calls, OfLongFiltersAreCorrect) {
     }
 }
 
+// Wide kernels lay a block's input out anew, as far as it fits into 4096 floats.
+TEST(Calls, OfFiltersAboutAsLongAsALaidOutInputAreCorrect) {
+    for (const int nh : {3600, 3800, 3820, 3830, 3850, 4000, 4095, 4096, 4097, 5000}) {
+        ASSERT_TRUE(isCorrect({Filter::DecimatingBlock, nh, 3 * 130, 3}));
+    }
+}
+
 TEST(Calls, OfEveryStepAndPhaseAreCorrect) {
     for (int step = 1; step <= 17; ++step) {
         for (int nh = 0; nh <= 40; ++nh) {

@@ -1,6 +1,5 @@
-// Every function of the vector layer, at every width that this build has, against plain arithmetic.
-
-#include <gtest/gtest.h>
+// The vector layer at every width that this build has, against plain arithmetic: lane by lane.
+// simdGroupsTest.cpp has what works on groups of lanes, and gathers.
 
 #include <array>
 #include <cmath>
@@ -9,45 +8,18 @@
 #include <limits>
 #include <vector>
 
-#include "dsplib/simd/simdLanes.h"
 #include "kit/guardedFloats.h"
+#include "simdTesting.h"
 
 namespace {
 
-using simd::Lanes;
+using namespace simdtest;
 
 #ifdef SP_SIMD_FUSED
 constexpr bool FusedMultiplyAdd = true;
 #else
 constexpr bool FusedMultiplyAdd = false;
 #endif
-
-template <int L>
-using Values = std::array<float, L>;
-
-/** Distinct values whose products do not fit a float, so that one rounding differs from two. */
-template <int L>
-Values<L> values(float first) {
-    Values<L> v;
-    for (int i = 0; i < L; ++i) {
-        const float magnitude = first + 0.7f * static_cast<float>(i) + 1e-6f;
-        v[static_cast<std::size_t>(i)] = i % 3 == 1 ? -magnitude : magnitude;
-    }
-    return v;
-}
-
-template <int L>
-simd::F32<L> load(const Values<L>& v) {
-    alignas(8) const Values<L> aligned = v;  // two lanes ask for that
-    return Lanes<L>::load(aligned.data());
-}
-
-template <int L>
-Values<L> unload(simd::F32<L> v) {
-    alignas(8) Values<L> out;
-    Lanes<L>::store(out.data(), v);
-    return out;
-}
 
 template <class Width>
 class EveryWidth : public testing::Test {};
@@ -58,24 +30,6 @@ class FourLanesAndMore : public testing::Test {};
 template <class Width>
 class StreamWidth : public testing::Test {};
 
-template <int L>
-struct Width {
-    static constexpr int Count = L;
-};
-
-#if SP_SIMD_WIDEST >= 16
-using AllWidths = testing::Types<Width<1>, Width<2>, Width<4>, Width<8>, Width<16>>;
-using WideWidths = testing::Types<Width<4>, Width<8>, Width<16>>;
-using StreamWidths = testing::Types<Width<1>, Width<4>, Width<8>, Width<16>>;
-#elif SP_SIMD_WIDEST >= 8
-using AllWidths = testing::Types<Width<1>, Width<2>, Width<4>, Width<8>>;
-using WideWidths = testing::Types<Width<4>, Width<8>>;
-using StreamWidths = testing::Types<Width<1>, Width<4>, Width<8>>;
-#else
-using AllWidths = testing::Types<Width<1>, Width<2>, Width<4>>;
-using WideWidths = testing::Types<Width<4>>;
-using StreamWidths = testing::Types<Width<1>, Width<4>>;
-#endif
 TYPED_TEST_SUITE(EveryWidth, AllWidths, );
 TYPED_TEST_SUITE(FourLanesAndMore, WideWidths, );
 TYPED_TEST_SUITE(StreamWidth, StreamWidths, );
@@ -319,40 +273,6 @@ TYPED_TEST(StreamWidth, IntegersAreTruncated) {
     }
 }
 
-TYPED_TEST(StreamWidth, GatherReadsWhatEachIndexNames) {
-    constexpr int L = TypeParam::Count;
-    std::vector<float> table(1000);
-    for (std::size_t i = 0; i < table.size(); ++i) table[i] = static_cast<float>(i) * 0.25f;
-    std::array<std::int16_t, L> index;
-    for (std::size_t i = 0; i < L; ++i) index[i] = static_cast<std::int16_t>(999 - 37 * i);
-    const Values<L> gathered = unload<L>(Lanes<L>::gather(table.data(), index.data()));
-    for (std::size_t i = 0; i < L; ++i) {
-        EXPECT_EQ(gathered[i], table[static_cast<std::size_t>(index[i])]);
-    }
-}
-
-// Wide gathers take indices that lie close together out of whole vectors.
-TYPED_TEST(StreamWidth, GatherReadsALaneThatLiesApartFromTheOthers) {
-    constexpr std::size_t L = TypeParam::Count;
-    std::vector<float> table(1000);
-    for (std::size_t i = 0; i < table.size(); ++i) table[i] = static_cast<float>(i) * 0.25f;
-    for (const int apart : {-70, -1, 31, 32, 40, 63, 64, 200}) {
-        for (std::size_t lane = 0; lane < L; ++lane) {
-            std::array<std::int16_t, L> index;
-            for (std::size_t i = 0; i < L; ++i) {
-                index[i] =
-                    static_cast<std::int16_t>(300 + (i == lane ? apart : static_cast<int>(i)));
-            }
-            const Values<TypeParam::Count> gathered = unload<TypeParam::Count>(
-                Lanes<TypeParam::Count>::gather(table.data(), index.data()));
-            for (std::size_t i = 0; i < L; ++i) {
-                ASSERT_EQ(gathered[i], table[static_cast<std::size_t>(index[i])])
-                    << "lane " << i << ", lane " << lane << " apart by " << apart;
-            }
-        }
-    }
-}
-
 TEST(ForLanes, VisitsEachElementOnceWithWholeStepsFirst) {
     for (const int begin : {0, 3}) {
         for (int count = 0; count <= 2 * simd::StreamLanes + 1; ++count) {
@@ -369,118 +289,5 @@ TEST(ForLanes, VisitsEachElementOnceWithWholeStepsFirst) {
         }
     }
 }
-
-TEST(FourLanes, AnyLessLooksAtEveryLaneAndPassesOverNaN) {
-    const Values<4> limits = {1.0f, 2.0f, -3.0f, 4.0f};
-    EXPECT_FALSE(simd::anyLess(load<4>(limits), load<4>(limits)));
-    for (std::size_t i = 0; i < 4; ++i) {
-        Values<4> values = limits;
-        values[i] -= 0.5f;
-        EXPECT_TRUE(simd::anyLess(load<4>(values), load<4>(limits))) << "lane " << i;
-        EXPECT_FALSE(simd::anyLess(load<4>(limits), load<4>(values))) << "lane " << i;
-        values[i] = std::numeric_limits<float>::quiet_NaN();
-        EXPECT_FALSE(simd::anyLess(load<4>(values), load<4>(limits))) << "lane " << i;
-    }
-}
-
-TEST(FourLanes, EvenAndOddLanesComeApart) {
-    const simd::F32x4 a = load<4>({0.0f, 1.0f, 2.0f, 3.0f}), b = load<4>({4.0f, 5.0f, 6.0f, 7.0f});
-    EXPECT_EQ(unload<4>(simd::evenLanes(a, b)), (Values<4>{0.0f, 2.0f, 4.0f, 6.0f}));
-    EXPECT_EQ(unload<4>(simd::oddLanes(a, b)), (Values<4>{1.0f, 3.0f, 5.0f, 7.0f}));
-}
-
-TEST(FourLanes, AddPairsAndSumLanesOfFourReduceInTheOrderOfSumLanes) {
-    const Values<4> v[] = {values<4>(1.1f), values<4>(-2.3f), values<4>(0.37f), values<4>(1e8f)};
-    EXPECT_EQ(
-        unload<4>(simd::addPairs(load<4>(v[0]), load<4>(v[1]))),
-        (Values<4>{v[0][0] + v[0][1], v[0][2] + v[0][3], v[1][0] + v[1][1], v[1][2] + v[1][3]}));
-    const Values<4> sums =
-        unload<4>(simd::sumLanesOfFour(load<4>(v[0]), load<4>(v[1]), load<4>(v[2]), load<4>(v[3])));
-    for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(sums[i], simd::sumLanes(load<4>(v[i]))) << i;
-}
-
-/** mulLane and mulAddLane with one lane of c; c is the same in each group of four. */
-template <int Lane, int L>
-void expectProductsWithLane() {
-    const Values<L> v = values<L>(1.1f), sum = values<L>(0.37f), factors = values<L>(-2.3f);
-    Values<L> c, splat;
-    for (std::size_t i = 0; i < L; ++i) c[i] = factors[i % 4];
-    splat.fill(factors[Lane]);
-    EXPECT_EQ(unload<L>(simd::mulLane<Lane>(load<L>(v), load<L>(c))),
-              unload<L>(simd::mul(load<L>(v), load<L>(splat))));
-    EXPECT_EQ(unload<L>(simd::mulAddLane<Lane>(load<L>(sum), load<L>(v), load<L>(c))),
-              unload<L>(simd::mulAdd(load<L>(sum), load<L>(v), load<L>(splat))));
-}
-
-template <int L>
-void expectProductsWithEachLane() {
-    expectProductsWithLane<0, L>();
-    expectProductsWithLane<1, L>();
-    expectProductsWithLane<2, L>();
-    expectProductsWithLane<3, L>();
-}
-
-TEST(FourLanes, ProductsWithOneLaneAreThoseWithItsSplat) {
-    expectProductsWithEachLane<4>();
-}
-
-#if SP_SIMD_WIDEST >= 8
-TEST(EightLanes, ProductsWithOneLaneAreThoseWithItsSplat) {
-    expectProductsWithEachLane<8>();
-}
-
-TEST(EightLanes, FourValuesLoadTwiceAndRegistersKeepTheirs) {
-    const Values<8> a = values<8>(1.0f);
-    const Values<8> twice = unload<8>(simd::load4Twice(a.data()));
-    for (std::size_t i = 0; i < 8; ++i) EXPECT_EQ(twice[i], a[i % 4]);
-    EXPECT_EQ(unload<8>(simd::inRegister(load<8>(a))), a);
-}
-#endif
-
-/** Group g of the result is group from[g] of a, or of b where from[g] counts on past a. */
-template <int L>
-Values<L> movedGroups(const Values<L>& a, const Values<L>& b, std::vector<std::size_t> from) {
-    Values<L> moved;
-    for (std::size_t i = 0; i < L; ++i) {
-        const std::size_t at = 4 * from[i / 4] + i % 4;
-        moved[i] = at < L ? a[at] : b[at - L];
-    }
-    return moved;
-}
-
-#if SP_SIMD_WIDEST >= 8
-TEST(EightLanes, GroupMovesKeepGroupsWhole) {
-    const Values<8> a = values<8>(1.0f), b = values<8>(50.0f);
-    EXPECT_EQ(unload<8>(simd::lowGroups(load<8>(a), load<8>(b))), movedGroups<8>(a, b, {0, 2}));
-    EXPECT_EQ(unload<8>(simd::highGroups(load<8>(a), load<8>(b))), movedGroups<8>(a, b, {1, 3}));
-}
-#endif
-
-#if SP_SIMD_WIDEST >= 16
-TEST(SixteenLanes, GroupMovesKeepGroupsWhole) {
-    const Values<16> a = values<16>(1.0f), b = values<16>(50.0f);
-    const simd::F32x16 va = load<16>(a), vb = load<16>(b);
-    EXPECT_EQ(unload<16>(simd::lowGroups(va, vb)), movedGroups<16>(a, b, {0, 1, 4, 5}));
-    EXPECT_EQ(unload<16>(simd::highGroups(va, vb)), movedGroups<16>(a, b, {2, 3, 6, 7}));
-    EXPECT_EQ(unload<16>(simd::evenGroups(va, vb)), movedGroups<16>(a, b, {0, 2, 4, 6}));
-    EXPECT_EQ(unload<16>(simd::oddGroups(va, vb)), movedGroups<16>(a, b, {1, 3, 5, 7}));
-}
-#endif
-
-#if SP_SIMD_WIDEST >= 16
-// The window of 64 floats, each of its quarters, and indices that do not fit it.
-TEST(SixteenLanes, AreGatheredFromIndicesHoweverFarApart) {
-    std::vector<float> table(200);
-    for (std::size_t i = 0; i < table.size(); ++i) table[i] = static_cast<float>(i) + 0.5f;
-    for (int reach = 0; reach < 100; ++reach) {
-        std::int16_t index[16];
-        for (int i = 0; i < 16; ++i) index[i] = static_cast<std::int16_t>(5 + i * reach / 15);
-        const Values<16> gathered = unload<16>(simd::gather16(table.data(), index));
-        for (std::size_t i = 0; i < 16; ++i) {
-            EXPECT_EQ(gathered[i], static_cast<float>(index[i]) + 0.5f) << reach << ", lane " << i;
-        }
-    }
-}
-#endif
 
 }  // namespace
