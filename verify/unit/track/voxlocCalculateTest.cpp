@@ -272,9 +272,8 @@ bool isVoice(const TrackerResult& result) {
 }
 
 TEST(UpsideDown, InvalidatesThePositionAboveTheRatio) {
-    bool justBelow = false;
-    bool justAbove = false;
-    for (const double shared : {0.0, 0.2, 0.28, 0.3, 0.5}) {
+    float highestBelow = 0.0f, lowestAbove = 10.0f;
+    for (const double shared : {0.0, 0.2, 0.295, 0.5}) {  // the third comes close to the limit
         const InitializedModule module(PRODUCT_ASTER);
         voxloc::moduleTracker().BlockedCounter = 0;
         OddPanel panel(shared);
@@ -287,12 +286,12 @@ TEST(UpsideDown, InvalidatesThePositionAboveTheRatio) {
             EXPECT_EQ(isValid(result), !isBlocked);
             if (isBlocked) ++blocked;
             EXPECT_EQ(voxloc::moduleTracker().BlockedCounter, blocked);
-            justBelow = justBelow || (isVoice(result) && ratio > 1.7f && ratio <= 1.8f);
-            justAbove = justAbove || (isVoice(result) && ratio > 1.8f && ratio < 1.9f);
+            if (isVoice(result) && ratio <= 1.8f) highestBelow = std::max(highestBelow, ratio);
+            if (isVoice(result) && ratio > 1.8f) lowestAbove = std::min(lowestAbove, ratio);
         }
     }
-    EXPECT_TRUE(justBelow);
-    EXPECT_TRUE(justAbove);
+    EXPECT_GT(highestBelow, 1.797f);
+    EXPECT_LT(lowestAbove, 1.803f);
 }
 
 TEST(UpsideDown, IsOnlyJudgedWhileThereIsVoice) {
