@@ -199,9 +199,16 @@ inline void combineLeaves32(float* data) {
     }
 }
 
+// Eight leaves take all registers of an ARM core: as a part of its callers, the pass would spill.
+#ifdef SP_SIMD_X86
+#define CFFT_APART inline
+#else
+#define CFFT_APART [[gnu::noinline]]
+#endif
+
 /** A node of size 64 from its leaves. */
 template <Direction D, Orientation O, Layout Out, class Z>
-inline void combineLeaves64(float* data) {
+CFFT_APART void combineLeaves64(float* data) {
     for (int k = 0; k < LeafFloats; k += 2 * Z::Elements) {
         Eighths<Z> x = loadEighths<Z>(data + k, LeafFloats);
         nodeOf64<D, O>(x, k);
