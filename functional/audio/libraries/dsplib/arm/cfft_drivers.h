@@ -21,9 +21,9 @@ using Arranged = typename CombineArrangement<L>::Type;
 template <Direction D, Orientation O, int L>
 inline int firstNode([[maybe_unused]] int M, float* data) {
 #if SP_SIMD_WIDEST >= 16
-    // What makes the further levels come in twos.
+    // From 128 elements on in nodes of 2^odd, so that all levels above come in twos.
     if constexpr (L >= 16) {
-        constexpr unsigned OddPowers = 0xAAAAAAAA;
+        constexpr unsigned OddPowers = 0xAAAAAAAA;  // of two
         if ((static_cast<unsigned>(M) & OddPowers) != 0) {
             combineLeaves128<D, O, Layout::Blocks>(data);
             return 128;
