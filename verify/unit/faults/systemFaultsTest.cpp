@@ -2,7 +2,6 @@
 // tracker goes on unharmed, and what was lost is counted.
 
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,6 +15,7 @@
 
 #include "console/eventlog.h"
 #include "faultsTesting.h"
+#include "kit/fileSizeLimit.h"
 #include "kit/temporaryFile.h"
 #include "voxloc/voxloc.h"
 
@@ -129,8 +129,7 @@ TEST_F(Recording, OutlivesEveryFailingCallAndCountsWhatItLost) {
 TEST_F(RecordingToAFullDisk, CutsNothingOffWhereNothingStands) {
     const TemporaryFile file;
     const auto record = [&] {
-        const rlimit room = {4 + RecordSize, RLIM_INFINITY};
-        setrlimit(RLIMIT_FSIZE, &room);
+        const FileSizeLimit room(4 + RecordSize);
         return trackFrames(file.path()).lost == Frames - 1;
     };
     const Outcome whole = runWith({}, record);
@@ -143,8 +142,7 @@ TEST_F(RecordingToAFullDisk, CutsNothingOffWhereNothingStands) {
 TEST_F(RecordingToAFullDisk, OutlivesEveryFailingCall) {
     const TemporaryFile file;
     const auto record = [&] {
-        const rlimit room = {4 + RecordSize * 3 / 2, RLIM_INFINITY};
-        setrlimit(RLIMIT_FSIZE, &room);
+        const FileSizeLimit room(4 + RecordSize * 3 / 2);
         const Session session = trackFrames(file.path());
         const std::string content = file.content();
         // What cannot be cut off for good stays, behind the whole records.

@@ -3,7 +3,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,6 +13,7 @@
 #include <vector>
 
 #include "initializedModule.h"
+#include "kit/fileSizeLimit.h"
 #include "kit/temporaryFile.h"
 #include "track/tracker.h"
 
@@ -45,23 +45,6 @@ std::string sendFrames(unsigned int first, unsigned int last) {
 }
 
 const std::string FoxgloveHeader = "\xAC\x01\x06\x04";
-
-/** A limit on the size of every file that the process writes, like a disk with so much space. */
-class FileSizeLimit {
-  public:
-    explicit FileSizeLimit(std::size_t bytes) {
-        getrlimit(RLIMIT_FSIZE, &before_);
-        rlimit now = before_;
-        now.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &now);
-    }
-    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &before_); }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-  private:
-    rlimit before_{};
-};
 
 /** A pipe with a name, and a reader that comes, reads and leaves when it is told to. */
 class NamedPipe {
