@@ -85,6 +85,8 @@ function(voxloc_compile_room target)
   target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti>)
   if(VOXLOC_CALL_GRAPH)
     target_compile_options(${target} PRIVATE -fcallgraph-info=su)
+    # A compiler cache would give objects back without their graphs.
+    set_target_properties(${target} PROPERTIES C_COMPILER_LAUNCHER "" CXX_COMPILER_LAUNCHER "")
   endif()
   voxloc_compile_strictly(${target})
 endfunction()

@@ -290,8 +290,8 @@ TEST(UpsideDown, InvalidatesThePositionAboveTheRatio) {
             if (isVoice(result) && ratio > 1.8f) lowestAbove = std::min(lowestAbove, ratio);
         }
     }
-    EXPECT_GT(highestBelow, 1.797f);
-    EXPECT_LT(lowestAbove, 1.803f);
+    EXPECT_GT(highestBelow, 1.791f);
+    EXPECT_LT(lowestAbove, 1.809f);
 }
 
 TEST(UpsideDown, IsOnlyJudgedWhileThereIsVoice) {
