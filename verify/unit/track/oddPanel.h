@@ -41,7 +41,8 @@ class OddPanel {
         }
         const bool isTalking = source >= 3;
         for (int p = 0; p < 60 && isTalking; ++p) {
-            addTone(sum, 230.0 + 380.0 * uniform(own), uniform(own), 12.0);
+            const double frequency = 230.0 + 380.0 * uniform(own);  // drawn before the phase
+            addTone(sum, frequency, uniform(own), 12.0);
         }
         for (std::size_t i = 0; i < sum.size(); ++i) {
             out[i] = static_cast<float>(std::round(sum[i] * 4000.0));
